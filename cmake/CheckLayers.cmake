@@ -1,0 +1,33 @@
+# cmake -DROOT=<source tree> -P CheckLayers.cmake
+#
+# Fails, naming file and line, when a layer includes a header of a layer above it. The support
+# library may include nothing of the rule model or the tool, the rule model nothing of the tool.
+# (The tool's own folder is on no include path but its own, so its bare header names are out of
+# reach already.)
+
+set(VIOLATIONS "")
+
+function(check_layer layer forbidden)
+    foreach(directory IN LISTS ARGN)
+        file(GLOB_RECURSE sources ${ROOT}/${directory}/*.hpp ${ROOT}/${directory}/*.cpp)
+        foreach(source IN LISTS sources)
+            file(STRINGS ${source} includes REGEX "^[ \t]*#[ \t]*include[ \t]*[<\"]")
+            foreach(line IN LISTS includes)
+                string(REGEX REPLACE "^[^<\"]*[<\"]([^>\"]*).*$" "\\1" header "${line}")
+                if(header MATCHES "${forbidden}")
+                    file(RELATIVE_PATH name ${ROOT} ${source})
+                    list(APPEND VIOLATIONS "${name}: ${layer} must not include ${header}")
+                endif()
+            endforeach()
+        endforeach()
+    endforeach()
+    set(VIOLATIONS "${VIOLATIONS}" PARENT_SCOPE)
+endfunction()
+
+check_layer(moxtel "quarvis" include/moxtel src/libmoxtel)
+check_layer(quarvis "quarvis-rules" include/quarvis src/libquarvis)
+
+if(VIOLATIONS)
+    list(JOIN VIOLATIONS "\n  " text)
+    message(FATAL_ERROR "An include goes up a layer:\n  ${text}")
+endif()

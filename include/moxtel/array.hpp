@@ -1,0 +1,190 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include <moxtel/memory.hpp>
+
+namespace moxtel::mem {
+
+/// A shared buffer of elements whose number is fixed when it is made; one word. Copies of the
+/// handle share the elements (`clone` copies them); the last owner destroys the elements in
+/// ascending order and gives the buffer back. No operation checks an index unless it says so;
+/// offsets and counts of the copying operations are cut to what lies in bounds.
+template <class T>
+class Array {
+  public:
+    /// No buffer; size 0.
+    Array() = default;
+
+    /// `n` value-initialised elements in memory of `allocator`, shared under `policy` (null: the
+    /// defaults). Throws `std::bad_alloc` when the memory is not to be had, and what an element's
+    /// constructor throws, the elements made before it destroyed in reverse order.
+    explicit Array(std::size_t n, const Allocator* allocator = nullptr,
+                   const Policy* policy = nullptr)
+        : m_buf(s_allocate(n, allocator, policy)) {
+        m_construct([](T* place, std::size_t) { new (place) T(); });
+    }
+    Array(const Array& other) : m_buf(other.m_buf) { mem::acquire(m_buf); }
+    ~Array() { s_releaseArray(m_buf); }
+
+    Array& operator=(const Array& other) {
+        if (m_buf != other.m_buf) {
+            Array taken(other);
+            swap(taken);
+        }
+        return *this;
+    }
+
+    std::size_t size() const { return m_buf == nullptr ? 0 : m_buf->len; }
+    T& operator[](std::size_t i) { return m_data()[i]; }
+    const T& operator[](std::size_t i) const { return m_data()[i]; }
+
+    /// The first element's address; null without a buffer.
+    T* pointer() { return m_data(); }
+    const T* pointer() const { return m_data(); }
+    T* begin() { return m_data(); }
+    const T* begin() const { return m_data(); }
+    T* end() { return m_data() + size(); }
+    const T* end() const { return m_data() + size(); }
+
+    /// Elements from index `i` to the end; 0 past it.
+    std::size_t elementsLeft(std::size_t i) const { return i < size() ? size() - i : 0; }
+
+    /// Exchanges the buffers of two handles, or two elements.
+    void swap(Array& other) noexcept { std::swap(m_buf, other.m_buf); }
+    void swap(std::size_t i, std::size_t j) { std::swap((*this)[i], (*this)[j]); }
+
+    void fill(const T& value) { std::fill(begin(), end(), value); }
+    void reverseThis() { std::reverse(begin(), end()); }
+
+    /// A buffer of its own with copies of the elements, or of `count` of them from `start`. It has
+    /// this one's allocator and policy.
+    Array clone() const { return subarray(0, size()); }
+    Array subarray(std::size_t start, std::size_t count) const {
+        return m_copy(start, makeInBounds(start, count, size()), 0);
+    }
+
+    /// Gives this handle a new buffer; other handles keep the old one. `resize` keeps the first
+    /// elements and value-initialises those that are new.
+    void subarrayThis(std::size_t start, std::size_t count) { *this = subarray(start, count); }
+    void resize(std::size_t n) {
+        const std::size_t kept = std::min(n, size());
+        *this = m_copy(0, kept, n - kept);
+    }
+
+    /// Gives this handle a new buffer without the elements that equal `hole`, the others in order.
+    /// The number of elements taken out.
+    std::size_t compact(const T& hole) {
+        Array kept = clone();
+        const auto last = std::remove(kept.begin(), kept.end(), hole);
+        const auto left = static_cast<std::size_t>(last - kept.begin());
+        const std::size_t removed = size() - left;
+        *this = kept.subarray(0, left);
+        return removed;
+    }
+
+    /// Copies elements in, from `at` on (from the first, when not given); the number copied. The
+    /// source may be this buffer.
+    std::size_t copyFrom(const T* source, std::size_t count) { return copyFrom(source, count, 0); }
+    std::size_t copyFrom(const T* source, std::size_t count, std::size_t at) {
+        count = makeInBounds(at, count, size());
+        return count == 0 ? 0 : s_copy(source, count, m_data() + at);
+    }
+    std::size_t copyFrom(const Array& source) { return copyFrom(source, 0, source.size(), 0); }
+    std::size_t copyFrom(const Array& source, std::size_t start, std::size_t count,
+                         std::size_t at) {
+        count = makeInBounds(start, count, source.size());
+        return count == 0 ? 0 : copyFrom(source.pointer() + start, count, at);
+    }
+
+    /// Copies elements out, from `start` on (from the first, when not given); the number copied.
+    std::size_t copyTo(T* target, std::size_t count) const { return copyTo(target, 0, count); }
+    std::size_t copyTo(T* target, std::size_t start, std::size_t count) const {
+        count = makeInBounds(start, count, size());
+        return count == 0 ? 0 : s_copy(m_data() + start, count, target);
+    }
+    std::size_t copyTo(Array& target) const { return target.copyFrom(*this); }
+    std::size_t copyTo(Array& target, std::size_t start, std::size_t count, std::size_t at) const {
+        return target.copyFrom(*this, start, count, at);
+    }
+
+  private:
+    struct Buffer {
+        std::size_t len;
+        T* data() { return reinterpret_cast<T*>(this + 1); }
+    };
+    static_assert(alignof(T) <= alignof(Buffer), "the elements follow the length directly");
+
+    T* m_data() { return m_buf == nullptr ? nullptr : m_buf->data(); }
+    const T* m_data() const { return m_buf == nullptr ? nullptr : m_buf->data(); }
+
+    static Buffer* s_allocate(std::size_t n, const Allocator* allocator, const Policy* policy) {
+        if (n > (std::numeric_limits<std::size_t>::max() - sizeof(Buffer)) / sizeof(T))
+            throw std::bad_array_new_length();
+        void* memory = mem::allocate(n * sizeof(T) + sizeof(Buffer), allocator, policy);
+        if (memory == nullptr)
+            throw std::bad_alloc();
+        return new (memory) Buffer{n};
+    }
+
+    /// Makes the elements by `make(place, index)`; on an exception the elements made so far and
+    /// the buffer are undone.
+    template <class Make>
+    void m_construct(Make make) {
+        std::size_t made = 0;
+        try {
+            for (; made < m_buf->len; ++made)
+                make(m_buf->data() + made, made);
+        } catch (...) {
+            while (made > 0)
+                std::destroy_at(m_buf->data() + --made);
+            mem::free(m_buf);
+            throw;
+        }
+    }
+
+    Array m_copy(std::size_t start, std::size_t count, std::size_t added) const {
+        Array copy;
+        copy.m_buf = s_allocate(count + added, allocatorOf(m_buf), policyOf(m_buf));
+        const T* source = count == 0 ? nullptr : m_data() + start;
+        try {
+            copy.m_construct([source, count](T* place, std::size_t i) {
+                if (i < count)
+                    new (place) T(source[i]);
+                else
+                    new (place) T();
+            });
+        } catch (...) {
+            copy.m_buf = nullptr;
+            throw;
+        }
+        return copy;
+    }
+
+    static std::size_t s_copy(const T* source, std::size_t count, T* target) {
+        if (source == target)
+            return count;
+        if (std::less<const T*>()(source, target))
+            std::copy_backward(source, source + count, target + count);
+        else
+            std::copy_n(source, count, target);
+        return count;
+    }
+
+    static void s_releaseArray(Buffer* buffer) {
+        if (mem::release(buffer)) {
+            doArrayDestruction(buffer->data(), buffer->len);
+            mem::free(buffer);
+        }
+    }
+
+    Buffer* m_buf = nullptr;
+};
+
+}  // namespace moxtel::mem

@@ -1,0 +1,139 @@
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+
+#include <moxtel/device.hpp>
+#include <moxtel/integer.hpp>
+#include <moxtel/pointer.hpp>
+
+/// Numbers and strings as bytes over a device.
+namespace moxtel::io {
+
+/// What readers and writers have in common: the device, never null, and the byte order of the data.
+/// Copies share the device.
+///
+/// A device given by pointer is shared through the registry of managed memory and destroyed with
+/// its last holder. A device given by reference is asked for its `makeProxy()`, which is held in
+/// the same way: unless the owner of the device has registered it with `mem::protect` before, the
+/// stream takes it over.
+class BinaryStream {
+  public:
+    BinaryStream(Device* device, Endianness endian);
+    BinaryStream(Device& device, Endianness endian);
+    BinaryStream(const BinaryStream&) = default;
+    BinaryStream& operator=(const BinaryStream&) = default;
+    virtual ~BinaryStream() = default;
+
+    /// A share of the device.
+    mem::Pointer<Device> handle() const { return m_device; }
+
+    /// The byte order of integers, for what is read or written from here on. With another than the
+    /// two of `Endianness`, reading or writing an integer of more than one byte throws
+    /// `UnsupportedOperationException`.
+    Endianness endian() const { return m_endian; }
+    void endian(Endianness endian) { m_endian = endian; }
+
+  protected:
+    mem::Pointer<Device> m_device;
+    Endianness m_endian;
+};
+
+/// Reads numbers and strings. A number of which the device has not all the bytes is no error: the
+/// bytes that are missing count as 0.
+class BinaryReader : public BinaryStream {
+  public:
+    using BinaryStream::BinaryStream;
+
+    /// Over a stream that must outlive the reader and its copies.
+    BinaryReader(std::istream& in, Endianness endian);
+    BinaryReader(std::iostream& inOut, Endianness endian);
+
+    /// Over `len` bytes at `buf`, which stay the caller's.
+    BinaryReader(void* buf, std::size_t len, Endianness endian);
+
+    /// Over a file (see `Device::fromFile`) of little-endian data; the flags 0 stand for
+    /// `OPEN_READ`.
+    static BinaryReader fromFile(const std::string& path, int openFlags = 0);
+
+    /// The block read of the device: the number of bytes read, or `Device::FAILED`.
+    std::size_t read(char* buf, std::size_t len);
+
+    signed char readSI8();
+    unsigned char readUI8();
+    short readSI16();
+    unsigned short readUI16();
+    int readSI32();
+    unsigned int readUI32();
+    long readSI64();
+    unsigned long readUI64();
+
+    /// The bytes in the order of this machine, whatever `endian()` is.
+    float readFloat();
+    double readDouble();
+
+    /// A string behind its length, an unsigned integer of so many bits. Shorter than that where the
+    /// data ends early, as far as the device counts it. Throws `IOException` when the device's read
+    /// fails, and `std::bad_alloc` when there is no memory for the length that was read.
+    std::string readPStr8();
+    std::string readPStr16();
+    std::string readPStr32();
+    std::string readPStr64();
+
+    /// The bytes up to a NUL, which is consumed, or up to the end of the data. A byte 0xFF counts
+    /// as that end.
+    std::string readNTS();
+};
+
+/// Writes numbers and strings. Each operation gives the number of bytes that the device wrote; a
+/// transfer that failed counts as `Device::FAILED`, also in a sum.
+///
+/// A part of a string is given by its start and length, and cut to what lies inside the string.
+class BinaryWriter : public BinaryStream {
+  public:
+    using BinaryStream::BinaryStream;
+
+    /// Over a stream that must outlive the writer and its copies.
+    BinaryWriter(std::ostream& out, Endianness endian);
+    BinaryWriter(std::iostream& inOut, Endianness endian);
+
+    /// Over `len` bytes at `buf`, which stay the caller's; nothing is written past them.
+    BinaryWriter(void* buf, std::size_t len, Endianness endian);
+
+    /// Over a file (see `Device::fromFile`) of little-endian data; the flags 0 stand for
+    /// `OPEN_WRITE`.
+    static BinaryWriter fromFile(const std::string& path, int openFlags = 0);
+
+    std::size_t write(const char* buf, std::size_t len);
+
+    std::size_t writeSI8(signed char value);
+    std::size_t writeUI8(unsigned char value);
+    std::size_t writeSI16(short value);
+    std::size_t writeUI16(unsigned short value);
+    std::size_t writeSI32(int value);
+    std::size_t writeUI32(unsigned int value);
+    std::size_t writeSI64(long value);
+    std::size_t writeUI64(unsigned long value);
+
+    /// The bytes in the order of this machine, whatever `endian()` is.
+    std::size_t writeFloat(float value);
+    std::size_t writeDouble(double value);
+
+    /// A part of a string behind its length, an unsigned integer of so many bits. Throws
+    /// `IOException`, with nothing written, when the length does not fit. `writePStr64` has no
+    /// limit but writes only the low 16 bits of the length, so what it writes reads back only up to
+    /// 65535 bytes.
+    std::size_t writePStr8(const std::string& str, std::size_t start, std::size_t len);
+    std::size_t writePStr16(const std::string& str, std::size_t start, std::size_t len);
+    std::size_t writePStr32(const std::string& str, std::size_t start, std::size_t len);
+    std::size_t writePStr64(const std::string& str, std::size_t start, std::size_t len);
+
+    /// A part of a string, then a NUL.
+    std::size_t writeNTS(const std::string& str, std::size_t start, std::size_t len);
+
+  private:
+    std::size_t m_writePart(const std::string& str, std::size_t start, std::size_t len);
+};
+
+}  // namespace moxtel::io

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdarg>
+#include <exception>
+#include <string>
+
+#include <moxtel/printf.hpp>
+
+/// The exception family of the library, and `exceptf`, which builds a member of it from a printf
+/// format. Most exceptions are thrown by value; an operation that throws a pointer to a heap object
+/// says so, and its handler deletes the object.
+namespace moxtel {
+
+/// Root of the family: an owned message.
+class Exception : public std::exception {
+  public:
+    Exception() = default;
+    explicit Exception(const std::string& why) : m_why(why) {}
+    Exception(const Exception&) = default;
+    Exception& operator=(const Exception&) = default;
+    ~Exception() override = default;
+
+    /// The message; valid as long as the exception object.
+    const char* what() const noexcept override { return m_why.c_str(); }
+    const std::string& why() const { return m_why; }
+
+  private:
+    std::string m_why;
+};
+
+/// Access to something that is not there.
+class AccessException : public Exception {
+  public:
+    using Exception::Exception;
+};
+
+/// A key that was looked up is absent.
+class NotFoundException : public AccessException {
+  public:
+    using AccessException::AccessException;
+};
+
+/// A device, a stream or the content of a file failed.
+class IOException : public Exception {
+  public:
+    using Exception::Exception;
+};
+
+/// An operation that the object at hand does not offer.
+class UnsupportedOperationException : public Exception {
+  public:
+    using Exception::Exception;
+};
+
+/// A key was bound twice.
+class AlreadyExistsException : public UnsupportedOperationException {
+  public:
+    using UnsupportedOperationException::UnsupportedOperationException;
+};
+
+/// An object that an operation needs could not be allocated. Thrown as a pointer.
+class AllocationException : public Exception {
+  public:
+    using Exception::Exception;
+};
+
+/// The exception of class `E` whose message is `fmt` formatted with `args` by the printf rules. The
+/// object is returned, not thrown; `args` is consumed.
+template <class E>
+E vexceptf(const char* fmt, std::va_list args) {
+    return E(string::vstrprintf(std::string(fmt), args));
+}
+
+/// As `vexceptf`, for use as `throw exceptf<IOException>("Bad row %u", row)`.
+template <class E>
+E exceptf(const char* fmt, ...) {
+    std::va_list args;
+    va_start(args, fmt);
+    try {
+        E exception = vexceptf<E>(fmt, args);
+        va_end(args);
+        return exception;
+    } catch (...) {
+        va_end(args);
+        throw;
+    }
+}
+
+}  // namespace moxtel

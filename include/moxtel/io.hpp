@@ -1,0 +1,6 @@
+#pragma once
+
+/// Devices and the streams over them.
+#include <moxtel/binary.hpp>
+#include <moxtel/device.hpp>
+#include <moxtel/text.hpp>

@@ -1,0 +1,161 @@
+#pragma once
+
+#include <cstddef>
+#include <utility>
+
+#include <moxtel/array.hpp>
+#include <moxtel/exception.hpp>
+#include <moxtel/hash.hpp>
+#include <moxtel/set_base.hpp>
+
+namespace moxtel::util {
+
+/// A hash set that is walked in the order in which its keys were put in; a key that is erased and
+/// put in again goes to the end. The number of buckets is fixed when the set is made: a lookup
+/// costs a hash and a walk over size/buckets values, so it suits small tables. References to values
+/// stay valid until the value is erased.
+template <class T, class KeyOps = KeyOperations<T>>
+class LinkedHashSet : public Set<T, KeyOps> {
+  public:
+    using typename Set<T, KeyOps>::Key;
+
+    enum : std::size_t { DEFAULT_BUCKETS = 251 };
+
+    /// An empty set of `buckets` buckets; 0 stands for the default.
+    explicit LinkedHashSet(std::size_t buckets = 0)
+        : m_buckets(buckets == 0 ? DEFAULT_BUCKETS : buckets, mem::MALLOC) {}
+    ~LinkedHashSet() override { LinkedHashSet::clear(); }
+
+    std::size_t size() const override { return m_size; }
+    bool containsKey(const Key& key) const override { return *m_linkTo(key) != nullptr; }
+
+    T& lookupByKey(const Key& key, bool create) override {
+        return s_found(m_nodeForKey(key, create))->data;
+    }
+    const T& lookupByKey(const Key& key) const override { return s_found(*m_linkTo(key))->data; }
+
+    /// The value at position `i` of the walk, in time linear in `i`. Throws `NotFoundException`
+    /// with the message "Index not found\n" when `i` is not below the size.
+    T& lookupByIndex(std::size_t i) { return m_nodeAt(i)->data; }
+    const T& lookupByIndex(std::size_t i) const { return m_nodeAt(i)->data; }
+
+    void eraseByKey(const Key& key) override {
+        Node** link = m_linkTo(key);
+        Node* node = *link;
+        if (node == nullptr)
+            return;
+        *link = node->nextInChain;
+        if (node->prev == node) {
+            m_tail = nullptr;
+        } else {
+            node->prev->next = node->next;
+            node->next->prev = node->prev;
+            if (m_tail == node)
+                m_tail = node->prev;
+        }
+        --m_size;
+        delete node;
+    }
+
+    /// Destroys the values bucket by bucket. The buckets keep their stale heads: a set that was
+    /// cleared may be asked for its size, walked, cleared again and destroyed, but no operation
+    /// with a key may follow.
+    void clear() override {
+        if (m_tail == nullptr)
+            return;
+        for (Node* node : m_buckets)
+            while (node != nullptr)
+                delete std::exchange(node, node->nextInChain);
+        m_tail = nullptr;
+        m_size = 0;
+    }
+
+    mem::Iterator<T> iterator() override {
+        return mem::Iterator<T>(new IteratorStrategy<T>(m_head()));
+    }
+    mem::Iterator<const T> iterator() const override {
+        return mem::Iterator<const T>(new IteratorStrategy<const T>(m_head()));
+    }
+
+  private:
+    struct Node {
+        explicit Node(T&& value) : data(std::move(value)) {}
+        Node(const Node&) = delete;
+        Node& operator=(const Node&) = delete;
+
+        T data;
+        // The ring of all nodes in the order of insertion.
+        Node* prev = this;
+        Node* next = this;
+        Node* nextInChain = nullptr;
+    };
+
+    template <class Element>
+    class IteratorStrategy : public mem::Iterator<Element>::Strategy {
+      public:
+        explicit IteratorStrategy(Node* head) : m_cur(head), m_head(head) {}
+        bool hasNext() const override { return m_cur != nullptr; }
+        void next() override { m_cur = m_cur->next == m_head ? nullptr : m_cur->next; }
+        Element& current() override { return m_cur->data; }
+        const Element& current() const override { return m_cur->data; }
+
+      private:
+        Node* m_cur;
+        Node* m_head;
+    };
+
+    Node* m_head() const { return m_tail == nullptr ? nullptr : m_tail->next; }
+
+    /// The pointer to the node of `key`, in its bucket or in the node before it; the null pointer
+    /// at the end of the chain when there is none.
+    Node* const* m_linkTo(const Key& key) const {
+        const std::size_t hash = DefaultHash<Key>()(key);
+        Node* const* link = &m_buckets[hash % m_buckets.size()];
+        while (*link != nullptr && !KeyOps::equals(key, KeyOps::extract((*link)->data)))
+            link = &(*link)->nextInChain;
+        return link;
+    }
+    Node** m_linkTo(const Key& key) {
+        return const_cast<Node**>(std::as_const(*this).m_linkTo(key));
+    }
+
+    Node* m_nodeForKey(const Key& key, bool create) {
+        Node** link = m_linkTo(key);
+        if (*link == nullptr && create)
+            *link = m_create(key);
+        return *link;
+    }
+
+    Node* m_create(const Key& key) {
+        Node* node = new Node(this->createValueFromKey(key));
+        if (m_tail != nullptr) {
+            node->prev = m_tail;
+            node->next = m_tail->next;
+            m_tail->next->prev = node;
+            m_tail->next = node;
+        }
+        ++m_size;
+        return m_tail = node;
+    }
+
+    Node* m_nodeAt(std::size_t i) const {
+        if (i >= m_size)
+            throw NotFoundException("Index not found\n");
+        Node* node = m_head();
+        while (i-- > 0)
+            node = node->next;
+        return node;
+    }
+
+    static Node* s_found(Node* node) {
+        if (node == nullptr)
+            throw NotFoundException("Key not found\n");
+        return node;
+    }
+
+    mem::Array<Node*> m_buckets;
+    Node* m_tail = nullptr;
+    std::size_t m_size = 0;
+};
+
+}  // namespace moxtel::util

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <memory>
+#include <type_traits>
+
+#include <moxtel/array.hpp>
+#include <moxtel/memory.hpp>
+
+namespace moxtel::mem {
+
+/// Shared ownership of one object through the registry of managed memory; one word. A pointer fresh
+/// from `new` is adopted with the default allocator; an address that is registered already (by
+/// `protect`, `allocate` or another handle) gains an owner. The last owner destroys the object
+/// (through its virtual destructor where it has one) and gives the memory back.
+///
+/// The address must be the one that the memory was allocated at, so a base class other than the
+/// first cannot be held this way.
+template <class T>
+class Pointer {
+  public:
+    Pointer() = default;
+
+    /// Takes a share of `*p`; null is held as null. When registering a fresh object throws, the
+    /// object has been destroyed and its memory given back.
+    explicit Pointer(const T* p, const Policy* policy = nullptr) : m_ptr(const_cast<T*>(p)) {
+        const bool fresh = m_ptr != nullptr && policyOf(m_ptr) == nullptr;
+        try {
+            mem::acquire(m_ptr, policy);
+        } catch (...) {
+            if (fresh) {
+                std::destroy_at(m_ptr);
+                defaultAllocator().free(m_memory());
+            }
+            throw;
+        }
+    }
+    Pointer(const Pointer& other) : m_ptr(other.m_ptr) { mem::acquire(m_ptr); }
+    ~Pointer() { m_release(); }
+
+    Pointer& operator=(const Pointer& other) {
+        if (m_ptr != other.m_ptr) {
+            // The other handle may live in the object that is released here.
+            const Pointer kept(other);
+            m_release();
+            m_ptr = kept.m_ptr;
+            mem::acquire(m_ptr);
+        }
+        return *this;
+    }
+
+    T* operator->() { return m_ptr; }
+    const T* operator->() const { return m_ptr; }
+    T& operator*() { return *m_ptr; }
+    const T& operator*() const { return *m_ptr; }
+    explicit operator bool() const { return m_ptr != nullptr; }
+
+  private:
+    void m_release() {
+        if (mem::release(m_ptr)) {
+            std::destroy_at(m_ptr);
+            mem::free(m_memory());
+        }
+    }
+
+    void* m_memory() const { return const_cast<std::remove_const_t<T>*>(m_ptr); }
+
+    T* m_ptr = nullptr;
+};
+
+}  // namespace moxtel::mem

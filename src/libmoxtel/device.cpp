@@ -1,0 +1,285 @@
+#include <moxtel/device.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <istream>
+#include <memory>
+#include <ostream>
+#include <type_traits>
+#include <utility>
+
+#include <moxtel/exception.hpp>
+#include <moxtel/memory.hpp>
+
+namespace moxtel::io {
+
+namespace {
+
+/// Does nothing when `whence` is not one of the three.
+template <class Seek>
+void withDirection(SeekWhence whence, Seek seek) {
+    switch (whence) {
+        case WHENCE_SET:
+            return seek(std::ios::beg);
+        case WHENCE_CUR:
+            return seek(std::ios::cur);
+        case WHENCE_END:
+            return seek(std::ios::end);
+    }
+}
+
+void doSeekg(std::istream& peer, long off, SeekWhence whence) {
+    withDirection(whence, [&](std::ios::seekdir direction) { peer.seekg(off, direction); });
+}
+
+void doSeekp(std::ostream& peer, long off, SeekWhence whence) {
+    withDirection(whence, [&](std::ios::seekdir direction) { peer.seekp(off, direction); });
+}
+
+void doSeek(std::FILE* peer, long off, SeekWhence whence) {
+    int origin = SEEK_SET;
+    if (whence == WHENCE_CUR)
+        origin = SEEK_CUR;
+    else if (whence == WHENCE_END)
+        origin = SEEK_END;
+    std::fseek(peer, off, origin);
+}
+
+/// A file; the peer is null when it could not be opened.
+class StdioDevice final : public Device {
+  public:
+    StdioDevice(std::FILE* peer, int flags) : m_peer(peer), m_flags(flags) {}
+    ~StdioDevice() override {
+        if (m_peer != nullptr)
+            std::fclose(m_peer);
+    }
+
+    using Device::read;
+    using Device::write;
+
+    bool canRead() const override { return (m_flags & OPEN_READ) != 0; }
+    bool canWrite() const override { return (m_flags & OPEN_READ) != 0; }
+    int seekCapability() const override { return 0; }
+    std::size_t read(char* buf, std::size_t n) override {
+        return m_peer == nullptr ? 0 : std::fread(buf, 1, n, m_peer);
+    }
+    std::size_t write(const char* buf, std::size_t n) override {
+        return m_peer == nullptr ? 0 : std::fwrite(buf, 1, n, m_peer);
+    }
+    void seekg(long off, SeekWhence whence) override {
+        if (m_peer != nullptr)
+            doSeek(m_peer, off, whence);
+    }
+    void seekp(long off, SeekWhence whence) override { seekg(off, whence); }
+    std::streampos tellg() override { return m_peer == nullptr ? -1 : std::ftell(m_peer); }
+    std::streampos tellp() override { return tellg(); }
+
+  private:
+    std::FILE* m_peer;
+    int m_flags;
+};
+
+class ArrayDevice final : public Device {
+  public:
+    ArrayDevice(char* buf, std::size_t len, int flags) : m_buf(buf), m_len(len), m_flags(flags) {}
+
+    using Device::read;
+    using Device::write;
+
+    bool canRead() const override { return (m_flags & OPEN_READ) != 0; }
+    bool canWrite() const override { return (m_flags & OPEN_READ) != 0; }
+    int seekCapability() const override { return 0; }
+    std::size_t read(char* buf, std::size_t n) override {
+        const std::size_t count = mem::makeInBounds(m_i, n, m_len);
+        std::copy_n(m_buf + m_i, count, buf);
+        m_i += count;
+        return count;
+    }
+    std::size_t write(const char* buf, std::size_t n) override {
+        const std::size_t count = mem::makeInBounds(m_i, n, m_len);
+        std::copy_n(buf, count, m_buf + m_i);
+        m_i += count;
+        return count;
+    }
+    void seekg(long, SeekWhence) override {}
+    void seekp(long, SeekWhence) override {}
+    std::streampos tellg() override { return static_cast<std::streamoff>(m_i); }
+    std::streampos tellp() override { return tellg(); }
+
+  private:
+    char* m_buf;
+    std::size_t m_len;
+    std::size_t m_i = 0;
+    int m_flags;
+};
+
+class StringDevice final : public Device {
+  public:
+    explicit StringDevice(std::string text) : m_buf(std::move(text)) {}
+
+    using Device::read;
+
+    bool canRead() const override { return true; }
+    bool canWrite() const override { return false; }
+    int seekCapability() const override { return 0; }
+    std::size_t read(char* buf, std::size_t n) override {
+        const std::size_t count = m_buf.copy(buf, n, m_i);
+        m_i += count;
+        return count;
+    }
+    std::size_t write(const char*, std::size_t) override { return 0; }
+    bool write(char) override { return false; }
+    void seekg(long, SeekWhence) override {}
+    void seekp(long, SeekWhence) override {}
+    std::streampos tellg() override { return static_cast<std::streamoff>(m_i); }
+    std::streampos tellp() override { return tellg(); }
+
+  private:
+    std::string m_buf;
+    std::size_t m_i = 0;
+};
+
+/// The six wraps of standard streams. `Peer` is a plain pointer to a stream that stays the
+/// caller's, or a unique pointer to one that the device owns; the stream's type says what the
+/// device can do.
+template <class Peer>
+class StreamWrap final : public Device {
+    using Stream = typename std::pointer_traits<Peer>::element_type;
+    static constexpr bool INPUT = std::is_base_of_v<std::istream, Stream>;
+    static constexpr bool OUTPUT = std::is_base_of_v<std::ostream, Stream>;
+
+  public:
+    explicit StreamWrap(Stream* peer) : m_peer(peer) {}
+
+    using Device::read;
+    using Device::write;
+
+    bool canRead() const override { return INPUT; }
+    bool canWrite() const override { return OUTPUT; }
+    int seekCapability() const override { return std::is_same_v<Peer, std::istream*> ? 1 : 0; }
+
+    std::size_t read(char* buf, std::size_t n) override {
+        if constexpr (INPUT) {
+            if (m_peer->eof() || m_peer->read(buf, static_cast<std::streamsize>(n)).fail())
+                return FAILED;
+            return static_cast<std::size_t>(m_peer->gcount());
+        } else {
+            return FAILED;
+        }
+    }
+
+    std::size_t write(const char* buf, std::size_t n) override {
+        if constexpr (OUTPUT) {
+            const std::streamoff before = m_peer->tellp();
+            if (m_peer->write(buf, static_cast<std::streamsize>(n)).fail())
+                return FAILED;
+            if (before == -1)
+                return n;
+            return static_cast<std::size_t>(std::streamoff(m_peer->tellp()) - before);
+        } else {
+            return FAILED;
+        }
+    }
+
+    void seekg(long off, SeekWhence whence) override {
+        if constexpr (INPUT)
+            doSeekg(*m_peer, off, whence);
+        else
+            Device::seekg(off, whence);
+    }
+    void seekp(long off, SeekWhence whence) override {
+        if constexpr (OUTPUT)
+            doSeekp(*m_peer, off, whence);
+        else
+            Device::seekp(off, whence);
+    }
+    std::streampos tellg() override {
+        if constexpr (INPUT)
+            return m_peer->tellg();
+        else
+            return Device::tellg();
+    }
+    std::streampos tellp() override {
+        if constexpr (OUTPUT)
+            return m_peer->tellp();
+        else
+            return Device::tellp();
+    }
+
+  private:
+    Peer m_peer;
+};
+
+}  // namespace
+
+const char* fopenFlags(int flags) {
+    static constexpr const char* MODES[] = {"", "r", "w", "rw"};
+    return MODES[flags & 3];
+}
+
+Device* Device::wrap(std::istream& in) {
+    return new StreamWrap<std::istream*>(&in);
+}
+
+Device* Device::wrap(std::istream* in) {
+    return new StreamWrap<std::unique_ptr<std::istream>>(in);
+}
+
+Device* Device::wrap(std::ostream& out) {
+    return new StreamWrap<std::ostream*>(&out);
+}
+
+Device* Device::wrap(std::ostream* out) {
+    return new StreamWrap<std::unique_ptr<std::ostream>>(out);
+}
+
+Device* Device::wrap(std::iostream& inOut) {
+    return new StreamWrap<std::iostream*>(&inOut);
+}
+
+Device* Device::wrap(std::iostream* inOut) {
+    return new StreamWrap<std::unique_ptr<std::iostream>>(inOut);
+}
+
+Device* Device::fromFile(const std::string& path, int flags) {
+    return new StdioDevice(std::fopen(path.c_str(), fopenFlags(flags)), flags);
+}
+
+Device* Device::wrapArray(void* buf, std::size_t len, int flags) {
+    return new ArrayDevice(static_cast<char*>(buf), len, flags);
+}
+
+Device* Device::wrapString(const std::string& s, std::size_t start, std::size_t len) {
+    return new StringDevice(s.substr(start, len));
+}
+
+int Device::read() {
+    char c = 0;
+    return read(&c, 1) == 1 ? static_cast<signed char>(c) : -1;
+}
+
+bool Device::write(char c) {
+    return write(&c, 1) == 1;
+}
+
+void Device::seekg(long, SeekWhence) {
+    throw UnsupportedOperationException("Stream incapable of seekg");
+}
+
+void Device::seekp(long, SeekWhence) {
+    throw UnsupportedOperationException("Stream incapable of seekp");
+}
+
+std::streampos Device::tellg() {
+    throw UnsupportedOperationException("Stream incapable of tellg");
+}
+
+std::streampos Device::tellp() {
+    throw UnsupportedOperationException("Stream incapable of tellp");
+}
+
+Device* Device::makeProxy() {
+    return this;
+}
+
+}  // namespace moxtel::io

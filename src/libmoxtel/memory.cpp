@@ -1,0 +1,206 @@
+#include <moxtel/memory.hpp>
+
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace moxtel::mem {
+
+namespace {
+
+/// What is known of one address. The policy's record follows the entry in the same allocation.
+struct Entry {
+    const Allocator* allocator;
+    const Policy* policy;
+
+    ~Entry() {
+        if (policy != nullptr)
+            policy->freeRecord(record());
+    }
+    void* record() { return this + 1; }
+};
+
+struct EntryDeleter {
+    void operator()(Entry* entry) const {
+        entry->~Entry();
+        delete[] reinterpret_cast<char*>(entry);
+    }
+};
+
+using EntryPointer = std::unique_ptr<Entry, EntryDeleter>;
+using Entries = std::map<const void*, EntryPointer>;
+
+Entries& entries() {
+    static Entries all;
+    return all;
+}
+
+Entry* entryOf(const void* ptr) {
+    const auto found = entries().find(ptr);
+    return found == entries().end() ? nullptr : found->second.get();
+}
+
+EntryPointer createRecord(const Allocator* allocator, const Policy* policy) {
+    if (policy == nullptr)
+        policy = &defaultPolicy();
+    if (allocator == nullptr)
+        allocator = &defaultAllocator();
+    void* storage = new char[sizeof(Entry) + policy->recordSize()];
+    EntryPointer entry(new (storage) Entry{allocator, policy});
+    policy->initRecord(entry->record());
+    return entry;
+}
+
+std::size_t countSize() {
+    return sizeof(std::uint32_t);
+}
+
+std::uint32_t& countIn(void* record) {
+    return *static_cast<std::uint32_t*>(record);
+}
+
+void countInit(void* record) {
+    new (record) std::uint32_t(1);
+}
+
+void countAcquire(void* record) {
+    ++countIn(record);
+}
+
+bool countRelease(void* record) {
+    return --countIn(record) == 0;
+}
+
+void* newAllocate(std::size_t size) {
+    return ::operator new(size);
+}
+
+void newFree(void* ptr) {
+    ::operator delete(ptr);
+}
+
+void* newArrayAllocate(std::size_t size) {
+    return ::operator new[](size);
+}
+
+void newArrayFree(void* ptr) {
+    ::operator delete[](ptr);
+}
+
+void* stackAllocate(std::size_t) {
+    throw std::bad_alloc();
+}
+
+constexpr Policy NO_POLICY_OBJECT = {rsize0, nop, nop, nop, pfalse};
+constexpr Policy REFCOUNT_POLICY_OBJECT = {countSize, countInit, nop, countAcquire, countRelease};
+constexpr Allocator NEW_OBJECT = {newAllocate, newFree};
+constexpr Allocator NEW_ARRAY_OBJECT = {newArrayAllocate, newArrayFree};
+constexpr Allocator MALLOC_OBJECT = {std::malloc, std::free};
+constexpr Allocator STACK_OBJECT = {stackAllocate, nop};
+
+const Policy* currentPolicy = &REFCOUNT_POLICY_OBJECT;
+const Allocator* currentAllocator = &NEW_OBJECT;
+
+}  // namespace
+
+constinit const Policy* const NO_POLICY = &NO_POLICY_OBJECT;
+constinit const Policy* const REFCOUNT_POLICY = &REFCOUNT_POLICY_OBJECT;
+constinit const Allocator* const NEW = &NEW_OBJECT;
+constinit const Allocator* const NEW_ARRAY = &NEW_ARRAY_OBJECT;
+constinit const Allocator* const MALLOC = &MALLOC_OBJECT;
+constinit const Allocator* const STACK = &STACK_OBJECT;
+
+void* allocate(std::size_t size, const Allocator* allocator, const Policy* policy) {
+    if (allocator == nullptr)
+        allocator = &defaultAllocator();
+    void* ptr = allocator->allocate(size);
+    if (ptr == nullptr)
+        return nullptr;
+    try {
+        entries().insert_or_assign(ptr, createRecord(allocator, policy));
+    } catch (...) {
+        allocator->free(ptr);
+        throw;
+    }
+    return ptr;
+}
+
+bool protect(const void* ptr, const Policy* policy) {
+    if (ptr == nullptr || entryOf(ptr) != nullptr)
+        return false;
+    entries().emplace(ptr, createRecord(STACK, policy));
+    return true;
+}
+
+bool acquire(const void* ptr, const Policy* policy) {
+    if (ptr == nullptr)
+        return false;
+    if (Entry* entry = entryOf(ptr)) {
+        entry->policy->acquire(entry->record());
+        return false;
+    }
+    entries().emplace(ptr, createRecord(nullptr, policy));
+    return true;
+}
+
+bool release(const void* ptr) {
+    Entry* entry = ptr == nullptr ? nullptr : entryOf(ptr);
+    return entry != nullptr && entry->policy->release(entry->record());
+}
+
+void free(void* ptr) {
+    const auto found = entries().find(ptr);
+    if (found == entries().end())
+        return;
+    const Allocator* allocator = found->second->allocator;
+    entries().erase(found);
+    allocator->free(ptr);
+}
+
+const Policy* policyOf(const void* ptr) {
+    const Entry* entry = entryOf(ptr);
+    return entry == nullptr ? nullptr : entry->policy;
+}
+
+const Allocator* allocatorOf(const void* ptr) {
+    const Entry* entry = entryOf(ptr);
+    return entry == nullptr ? nullptr : entry->allocator;
+}
+
+const Policy& defaultPolicy() {
+    return *currentPolicy;
+}
+
+const Allocator& defaultAllocator() {
+    return *currentAllocator;
+}
+
+const Policy& defaultPolicy(const Policy& policy) {
+    return *std::exchange(currentPolicy, &policy);
+}
+
+const Allocator& defaultAllocator(const Allocator& allocator) {
+    return *std::exchange(currentAllocator, &allocator);
+}
+
+void nop(void*) {}
+
+std::size_t rsize0() {
+    return 0;
+}
+
+bool pfalse(void*) {
+    return false;
+}
+
+std::size_t makeInBounds(std::size_t offset, std::size_t count, std::size_t size) {
+    if (offset >= size)
+        return 0;
+    const std::size_t rest = size - offset;
+    return count < rest ? count : rest;
+}
+
+}  // namespace moxtel::mem

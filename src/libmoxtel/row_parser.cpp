@@ -1,0 +1,97 @@
+#include <moxtel/row_parser.hpp>
+
+#include <new>
+
+#include <moxtel/exception.hpp>
+
+namespace moxtel::io {
+
+namespace {
+
+template <class Format, class... Args>
+const Format* newFormat(Args... args) {
+    const Format* format = new (std::nothrow) Format(args...);
+    if (format == nullptr)
+        throw new AllocationException(
+            "Could not allocate the format object for an escaped row parser.");
+    return format;
+}
+
+}  // namespace
+
+DelimitedRowParser::DelimitedRowParser(const DelimitedRowFormat* format) : m_format(format) {}
+
+DelimitedRowParser::DelimitedRowParser(Device* in, char delim, const char* quote, char escape)
+    : m_src(in, TextStream::NL_DEFAULT),
+      m_delim(delim != '\0' ? delim : ','),
+      m_quote(quote != nullptr ? quote : DelimitedRowFormat::DEFAULT_QUOTES),
+      m_escape(escape) {}
+
+DelimitedRowParser::DelimitedRowParser(Device& in, char delim, const char* quote, char escape)
+    : DelimitedRowParser(in.makeProxy(), delim, quote, escape) {}
+
+DelimitedRowParser DelimitedRowParser::createRFC4180(char delim, const char* quotes) {
+    return DelimitedRowParser(newFormat<RFC4180DelimitedRowFormat>(delim, quotes));
+}
+
+DelimitedRowParser DelimitedRowParser::createEscaped(char delim, const char* quote, char escape,
+                                                     char comment) {
+    return DelimitedRowParser(newFormat<EscapedDelimitedRowFormat>(delim, quote, escape, comment));
+}
+
+DelimitedRowParser DelimitedRowParser::createRFC4180(std::istream& in, char delim,
+                                                     const char* quotes) {
+    DelimitedRowParser parser = createRFC4180(delim, quotes);
+    parser.open(in);
+    return parser;
+}
+
+void DelimitedRowParser::open(std::istream& in) {
+    m_src = TextReader(in, TextStream::NL_DEFAULT);
+}
+
+void DelimitedRowParser::open(TextReader& src) {
+    m_src = src;
+}
+
+void DelimitedRowParser::open(Device* in) {
+    m_src = TextReader(in, TextStream::NL_DEFAULT);
+}
+
+void DelimitedRowParser::open(Device& in) {
+    m_src = TextReader(in, TextStream::NL_DEFAULT);
+}
+
+void DelimitedRowParser::open(const std::string& path, int openFlags) {
+    open(Device::fromFile(path, openFlags | OPEN_READ));
+}
+
+void DelimitedRowParser::openFromString(const std::string& text) {
+    open(Device::wrapString(text, 0, std::string::npos));
+}
+
+bool DelimitedRowParser::hasRow() {
+    return m_src.peek() != -1;
+}
+
+bool DelimitedRowParser::hasCell() {
+    const int c = m_src.peek();
+    if (m_format->endRow(m_src)) {
+        m_src.read();
+        return false;
+    }
+    if (c == -1)
+        return false;
+    if (m_format->isDelim(c))
+        m_src.read();
+    return true;
+}
+
+std::string DelimitedRowParser::nextCell() {
+    const int c = m_src.peek();
+    if (c == '\n' || c == -1)
+        return std::string();
+    return m_format->readCell(m_src);
+}
+
+}  // namespace moxtel::io
