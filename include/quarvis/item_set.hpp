@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <ostream>
+#include <set>
+#include <string>
+
+namespace quarvis::rule {
+
+/// The name of an item: any bytes, the empty string included.
+using Item = std::string;
+
+/// A set of items, iterated in ascending byte order. A value type; the operations marked noexcept
+/// end the program when memory is exhausted.
+class ItemSet {
+  public:
+    using Iterator = std::set<Item>::iterator;
+    using ConstIterator = std::set<Item>::const_iterator;
+
+    ItemSet() = default;
+    ItemSet(const Item& item) { m_data.insert(item); }
+
+    void add(Item item) noexcept;
+    void add(const ItemSet& items) noexcept;
+    void clear() { m_data.clear(); }
+
+    bool contains(const Item& item) const { return m_data.contains(item); }
+
+    /// Whether every item of `items` is in this set; so the empty set is in every set.
+    bool contains(const ItemSet& items) const noexcept;
+
+    std::size_t size() const noexcept { return m_data.size(); }
+
+    /// The first item; the set must not be empty.
+    Item least() const { return *m_data.begin(); }
+
+    Iterator begin() noexcept { return m_data.begin(); }
+    Iterator end() noexcept { return m_data.end(); }
+    ConstIterator begin() const noexcept { return m_data.begin(); }
+    ConstIterator end() const noexcept { return m_data.end(); }
+
+    /// Compares item by item: at the first difference what `std::string::compare` gives for the
+    /// two items, and -1 when this set goes on after the other has ended. When only the other goes
+    /// on the result is 0, as for equal sets: only the sign "less" tells sets apart, and through
+    /// `operator<` it does so for any two different sets.
+    int cmp(const ItemSet& rhs) const noexcept;
+
+    /// A strict total order: lexicographic by bytes, a set before its own prefixes. {ab,cd} comes
+    /// before {ab}, and {} after everything else.
+    bool operator<(const ItemSet& rhs) const { return cmp(rhs) < 0; }
+
+    /// The union of both sets.
+    ItemSet merge(const ItemSet& rhs) const;
+
+    /// Writes "{a,b}": the items in order, neither quoted nor escaped.
+    std::ostream& writeInto(std::ostream& os) const;
+    std::string toString() const;
+    operator std::string() const { return toString(); }
+
+  private:
+    std::set<Item> m_data;
+};
+
+}  // namespace quarvis::rule
+
+std::ostream& operator<<(std::ostream& os, const quarvis::rule::ItemSet& items);
