@@ -1,0 +1,17 @@
+#pragma once
+
+#include <quarvis/rule.hpp>
+
+#include "config.hpp"
+#include "mine.hpp"
+
+/// The whole run after configuration: reads the transactions, mines, writes the rules and, when
+/// asked for, the item sets. Messages go to standard error.
+void mine(Configuration& config);
+
+/// The transactions of the file, tab-delimited; "-" is standard input. Reports their number.
+quarvis::rule::TransactionSet readTxns(Configuration& config, const char* filename);
+
+/// Write a part of the result to the file; "-" is standard output.
+void writeRules(const quarvis::rule::MiningResult& result, const char* filename);
+void writeIS(const quarvis::rule::MiningResult& result, const char* filename);

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "config.hpp"
+
+/// The settings that the command line asks for. When it asks for help, or does not parse, prints
+/// the usage text and ends the process: with status 0 when it parsed, otherwise with 1.
+Configuration configure(int argc, char** argv);
+
+/// Prints the usage text to standard error and ends the process with `status`.
+[[noreturn]] void usage(int status, int argc, char** argv);
