@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <type_traits>
 
 #include <moxtel/array.hpp>
@@ -28,7 +27,7 @@ class Pointer {
             mem::acquire(m_ptr, policy);
         } catch (...) {
             if (fresh) {
-                std::destroy_at(m_ptr);
+                m_destroy();
                 defaultAllocator().free(m_memory());
             }
             throw;
@@ -57,9 +56,17 @@ class Pointer {
   private:
     void m_release() {
         if (mem::release(m_ptr)) {
-            std::destroy_at(m_ptr);
+            m_destroy();
             mem::free(m_memory());
         }
+    }
+
+    /// A class without a virtual destructor is destroyed as what the handle holds it as.
+    void m_destroy() {
+        if constexpr (std::has_virtual_destructor_v<T>)
+            m_ptr->~T();
+        else
+            m_ptr->T::~T();
     }
 
     void* m_memory() const { return const_cast<std::remove_const_t<T>*>(m_ptr); }

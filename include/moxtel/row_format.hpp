@@ -138,40 +138,4 @@ class EscapedDelimitedRowFormat : public CharDelimitedRowFormat {
     char m_comment;
 };
 
-/// Runs the destructor of the base class alone, which for every format is all there is to do.
-inline void destroy(DelimitedRowFormat& format) {
-    format.DelimitedRowFormat::~DelimitedRowFormat();
-}
-
 }  // namespace moxtel::io
-
-namespace moxtel::mem {
-
-// The two members of the handle that destroy its object. The general ones call the destructor as if
-// it might be virtual, which compilers warn of for an abstract class.
-
-template <>
-inline Pointer<io::DelimitedRowFormat>::Pointer(const io::DelimitedRowFormat* p,
-                                                const Policy* policy)
-    : m_ptr(const_cast<io::DelimitedRowFormat*>(p)) {
-    const bool fresh = m_ptr != nullptr && policyOf(m_ptr) == nullptr;
-    try {
-        mem::acquire(m_ptr, policy);
-    } catch (...) {
-        if (fresh) {
-            io::destroy(*m_ptr);
-            defaultAllocator().free(m_ptr);
-        }
-        throw;
-    }
-}
-
-template <>
-inline void Pointer<io::DelimitedRowFormat>::m_release() {
-    if (mem::release(m_ptr)) {
-        io::destroy(*m_ptr);
-        mem::free(m_ptr);
-    }
-}
-
-}  // namespace moxtel::mem
