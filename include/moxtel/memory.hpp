@@ -78,7 +78,12 @@ std::size_t rsize0();
 bool pfalse(void* record);
 
 /// How many of `count` elements from `offset` lie inside a buffer of `size` elements.
-std::size_t makeInBounds(std::size_t offset, std::size_t count, std::size_t size);
+constexpr std::size_t makeInBounds(std::size_t offset, std::size_t count, std::size_t size) {
+    if (offset >= size)
+        return 0;
+    const std::size_t rest = size - offset;
+    return count < rest ? count : rest;
+}
 
 /// Destroys `count` elements in ascending order.
 template <class T>

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <deque>
 #include <string>
-#include <utility>
 
 #include <moxtel/memory.hpp>
 #include <moxtel/parse.hpp>

@@ -196,11 +196,4 @@ bool pfalse(void*) {
     return false;
 }
 
-std::size_t makeInBounds(std::size_t offset, std::size_t count, std::size_t size) {
-    if (offset >= size)
-        return 0;
-    const std::size_t rest = size - offset;
-    return count < rest ? count : rest;
-}
-
 }  // namespace moxtel::mem
