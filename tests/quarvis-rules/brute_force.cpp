@@ -1,0 +1,274 @@
+#include "brute_force.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace brute_force {
+
+using mining_tests::Outcome;
+using mining_tests::Table;
+
+namespace {
+
+constexpr double INFINITE = std::numeric_limits<double>::infinity();
+
+/// A set of items, bit i for the i-th item of the table in byte order.
+using Set = std::uint32_t;
+
+/// The sets of items by time.
+using History = std::map<std::uint64_t, Set>;
+
+/// Antecedent and subsequent.
+using Rule = std::pair<Set, Set>;
+
+struct Problem {
+    std::vector<std::string> items;
+    std::vector<History> histories;
+};
+
+bool isWithin(Set inner, Set outer) {
+    return (inner & ~outer) == 0;
+}
+
+std::vector<Set> singleItems(Set set) {
+    std::vector<Set> singles;
+    for (Set rest = set; rest != 0; rest &= rest - 1)
+        singles.push_back(rest & -rest);
+    return singles;
+}
+
+Problem numbered(const Table& table) {
+    std::set<std::string> names;
+    for (const auto& history : table.histories)
+        for (const auto& [time, items] : history)
+            names.insert(items.begin(), items.end());
+
+    Problem problem;
+    problem.items.assign(names.begin(), names.end());
+    for (const auto& history : table.histories) {
+        History& numbers = problem.histories.emplace_back();
+        for (const auto& [time, items] : history)
+            for (Set& set = numbers[time]; const std::string& item : items)
+                set |= Set{1} << std::distance(names.begin(), names.find(item));
+    }
+    return problem;
+}
+
+/// The number of histories that hold the set, at one time or over several.
+std::size_t countOf(Set set, const Problem& problem) {
+    return static_cast<std::size_t>(std::count_if(
+        problem.histories.begin(), problem.histories.end(), [set](const History& history) {
+            Set all = 0;
+            for (const auto& [time, items] : history)
+                all |= items;
+            return isWithin(set, all);
+        }));
+}
+
+/// The frequent sets of `size` items. That they are what joining the frequent sets of one item less
+/// gives follows: all subsets of a frequent set are frequent, and any two of size - 1 make it up.
+std::map<Set, std::size_t> frequentSets(int size, std::size_t minCount, const Problem& problem) {
+    std::map<Set, std::size_t> frequent;
+    const Set end = Set{1} << problem.items.size();
+    for (Set set = 0; set < end; ++set)
+        if (std::popcount(set) == size)
+            if (const std::size_t count = countOf(set, problem); count >= minCount)
+                frequent[set] = count;
+    return frequent;
+}
+
+/// The rules proposed from the sets: any run of neighbours among the items of a set implies the
+/// others, of which there must be some.
+std::vector<Rule> proposedRules(const std::map<Set, std::size_t>& sets) {
+    std::vector<Rule> rules;
+    for (const auto& [set, count] : sets)
+        for (const Set first : singleItems(set))
+            for (const Set last : singleItems(set)) {
+                const Set span = (last | (last - 1)) & ~(first - 1);
+                if (first <= last && (set & ~span) != 0)
+                    rules.emplace_back(set & span, set & ~span);
+            }
+    return rules;
+}
+
+/// Whether the item occurs before `time`, at most the window before it; 0 is no window.
+bool occursBefore(std::uint64_t time, Set item, const History& history, std::uint64_t window) {
+    return std::any_of(history.begin(), history.end(), [&](const auto& transaction) {
+        return transaction.first < time && isWithin(item, transaction.second) &&
+               (window == 0 || time - transaction.first <= window);
+    });
+}
+
+/// Whether the rule holds at some time: everything of the subsequent is there and nothing of it was
+/// before, the antecedent is not all there and everything of it was before.
+bool holds(const Rule& rule, const History& history, std::uint64_t window) {
+    const std::vector<Set> as = singleItems(rule.first);
+    const std::vector<Set> ss = singleItems(rule.second);
+    return std::any_of(history.begin(), history.end(), [&](const auto& transaction) {
+        const Set items = transaction.second;
+        const auto wasBefore = [&](Set item) {
+            return occursBefore(transaction.first, item, history, window);
+        };
+        return isWithin(rule.second, items) && !isWithin(rule.first, items) &&
+               std::all_of(as.begin(), as.end(), wasBefore) &&
+               std::none_of(ss.begin(), ss.end(), wasBefore);
+    });
+}
+
+/// The item sets compare like these: by the items' numbers, where the end of a set counts as
+/// greater than any item, so that a set comes before its own beginnings.
+std::vector<int> sortKey(Set set) {
+    std::vector<int> key;
+    for (const Set item : singleItems(set))
+        key.push_back(std::countr_zero(item));
+    key.push_back(std::numeric_limits<int>::max());
+    return key;
+}
+
+std::string listed(Set set, const Problem& problem) {
+    std::string text;
+    for (const Set item : singleItems(set)) {
+        if (item != (set & -set))
+            text += ',';
+        text += problem.items[static_cast<std::size_t>(std::countr_zero(item))];
+    }
+    return text;
+}
+
+std::string braced(Set set, const Problem& problem) {
+    return '{' + listed(set, problem) + '}';
+}
+
+std::string side(Set set, const Problem& problem) {
+    return std::popcount(set) == 1 ? listed(set, problem) : braced(set, problem);
+}
+
+Outcome::Rule measured(const Rule& rule, std::size_t count, const Problem& problem) {
+    const auto total = static_cast<double>(problem.histories.size());
+    const auto supportOf = [&](Set set) {
+        return static_cast<double>(countOf(set, problem)) / total;
+    };
+    const double both = supportOf(rule.first | rule.second);
+    const double a = supportOf(rule.first);
+    const double s = supportOf(rule.second);
+
+    Outcome::Rule result;
+    result.text = side(rule.first, problem) + " => " + side(rule.second, problem);
+    result.count = count;
+    result.icount = countOf(rule.first | rule.second, problem);
+    result.support = static_cast<double>(count) / total;
+    result.confidence = a == 0 ? 0 : both / a;
+    result.lift = a * s == 0 ? 0 : both / (a * s);
+    result.conviction = result.confidence == 1 ? INFINITE : (1 - s) / (1 - result.confidence);
+    result.probability = s == 0 ? 0 : both / s;
+    result.certainty = both == s ? INFINITE : both / (s - both);
+    return result;
+}
+
+bool passes(const Outcome::Rule& rule, const Configuration& config) {
+    return rule.count >= config.minCount && rule.support >= config.minSupport &&
+           rule.confidence >= config.minConfidence && rule.lift >= config.minLift &&
+           rule.conviction <= config.maxConviction;
+}
+
+/// The levels of a run, with its results and messages so far.
+class Run {
+  public:
+    Run(const Configuration& config, const Table& table)
+        : m_config(config), m_problem(numbered(table)) {}
+
+    Outcome outcome() {
+        m_levels();
+        m_say("preparing rules for reporting.");
+        m_say("have " + std::to_string(m_rules.size()) + " rules.");
+
+        Outcome outcome;
+        for (const auto& [key, rule] : m_rules)
+            outcome.rules.push_back(rule);
+        for (const auto& [key, items] : m_itemSets)
+            outcome.itemSets.push_back(items);
+        outcome.messages = m_messages;
+        return outcome;
+    }
+
+  private:
+    using SortKey = std::vector<int>;
+
+    void m_say(const std::string& text) { m_messages += "\t ... " + text + '\n'; }
+
+    std::map<Set, std::size_t> m_recordFrequent(int size) {
+        auto sets = frequentSets(size, m_config.minCount, m_problem);
+        for (const auto& [set, count] : sets)
+            m_itemSets[sortKey(set)] = {braced(set, m_problem), count};
+        return sets;
+    }
+
+    void m_levels() {
+        m_say("calculated " + std::to_string(m_recordFrequent(1).size()) +
+              " frequent item sets of size 1. ");
+        std::size_t sets = m_level(1);
+        if (sets == 0 || m_config.maxOrder == 1)
+            return;
+        if (m_config.maxOrder == 0) {
+            m_say("mining rules until there are no more frequent item sets.");
+            for (int order = 2; sets > 2; ++order)
+                sets = m_level(order);
+        } else {
+            m_say("rules up to order " + std::to_string(m_config.maxOrder) + " will be mined.");
+            for (int order = 2; order <= static_cast<int>(m_config.maxOrder); ++order)
+                m_level(order);
+        }
+    }
+
+    /// Goes through the sets of `order` + 1 items and their rules; the number of the sets. Only the
+    /// first level ends where it has nothing to deduce.
+    std::size_t m_level(int order) {
+        const auto sets = m_recordFrequent(order + 1);
+        const std::vector<Rule> rules = proposedRules(sets);
+        m_say("calculated " + std::to_string(sets.size()) + " frequent item sets of size " +
+              std::to_string(order + 1) + " with " + std::to_string(rules.size()) +
+              " proposed rules.");
+        if (order == 1 && rules.empty()) {
+            m_say("no rules of order 1 found.");
+            return 0;
+        }
+        m_say("deducing rules of order " + std::to_string(order) + '.');
+        for (const Rule& rule : rules)
+            m_deduce(rule);
+        return sets.size();
+    }
+
+    /// A rule that holds nowhere is none, whatever the least count.
+    void m_deduce(const Rule& rule) {
+        const auto count = static_cast<std::size_t>(std::count_if(
+            m_problem.histories.begin(), m_problem.histories.end(),
+            [&](const History& history) { return holds(rule, history, m_config.windowSize); }));
+        if (count == 0)
+            return;
+        const Outcome::Rule result = measured(rule, count, m_problem);
+        if (passes(result, m_config))
+            m_rules[{sortKey(rule.first), sortKey(rule.second)}] = result;
+    }
+
+    const Configuration& m_config;
+    const Problem m_problem;
+    std::map<SortKey, Outcome::ItemSet> m_itemSets;
+    std::map<std::pair<SortKey, SortKey>, Outcome::Rule> m_rules;
+    std::string m_messages;
+};
+
+}  // namespace
+
+Outcome mine(const Configuration& config, const Table& table) {
+    return Run(config, table).outcome();
+}
+
+}  // namespace brute_force

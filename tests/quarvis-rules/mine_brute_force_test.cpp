@@ -1,0 +1,215 @@
+#include "mine.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "brute_force.hpp"
+#include "outcome.hpp"
+#include "random_table.hpp"
+#include "replayed_seeds.hpp"
+#include "table.hpp"
+
+namespace mining_tests {
+namespace {
+
+std::string describe(const Configuration& config) {
+    std::ostringstream text;
+    text << "minCount " << config.minCount << ", minSupport " << config.minSupport
+         << ", minConfidence " << config.minConfidence << ", minLift " << config.minLift
+         << ", maxConviction " << config.maxConviction << ", maxOrder " << config.maxOrder
+         << ", windowSize " << config.windowSize;
+    return text.str();
+}
+
+/// Whether the mining does with the table what the brute force does.
+testing::AssertionResult agree(const Configuration& config, const Table& table) {
+    const Outcome expected = brute_force::mine(config, table);
+    const Outcome mined = minedOutcome(config, table);
+    const bool isNumberRight =
+        mined.messages.ends_with(" have " + std::to_string(mined.rules.size()) + " rules.\n");
+    if (mined == expected && isNumberRight)
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "with " << describe(config) << "\nthe table\n"
+                                       << table << "gives\n"
+                                       << mined << "instead of\n"
+                                       << expected;
+}
+
+testing::AssertionResult agree(std::uint64_t seed) {
+    const RandomCase drawn = randomCase(seed);
+    const testing::AssertionResult result = agree(drawn.config, drawn.table);
+    return result ? result
+                  : testing::AssertionFailure()
+                        << "seed " << seed << ", " << drawn.shape << ", " << result.message();
+}
+
+/// Every history over the times and the items: at each time nothing, or any subset of the items.
+std::vector<TableHistory> allHistories(const std::vector<std::uint32_t>& times,
+                                       const std::vector<std::string>& items) {
+    std::vector<TableHistory> histories = {{}};
+    for (const std::uint32_t time : times)
+        for (std::size_t shorter = histories.size(); shorter-- > 0;)
+            for (unsigned subset = 0; subset < 1U << items.size(); ++subset) {
+                TableHistory history = histories[shorter];
+                auto& transaction = history[time];
+                for (std::size_t i = 0; i < items.size(); ++i)
+                    if ((subset >> i & 1U) != 0)
+                        transaction.insert(items[i]);
+                histories.push_back(history);
+            }
+    histories.erase(histories.begin());
+    return histories;
+}
+
+/// Goes through the tables of up to a number of histories, each at or after the one before it in
+/// `histories`: the order of a table's histories does not matter, so one order is enough.
+class TableWalk {
+  public:
+    TableWalk(const Configuration& config, std::vector<TableHistory> histories)
+        : m_config(config), m_histories(std::move(histories)) {}
+
+    /// The number of tables; it stops at the first that does not agree.
+    std::size_t upTo(std::size_t number) {
+        m_goOn(number, 0);
+        return m_tables;
+    }
+
+  private:
+    void m_goOn(std::size_t number, std::size_t first) {
+        ++m_tables;
+        ASSERT_TRUE(agree(m_config, m_table));
+        for (std::size_t i = first; number > 0 && i < m_histories.size(); ++i) {
+            m_table.histories.push_back(m_histories[i]);
+            ASSERT_NO_FATAL_FAILURE(m_goOn(number - 1, i));
+            m_table.histories.pop_back();
+        }
+    }
+
+    const Configuration m_config;
+    const std::vector<TableHistory> m_histories;
+    Table m_table;
+    std::size_t m_tables = 0;
+};
+
+struct Setting {
+    std::string name;
+    std::uint32_t minCount;
+    std::uint32_t maxOrder;
+    std::uint32_t windowSize;
+};
+
+void PrintTo(const Setting& setting, std::ostream* os) {
+    *os << setting.name;
+}
+
+class EveryTable : public testing::TestWithParam<Setting> {
+  protected:
+    /// Through tables of three items at these times.
+    static TableWalk walk(const std::vector<std::uint32_t>& times) {
+        Configuration config;
+        config.minCount = GetParam().minCount;
+        config.maxOrder = GetParam().maxOrder;
+        config.windowSize = GetParam().windowSize;
+        return {config, allHistories(times, {"p", "q", "r"})};
+    }
+};
+
+std::string nameOf(const testing::TestParamInfo<Setting>& setting) {
+    return setting.param.name;
+}
+
+class EveryTableOfThreeHistories : public EveryTable {};
+
+TEST_P(EveryTableOfThreeHistories, MinesAsByBruteForce) {
+    // Of the 80 histories: 1 + 80 + 80 * 81 / 2 + 80 * 81 * 82 / 6.
+    EXPECT_EQ(91'881U, walk({1, 3}).upTo(3));
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfThreeHistories,
+                         testing::Values(Setting{"MinCount0", 0, 0, 0},
+                                         Setting{"MinCount1", 1, 0, 0},
+                                         Setting{"MinCount1MaxOrder1Window1", 1, 1, 1},
+                                         Setting{"MinCount1MaxOrder4Window2", 1, 4, 2},
+                                         Setting{"MinCount2", 2, 0, 0},
+                                         Setting{"MinCount2MaxOrder4", 2, 4, 0}),
+                         nameOf);
+
+class EveryTableOfTwoHistories : public EveryTable {};
+
+TEST_P(EveryTableOfTwoHistories, MinesAsByBruteForce) {
+    EXPECT_EQ(3'321U, walk({1, 3}).upTo(2));
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfTwoHistories,
+                         testing::Values(Setting{"MinCount0MaxOrder4", 0, 4, 0},
+                                         Setting{"MinCount0Window1", 0, 0, 1},
+                                         Setting{"MinCount1MaxOrder1", 1, 1, 0},
+                                         Setting{"MinCount1MaxOrder2Window1", 1, 2, 1},
+                                         Setting{"MinCount1Window2", 1, 0, 2},
+                                         Setting{"MinCount3MaxOrder3", 3, 3, 0}),
+                         nameOf);
+
+/// One history is enough for what a window does: a rule is counted over histories one by one.
+class EveryLongHistory : public EveryTable {};
+
+TEST_P(EveryLongHistory, MinesAsByBruteForce) {
+    // 9 possibilities at each of 4 times; no transaction at all stands for the empty table.
+    EXPECT_EQ(6'561U, walk({0, 1, 3, 4}).upTo(1));
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, EveryLongHistory,
+                         testing::Values(Setting{"NoWindow", 1, 0, 0}, Setting{"Window1", 1, 0, 1},
+                                         Setting{"Window2", 1, 0, 2}, Setting{"Window3", 1, 0, 3},
+                                         Setting{"LargestWindow", 1, 0, 4294967295}),
+                         nameOf);
+
+class RandomTables : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(RandomTables, MineAsByBruteForce) {
+    for (std::uint64_t i = 0; i < 200; ++i)
+        ASSERT_TRUE(agree(GetParam() + i * tableShapes().size()));
+}
+
+std::string nameOfShape(const testing::TestParamInfo<std::size_t>& shape) {
+    return tableShapes()[shape.param].name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, RandomTables, testing::Range(std::size_t{0}, tableShapes().size()),
+                         nameOfShape);
+
+TEST(ReplayedSeeds, MineAsByBruteForce) {
+    for (const std::uint64_t seed : REPLAYED_SEEDS)
+        EXPECT_TRUE(agree(seed));
+}
+
+/// Agreement means little where there is nothing to agree on.
+TEST(RandomTablesOfEveryShape, ManyHaveRules) {
+    constexpr std::size_t each = 100;
+    std::vector<std::size_t> withRules(tableShapes().size());
+    for (std::uint64_t seed = 0; seed < each * withRules.size(); ++seed) {
+        const RandomCase drawn = randomCase(seed);
+        if (!minedOutcome(drawn.config, drawn.table).rules.empty())
+            ++withRules[seed % withRules.size()];
+    }
+    EXPECT_THAT(withRules, testing::Each(testing::Ge(each / 5)));
+}
+
+TEST(Histories, TheirOrderDoesNotMatter) {
+    for (std::uint64_t seed = 0; seed < 200; ++seed) {
+        RandomCase drawn = randomCase(seed);
+        const Outcome before = minedOutcome(drawn.config, drawn.table);
+        std::reverse(drawn.table.histories.begin(), drawn.table.histories.end());
+        EXPECT_EQ(minedOutcome(drawn.config, drawn.table), before) << "seed " << seed;
+    }
+}
+
+}  // namespace
+}  // namespace mining_tests

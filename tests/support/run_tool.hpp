@@ -1,0 +1,46 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// Runs the built program and compares everything that it leaves behind, byte by byte. No shell is
+/// involved: arguments reach the program as they are given.
+namespace tool {
+
+/// What a directory holds: contents by path, relative to it. A path that ends in '/' is a
+/// directory and has no content of its own.
+using Files = std::map<std::string, std::string>;
+
+struct Call {
+    /// The arguments after the program's name.
+    std::vector<std::string> args = {};
+    /// The bytes on standard input.
+    std::string input = {};
+    /// What the working directory, otherwise empty, holds beforehand.
+    Files files = {};
+    /// The name under which the program is called; the program run is always the same.
+    std::string name = "quarvis-rules";
+};
+
+struct Outcome {
+    /// The bytes on standard output and on standard error.
+    std::string out = {};
+    std::string err = {};
+    /// The exit status; after a signal, its number with a minus sign.
+    int status = 0;
+    /// What the working directory holds afterwards, what was there beforehand included.
+    Files files = {};
+};
+
+/// Runs the program in a fresh working directory, which is removed afterwards. A program that has
+/// not ended after a minute is killed (status -SIGALRM). Throws `std::system_error` when the run
+/// cannot be set up.
+Outcome run(const Call& call);
+
+/// Runs the program and fails the current test, at the caller's line, for every part of the outcome
+/// that differs from what is expected.
+void expectRun(const Call& call, const Outcome& expected, const char* file = __builtin_FILE(),
+               int line = __builtin_LINE());
+
+}  // namespace tool
