@@ -5,6 +5,7 @@
 #include <map>
 #include <ostream>
 #include <string>
+#include <utility>
 
 #include <quarvis/implication.hpp>
 
@@ -30,8 +31,10 @@ class RuleSet {
 
     std::size_t size() const { return m_data.size(); }
 
-    /// The statistics of `r`, created with every field zero when absent.
-    Stats& operator[](const Rule& r) { return m_data[r]; }
+    /// The statistics of `r`, created with every field zero when absent. Takes constant time for
+    /// a rule that comes after all others.
+    Stats& operator[](const Rule& r) { return m_data.try_emplace(m_data.end(), r)->second; }
+    Stats& operator[](Rule&& r) { return m_data.try_emplace(m_data.end(), std::move(r))->second; }
 
     /// The statistics of `r`. Throws `std::out_of_range` when absent.
     Stats& at(const Rule& r) { return m_data.at(r); }

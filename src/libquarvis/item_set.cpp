@@ -2,13 +2,8 @@
 
 #include <algorithm>
 #include <sstream>
-#include <utility>
 
 namespace quarvis::rule {
-
-void ItemSet::add(Item item) noexcept {
-    m_data.insert(std::move(item));
-}
 
 void ItemSet::add(const ItemSet& items) noexcept {
     m_data.insert(items.begin(), items.end());

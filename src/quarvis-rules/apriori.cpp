@@ -3,16 +3,15 @@
 #include <cstddef>
 #include <iostream>
 
-#include "proposals.hpp"
 #include "search.hpp"
 
 namespace quarvis::rule {
 
 namespace {
 
-void reportLevel(std::size_t sets, std::size_t size, std::size_t rules) {
+void reportLevel(std::size_t sets, std::size_t size) {
     std::cerr << "\t ... calculated " << sets << " frequent item sets of size " << size << " with "
-              << rules << " proposed rules." << std::endl;
+              << proposeRules(sets, size) << " proposed rules." << std::endl;
 }
 
 void reportOrder(std::size_t order) {
@@ -21,31 +20,28 @@ void reportOrder(std::size_t order) {
 
 }  // namespace
 
-RuleHistogram apriori(const Configuration& config, const TransactionSet& txns,
-                      ItemSetHistogram& all) {
+RuleHistogram apriori(const Configuration& config, const HistoryIndex& index, FrequentSets& all) {
     RuleHistogram counts;
 
-    all = oneSets(config, txns);
-    std::cerr << "\t ... calculated " << all.size() << " frequent item sets of size 1. "
+    all.add(oneSets(index), {});
+    std::cerr << "\t ... calculated " << all.level(1).size() << " frequent item sets of size 1. "
               << std::endl;
 
-    ItemSetSupports cur = aprioriMerge(config, all, all, txns, 2);
-    RuleProposals proposals = proposeRules(cur);
-    reportLevel(cur.size(), 2, count(proposals));
-    if (proposals.empty()) {
+    std::size_t sets = aprioriMerge(config, index, all).size();
+    reportLevel(sets, 2);
+    if (sets == 0) {
         std::cerr << "\t ... no rules of order 1 found." << std::endl;
         return counts;
     }
     reportOrder(1);
-    mineRules(config, txns, proposals, counts);
+    mineRules(config, index, all, 2, counts);
 
     const auto mineOrder = [&](std::size_t order) {
         const std::size_t size = order + 1;
-        cur = aprioriMerge(config, cur, all, txns, size);
-        proposals = proposeRules(cur);
-        reportLevel(cur.size(), size, count(proposals));
+        sets = aprioriMerge(config, index, all).size();
+        reportLevel(sets, size);
         reportOrder(order);
-        mineRules(config, txns, proposals, counts);
+        mineRules(config, index, all, size, counts);
     };
     if (config.maxOrder == 1)
         return counts;
@@ -58,7 +54,7 @@ RuleHistogram apriori(const Configuration& config, const TransactionSet& txns,
     } else {
         // Two sets could still make one of the next size; the search ends before them.
         std::cerr << "\t ... mining rules until there are no more frequent item sets." << std::endl;
-        for (std::size_t order = 2; cur.size() > 2; ++order)
+        for (std::size_t order = 2; sets > 2; ++order)
             mineOrder(order);
     }
     return counts;

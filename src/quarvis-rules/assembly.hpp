@@ -5,16 +5,20 @@
 #include <quarvis/rule.hpp>
 
 #include "config.hpp"
+#include "frequent_sets.hpp"
+#include "history_index.hpp"
 #include "rule_counting.hpp"
-#include "search.hpp"
 
+/// From ranks back to names: the result of a run.
 namespace quarvis::rule {
 
-/// Adds the rules of `hist` that pass the thresholds to `ret`, with their measures. `supports` must
-/// hold every rule's sides and their union, or `std::out_of_range` is thrown; `txnCount` is the
+/// Adds every set of `sets` to `ret`, with its count.
+void populateItemSets(ItemSetHistogram& ret, const HistoryIndex& index, const FrequentSets& sets);
+
+/// Adds the counted rules that pass the thresholds to `ret`, with their measures. `txnCount` is the
 /// number of histories.
-void populateRuleSet(const Configuration& config, RuleSet& ret, const ItemSetSupports& supports,
-                     const RuleHistogram& hist, std::size_t txnCount);
+void populateRuleSet(const Configuration& config, RuleSet& ret, const HistoryIndex& index,
+                     const FrequentSets& supports, const RuleHistogram& hist, std::size_t txnCount);
 
 /// Whether a rule passes the thresholds. A NaN fails.
 bool filter(const Configuration& config, const RuleSet::Stats& stats);

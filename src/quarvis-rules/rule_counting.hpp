@@ -1,47 +1,50 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <map>
-#include <set>
-
-#include <quarvis/rule.hpp>
+#include <vector>
 
 #include "config.hpp"
-#include "proposals.hpp"
+#include "frequent_sets.hpp"
+#include "history_index.hpp"
 
-/// Counting of rules. A rule A => S holds in a history that has a transaction with all of S, while
-/// nothing of S occurred within the window before it, A is not wholly in it, and every item of A
-/// occurred within the window before. A rule's count is the number of histories that it holds in.
+/// Counting of rules. From a set of k sorted items, k(k+1)/2 - 1 rules are proposed: each run of
+/// neighbours, other than all items, as the antecedent, and all other items as the subsequent. A
+/// rule A => S holds in a history that has a transaction with all of S, while nothing of S occurred
+/// within the window before it, A is not wholly in it, and every item of A occurred within the
+/// window before. A rule's count is the number of histories that it holds in.
 namespace quarvis::rule {
 
-using RuleHistogram = std::map<Rule, std::uint64_t, RuleOrder>;
+/// A proposed rule and its count: the antecedent is the run [first, last] of the items of the set.
+struct CountedRule {
+    std::uint32_t set;   ///< The place of the set in its level.
+    std::uint32_t size;  ///< The size of the set.
+    std::uint32_t first;
+    std::uint32_t last;
+    std::uint32_t count;
+};
 
-/// When each item was last seen in the history at hand, before the transaction at hand.
-using LastTime = std::map<Item, History::Time>;
+/// The rules counted so far, and what the counting of the next level builds on.
+///
+/// A rule that holds in a history, but for the condition that its antecedent is not wholly in the
+/// transaction, is met there. With a rule every rule that lacks some items of its sides is met
+/// too. So a set has a rule that is met in enough histories only if its prefix has one, or if its
+/// last item is alone on one side of it; then the pair of its first and its last item has one.
+/// Only such sets are counted; they are called live.
+struct RuleHistogram {
+    std::vector<CountedRule> rules;
+    std::vector<bool> livePairs;  ///< By place in level 2: the sets that are live.
+    std::vector<bool> liveSets;   ///< The same of the level that was counted last.
+};
 
-/// The rules that the history at hand has been counted for.
-using RuleMapped = std::set<Rule, RuleOrder>;
+/// The number of rules that are proposed from `sets` sets of `size` items.
+std::size_t proposeRules(std::size_t sets, std::size_t size);
 
-/// Adds to `counts` the proposed rules that hold in the histories, or in one of them.
-void mineRules(const Configuration& config, const TransactionSet& txns,
-               const RuleProposals& proposals, RuleHistogram& counts);
-void mineRules(const Configuration& config, const History& seq, const RuleProposals& proposals,
-               RuleHistogram& counts);
-
-/// Tests every proposed rule, or one rule, at one transaction.
-void mineRules(const Configuration& config, LastTime& firstEvent, const ItemSet& txn,
-               const RuleProposals& proposals, RuleHistogram& counts, RuleMapped& mapped);
-void mineRules(const Configuration& config, LastTime& firstEvent, const ItemSet& txn,
-               const ItemSet& antecedent, const ItemSet& subsequent, RuleHistogram& counts,
-               RuleMapped& mapped);
-
-/// Forgets the items last seen longer before `time` than the window; an age of exactly the window
-/// is within it. Without a window nothing is forgotten.
-void clearLastTimes(const Configuration& config, LastTime& firstEvent, const ItemSet& items,
-                    History::Time time);
-
-/// Records that `items` are seen at `time`.
-void updateLastTimes(const Configuration& config, LastTime& firstEvent, const ItemSet& items,
-                     History::Time time);
+/// Counts the rules of the sets of `size` items, two or more, and adds those that hold in
+/// `minCount` histories or more, and in one at least, to `counts`.
+///
+/// Visits the histories that hold a set until no rule of the set can reach its count any more.
+void mineRules(const Configuration& config, const HistoryIndex& index, const FrequentSets& sets,
+               std::size_t size, RuleHistogram& counts);
 
 }  // namespace quarvis::rule

@@ -5,9 +5,11 @@
 
 #include "libquarvis/error_output.hpp"
 #include "mine.hpp"
+#include "plain_mine.hpp"
 
 namespace mining_tests {
 
+using quarvis::rule::ItemSetHistogram;
 using quarvis::rule::MiningResult;
 
 std::vector<std::string> Outcome::ruleTexts() const {
@@ -39,23 +41,37 @@ std::ostream& operator<<(std::ostream& os, const Outcome& outcome) {
     return os << outcome.messages;
 }
 
-Outcome minedOutcome(const Configuration& config, const quarvis::rule::TransactionSet& txns) {
-    const quarvis::test::ErrorOutput messages;
-    const MiningResult result = quarvis::rule::mine(config, txns);
+namespace {
 
+Outcome outcomeOf(const quarvis::rule::RuleSet& rules, const ItemSetHistogram& itemSets,
+                  const std::string& messages) {
     Outcome outcome;
-    outcome.messages = messages.text();
-    for (const auto& [items, count] : result.itemSets())
+    outcome.messages = messages;
+    for (const auto& [items, count] : itemSets)
         outcome.itemSets.push_back({items.toString(), count});
-    for (const auto& [rule, stats] : result.rules())
+    for (const auto& [rule, stats] : rules)
         outcome.rules.push_back({rule.toString(), stats.count, stats.icount, stats.support,
                                  stats.confidence, stats.lift, stats.conviction, stats.probability,
                                  stats.certainty});
     return outcome;
 }
 
+}  // namespace
+
+Outcome minedOutcome(const Configuration& config, const quarvis::rule::TransactionSet& txns) {
+    const quarvis::test::ErrorOutput messages;
+    const MiningResult result = quarvis::rule::mine(config, txns);
+    return outcomeOf(result.rules(), result.itemSets(), messages.text());
+}
+
 Outcome minedOutcome(const Configuration& config, const Table& table) {
     return minedOutcome(config, transactionsOf(table));
+}
+
+Outcome plainOutcome(const Configuration& config, const quarvis::rule::TransactionSet& txns) {
+    const quarvis::test::ErrorOutput messages;
+    const quarvis::rule::plain::Result result = quarvis::rule::plain::mine(config, txns);
+    return outcomeOf(result.rules, result.itemSets, messages.text());
 }
 
 }  // namespace mining_tests

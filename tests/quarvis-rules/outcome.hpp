@@ -50,4 +50,7 @@ std::ostream& operator<<(std::ostream& os, const Outcome& outcome);
 Outcome minedOutcome(const Configuration& config, const Table& table);
 Outcome minedOutcome(const Configuration& config, const quarvis::rule::TransactionSet& txns);
 
+/// The outcome of `quarvis::rule::plain::mine`.
+Outcome plainOutcome(const Configuration& config, const quarvis::rule::TransactionSet& txns);
+
 }  // namespace mining_tests

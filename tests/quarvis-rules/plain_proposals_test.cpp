@@ -1,4 +1,4 @@
-#include "proposals.hpp"
+#include "plain_proposals.hpp"
 
 #include <initializer_list>
 #include <string>
@@ -9,7 +9,7 @@
 
 #include "table.hpp"
 
-namespace quarvis::rule {
+namespace quarvis::rule::plain {
 namespace {
 
 using mining_tests::itemsOf;
@@ -103,4 +103,4 @@ TEST(ProposalCount, OfNothingIsZero) {
 }
 
 }  // namespace
-}  // namespace quarvis::rule
+}  // namespace quarvis::rule::plain

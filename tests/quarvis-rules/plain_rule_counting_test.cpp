@@ -1,4 +1,4 @@
-#include "rule_counting.hpp"
+#include "plain_rule_counting.hpp"
 
 #include <cstdint>
 #include <initializer_list>
@@ -11,7 +11,7 @@
 
 #include "table.hpp"
 
-namespace quarvis::rule {
+namespace quarvis::rule::plain {
 namespace {
 
 using mining_tests::historyOf;
@@ -270,4 +270,4 @@ TEST(UpdateLastTimes, ATransactionWithoutItemsIsNotSeen) {
 }
 
 }  // namespace
-}  // namespace quarvis::rule
+}  // namespace quarvis::rule::plain

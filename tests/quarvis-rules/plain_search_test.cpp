@@ -1,4 +1,4 @@
-#include "search.hpp"
+#include "plain_search.hpp"
 
 #include <cstdint>
 #include <string>
@@ -9,7 +9,7 @@
 
 #include "table.hpp"
 
-namespace quarvis::rule {
+namespace quarvis::rule::plain {
 namespace {
 
 using mining_tests::historyOf;
@@ -208,4 +208,4 @@ TEST(ToIS, OfNothingIsEmpty) {
 }
 
 }  // namespace
-}  // namespace quarvis::rule
+}  // namespace quarvis::rule::plain

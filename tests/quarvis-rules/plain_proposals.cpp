@@ -1,8 +1,8 @@
-#include "proposals.hpp"
+#include "plain_proposals.hpp"
 
 #include <iterator>
 
-namespace quarvis::rule {
+namespace quarvis::rule::plain {
 
 void proposeRules(const ItemSet& items, RuleProposals& ret) {
     ItemSet before;
@@ -35,4 +35,4 @@ std::size_t count(const RuleProposals& p) {
     return total;
 }
 
-}  // namespace quarvis::rule
+}  // namespace quarvis::rule::plain

@@ -6,9 +6,9 @@
 
 #include <quarvis/rule.hpp>
 
-#include "search.hpp"
+#include "plain_search.hpp"
 
-namespace quarvis::rule {
+namespace quarvis::rule::plain {
 
 /// The rules to count at a level, as each antecedent's subsequents.
 using RuleProposals = std::map<ItemSet, std::set<ItemSet>>;
@@ -23,4 +23,4 @@ RuleProposals proposeRules(const ItemSetSupports& src);
 /// The number of rules proposed.
 std::size_t count(const RuleProposals& p);
 
-}  // namespace quarvis::rule
+}  // namespace quarvis::rule::plain
