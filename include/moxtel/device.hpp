@@ -107,6 +107,11 @@ class Device {
     /// The device that a stream made from a reference to this one is to hold; itself, unless the
     /// kind overrides it.
     virtual Device* makeProxy();
+
+    /// The standard stream that the device reads from, or null. A reader may take characters from
+    /// the stream's buffer itself as long as the stream is good and the buffer holds some; the
+    /// stream's `gcount` then does not tell of them.
+    virtual std::istream* input();
 };
 
 }  // namespace moxtel::io

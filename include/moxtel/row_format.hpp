@@ -94,6 +94,8 @@ class CharDelimitedRowFormat : public DelimitedRowFormat {
   public:
     CharDelimitedRowFormat(char delim, const char* quotes);
 
+    char delim() const { return m_delim; }
+
     bool isDelim(int c) const override;
     std::size_t writeDelim(TextWriter& out) const override;
 

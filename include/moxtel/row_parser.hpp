@@ -73,12 +73,28 @@ class DelimitedRowParser {
     std::string nextCell();
 
   protected:
+    const mem::Pointer<DelimitedRowFormat>& format() const { return m_format; }
+
     TextReader m_src;
     char m_delim = ',';
     const char* m_quote = DelimitedRowFormat::DEFAULT_QUOTES;
     char m_escape = '\0';
     char m_comment = '\0';
+
+  private:
+    /// What `endRow` of the format says after `c` was peeked at. After a -1 it peeks anew, which
+    /// goes past a byte 0xFF.
+    bool m_endsRow(int c) { return m_plain && c != -1 ? c == '\n' : m_format->endRow(m_src); }
+    bool m_isDelim(int c) const {
+        return m_plain ? c == static_cast<signed char>(m_plainDelim) : m_format->isDelim(c);
+    }
+
     mem::Pointer<DelimitedRowFormat> m_format;
+
+    /// Whether the format is one of this library's kinds, whose decisions need no asking: a cell
+    /// ends at `m_plainDelim` or at the end of the row.
+    bool m_plain = false;
+    char m_plainDelim = '\0';
 };
 
 }  // namespace moxtel::io

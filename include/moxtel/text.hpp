@@ -3,9 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <istream>
 #include <string>
+#include <utility>
 
 #include <moxtel/device.hpp>
+#include <moxtel/get_area.hpp>
 #include <moxtel/integer.hpp>
 #include <moxtel/pointer.hpp>
 
@@ -74,10 +77,25 @@ class TextReader : public TextStream {
     static TextReader fromFile(const std::string& path, int openFlags = 0);
 
     /// The next character as it is in the data, not consumed, not counted, no line end translated.
-    int peek();
+    int peek() {
+        m_last = m_take();
+        return m_last;
+    }
 
     /// The next character, '\n' for an accepted line end.
-    int read();
+    int read() {
+        const int c = m_take();
+        if (c == '\n' || c == '\r')
+            return m_readLineEnd(c);
+        if (c != -1)
+            ++m_col;
+        return c;
+    }
+
+    /// The characters up to, not including, the next `stop`, line feed or carriage return, or up to
+    /// the end of the data; `end` is what `peek` gave there. It does what `peek` and `read` would
+    /// one by one, in blocks where the device reads from a stream.
+    std::string readUntil(char stop, int& end);
 
     /// Reads up to `len` bytes and translates them in place. Always 0: how many characters came of
     /// them is not reported. The bytes do not include a character that was only peeked at.
@@ -92,14 +110,29 @@ class TextReader : public TextStream {
     std::string readLine();
 
   private:
-    int m_take();
+    /// The next character as it is in the data, consumed but not counted.
+    int m_take() {
+        if (m_last != -1)
+            return std::exchange(m_last, -1);
+        std::streambuf* const ready = m_ready();
+        return ready != nullptr ? static_cast<signed char>(ready->sbumpc()) : m_fetch();
+    }
+
+    /// The stream buffer that holds the next character, if one does.
+    std::streambuf* m_ready() const {
+        return m_stream != nullptr ? GetArea::of(*m_stream) : nullptr;
+    }
+
+    int m_fetch();
+    int m_readLineEnd(int c);
     bool m_accepts(Newline newline) const { return (m_acceptNewlines & newline) != 0; }
     bool m_takePair(Newline pair, char second);
     bool m_endsLine(int c);
     void m_count(bool lineEnd);
 
     int m_acceptNewlines = -1;
-    int m_last = -1;  ///< A character that was peeked at, -1 when there is none.
+    int m_last = -1;                   ///< A character that was peeked at, -1 when there is none.
+    std::istream* m_stream = nullptr;  ///< What the device reads from, if it tells.
 };
 
 /// Writes text; a line ends with a single '\n'. Each operation gives the number of characters that

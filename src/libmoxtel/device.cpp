@@ -9,6 +9,7 @@
 #include <utility>
 
 #include <moxtel/exception.hpp>
+#include <moxtel/get_area.hpp>
 #include <moxtel/memory.hpp>
 
 namespace moxtel::io {
@@ -168,6 +169,14 @@ class StreamWrap final : public Device {
         }
     }
 
+    /// What reading one byte through the stream comes to while its buffer holds some.
+    int read() override {
+        if constexpr (INPUT)
+            if (std::streambuf* const ready = GetArea::of(*m_peer))
+                return static_cast<signed char>(ready->sbumpc());
+        return Device::read();
+    }
+
     std::size_t write(const char* buf, std::size_t n) override {
         if constexpr (OUTPUT) {
             const std::streamoff before = m_peer->tellp();
@@ -204,6 +213,13 @@ class StreamWrap final : public Device {
             return m_peer->tellp();
         else
             return Device::tellp();
+    }
+
+    std::istream* input() override {
+        if constexpr (INPUT)
+            return std::to_address(m_peer);
+        else
+            return nullptr;
     }
 
   private:
@@ -280,6 +296,10 @@ std::streampos Device::tellp() {
 
 Device* Device::makeProxy() {
     return this;
+}
+
+std::istream* Device::input() {
+    return nullptr;
 }
 
 }  // namespace moxtel::io

@@ -1,6 +1,7 @@
 #include <moxtel/row_parser.hpp>
 
 #include <new>
+#include <typeinfo>
 
 #include <moxtel/exception.hpp>
 
@@ -19,7 +20,15 @@ const Format* newFormat(Args... args) {
 
 }  // namespace
 
-DelimitedRowParser::DelimitedRowParser(const DelimitedRowFormat* format) : m_format(format) {}
+DelimitedRowParser::DelimitedRowParser(const DelimitedRowFormat* format) : m_format(format) {
+    if (format == nullptr)
+        return;
+    const std::type_info& kind = typeid(*format);
+    m_plain =
+        kind == typeid(RFC4180DelimitedRowFormat) || kind == typeid(EscapedDelimitedRowFormat);
+    if (m_plain)
+        m_plainDelim = static_cast<const CharDelimitedRowFormat*>(format)->delim();
+}
 
 DelimitedRowParser::DelimitedRowParser(Device* in, char delim, const char* quote, char escape)
     : m_src(in, TextStream::NL_DEFAULT),
@@ -76,13 +85,13 @@ bool DelimitedRowParser::hasRow() {
 
 bool DelimitedRowParser::hasCell() {
     const int c = m_src.peek();
-    if (m_format->endRow(m_src)) {
+    if (m_endsRow(c)) {
         m_src.read();
         return false;
     }
     if (c == -1)
         return false;
-    if (m_format->isDelim(c))
+    if (m_isDelim(c))
         m_src.read();
     return true;
 }
@@ -91,7 +100,16 @@ std::string DelimitedRowParser::nextCell() {
     const int c = m_src.peek();
     if (c == '\n' || c == -1)
         return std::string();
-    return m_format->readCell(m_src);
+    if (!m_plain || m_format->isQuote(c))
+        return m_format->readCell(m_src);
+    int end = 0;
+    std::string cell = m_src.readUntil(m_plainDelim, end);
+    // Of a line end that begins with a carriage return the cell takes in what it is read as.
+    while (end == '\r' && !m_isDelim('\r')) {
+        cell += static_cast<char>(m_src.read());
+        cell += m_src.readUntil(m_plainDelim, end);
+    }
+    return cell;
 }
 
 }  // namespace moxtel::io

@@ -1,13 +1,41 @@
 #include <moxtel/text.hpp>
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
-#include <utility>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace moxtel::io {
 
 namespace {
 
 constexpr int END = -1;
+
+/// Whether `c`, as `TextReader::peek` gives it, ends a run of plain characters.
+bool endsRun(int c, char stop) {
+    return c == END || c == '\n' || c == '\r' || c == static_cast<signed char>(stop);
+}
+
+/// The first character that ends a run, or `end`.
+const char* findStop(const char* begin, const char* end, char stop) {
+#if defined(__SSE2__)
+    const __m128i stops[] = {_mm_set1_epi8(stop), _mm_set1_epi8('\n'), _mm_set1_epi8('\r'),
+                             _mm_set1_epi8(END)};
+    for (; end - begin >= 16; begin += 16) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(begin));
+        __m128i found = _mm_setzero_si128();
+        for (const __m128i& character : stops)
+            found = _mm_or_si128(found, _mm_cmpeq_epi8(block, character));
+        if (const auto places = static_cast<unsigned>(_mm_movemask_epi8(found)))
+            return begin + std::countr_zero(places);
+    }
+#endif
+    return std::find_if(begin, end,
+                        [stop](char c) { return endsRun(static_cast<signed char>(c), stop); });
+}
 
 int orDefault(int openFlags, OpenMode mode) {
     return openFlags == 0 ? static_cast<int>(mode) : openFlags;
@@ -20,7 +48,9 @@ TextStream::TextStream(Device* device) : m_device(device) {}
 TextStream::TextStream(Device& device) : m_device(device.makeProxy()) {}
 
 TextReader::TextReader(Device* device, int acceptNewlines)
-    : TextStream(device), m_acceptNewlines(acceptNewlines == NL_DEFAULT ? -1 : acceptNewlines) {}
+    : TextStream(device),
+      m_acceptNewlines(acceptNewlines == NL_DEFAULT ? -1 : acceptNewlines),
+      m_stream(device != nullptr ? device->input() : nullptr) {}
 
 TextReader::TextReader(Device& device, int acceptNewlines)
     : TextReader(device.makeProxy(), acceptNewlines) {}
@@ -35,10 +65,8 @@ TextReader TextReader::fromFile(const std::string& path, int openFlags) {
     return TextReader(Device::fromFile(path, orDefault(openFlags, OPEN_READ)), NL_DEFAULT);
 }
 
-/// The next character as it is in the data, consumed but not counted.
-int TextReader::m_take() {
-    if (m_last != END)
-        return std::exchange(m_last, END);
+/// The next character by way of the device, which also brings the stream to its end state.
+int TextReader::m_fetch() {
     return m_device ? m_device->read() : END;
 }
 
@@ -68,18 +96,38 @@ void TextReader::m_count(bool lineEnd) {
     }
 }
 
-int TextReader::peek() {
-    m_last = m_take();
-    return m_last;
-}
-
-int TextReader::read() {
-    const int c = m_take();
-    if (c == END)
-        return END;
+int TextReader::m_readLineEnd(int c) {
     const bool lineEnd = m_endsLine(c);
     m_count(lineEnd);
     return lineEnd ? '\n' : c;
+}
+
+std::string TextReader::readUntil(char stop, int& end) {
+    std::string text;
+    for (end = peek(); !endsRun(end, stop); end = peek()) {
+        const char taken = static_cast<char>(end);
+        m_last = END;
+        ++m_col;
+        std::streambuf* const ready = m_ready();
+        if (ready == nullptr) {
+            text += taken;
+            continue;
+        }
+        const char* begin = GetArea::begin(*ready);
+        const char* const next = findStop(begin, GetArea::end(*ready), stop);
+        GetArea::skipTo(*ready, next);
+        m_col += static_cast<std::size_t>(next - begin);
+        // What was just taken mostly still stands before the others in the buffer.
+        if (begin != GetArea::past(*ready) && begin[-1] == taken)
+            --begin;
+        else
+            text += taken;
+        if (text.empty())
+            text = std::string(begin, next);
+        else
+            text.append(begin, next);
+    }
+    return text;
 }
 
 std::size_t TextReader::read(char* buf, std::size_t len) {

@@ -413,7 +413,7 @@ class OpenParser : public DelimitedRowParser {
     std::string quote() const { return m_quote; }
     char escape() const { return m_escape; }
     TextReader& source() { return m_src; }
-    bool hasFormat() const { return static_cast<bool>(m_format); }
+    bool hasFormat() const { return static_cast<bool>(format()); }
 };
 
 TEST(RowParserMaking, CountersCoverWhatIsBetweenTheCells) {

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <istream>
+#include <limits>
+#include <streambuf>
+
+namespace moxtel::io {
+
+/// What a stream buffer holds ready to be read: looked at and consumed without a virtual call, and
+/// without the bookkeeping of the stream, of which only `gcount` tells the difference.
+class GetArea : public std::streambuf {
+  public:
+    GetArea() = delete;
+
+    /// The buffer of a stream, if the stream is good and the buffer holds characters; or null.
+    static std::streambuf* of(const std::istream& stream) {
+        std::streambuf* const buffer = stream.rdbuf();
+        return stream.good() && begin(*buffer) < end(*buffer) ? buffer : nullptr;
+    }
+
+    /// Where the characters begin that were read before and that the buffer still has; they end
+    /// where those that are ready begin.
+    static const char* past(const std::streambuf& buffer) { return (buffer.*&GetArea::eback)(); }
+
+    static const char* begin(const std::streambuf& buffer) { return (buffer.*&GetArea::gptr)(); }
+    static const char* end(const std::streambuf& buffer) { return (buffer.*&GetArea::egptr)(); }
+
+    /// Consumes the characters before `next`, which lies in the area.
+    static void skipTo(std::streambuf& buffer, const char* next) {
+        constexpr std::ptrdiff_t most = std::numeric_limits<int>::max();
+        while (begin(buffer) != next)
+            (buffer.*&GetArea::gbump)(static_cast<int>(std::min(next - begin(buffer), most)));
+    }
+};
+
+}  // namespace moxtel::io
