@@ -1,3 +1,5 @@
+#include <ios>
+
 #include "config.hpp"
 #include "driver.hpp"
 #include "memory_limit.hpp"
@@ -8,6 +10,9 @@ int main(int argc, char** argv) {
     // with what was written to them.
     try {
         limitMemory();
+        // Of each standard stream one side alone is used, so they need not keep in step; standard
+        // input is then read in blocks.
+        std::ios::sync_with_stdio(false);
         Configuration config = configure(argc, argv);
         mine(config);
         return 0;
