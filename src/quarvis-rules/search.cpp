@@ -45,24 +45,25 @@ constexpr std::size_t MAX_TRIANGLE = std::size_t{16} << 20;
 void countPairsByHistory(const HistoryIndex& index, std::uint32_t minCount, LevelBuilder& level) {
     const std::size_t items = index.itemCount();
     std::vector<std::uint32_t> counts(items * (items - 1) / 2);
-    std::vector<std::uint32_t*> rows;  // the counter of items a < b is rows[a][b]
-    std::uint32_t* row = counts.data();
+    // The counter of items a < b is counts[rows[a] + b]; the first row begins at -1, modulo 2^64.
+    std::vector<std::size_t> rows(items);
+    std::size_t begin = 0;
     for (std::size_t a = 0; a < items; ++a) {
-        rows.push_back(row - a - 1);
-        row += items - a - 1;
+        rows[a] = begin - a - 1;
+        begin += items - a - 1;
     }
     for (HistoryId history = 0; history < index.historyCount(); ++history) {
         const std::span<const Rank> present = index.items(history);
         for (auto a = present.begin(); a != present.end(); ++a) {
-            std::uint32_t* const with = rows[*a];
+            const std::size_t row = rows[*a];
             for (auto b = a + 1; b != present.end(); ++b)
-                ++with[*b];
+                ++counts[row + *b];
         }
     }
     for (Rank a = 0; a < items; ++a)
         for (Rank b = a + 1; b < items; ++b)
-            if (rows[a][b] >= minCount)
-                level.add(a, b, rows[a][b]);
+            if (counts[rows[a] + b] >= minCount)
+                level.add(a, b, counts[rows[a] + b]);
 }
 
 /// Counts the pairs of one first item after the other, over the histories of that item.
