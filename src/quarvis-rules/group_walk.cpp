@@ -61,7 +61,9 @@ void GroupWalk::m_enterFirstItem() {
     for (const Rank other : m_paired)
         m_pairOf[other] = NO_PAIR;
     m_paired.clear();
-    m_pairCount = 0;
+    m_pairs.clear();
+    m_pairWords.clear();
+    m_pairPositions.clear();
 
     const std::size_t size = histories().size();
     std::vector<std::uint64_t>& words = m_storage[0].words;
@@ -73,47 +75,58 @@ void GroupWalk::m_enterFirstItem() {
 
 const Cover& GroupWalk::m_pairCover(Rank item) {
     if (m_pairOf[item] == NO_PAIR) {
-        m_pairOf[item] = static_cast<std::uint32_t>(m_pairCount);
+        m_pairOf[item] = static_cast<std::uint32_t>(m_pairs.size());
         m_paired.push_back(item);
-        if (m_pairCount == m_pairs.size())
-            m_pairs.emplace_back();
-        m_makePair(item, m_pairs[m_pairCount++]);
+        m_pairs.push_back(m_makePair(item));
     }
-    return m_pairs[m_pairOf[item]].cover;
+    return m_pairs[m_pairOf[item]];
 }
 
-void GroupWalk::m_makePair(Rank item, Pair& pair) {
+Cover GroupWalk::m_makePair(Rank item) {
+    const std::size_t size = histories().size();
+    Position* const end = m_findCommon(item);
+    Cover pair;
+    pair.count = static_cast<std::uint32_t>(end - m_common.data());
+    if (keptAsBitmap(pair.count, size)) {
+        const std::size_t count = (size + 63) / 64;
+        std::uint64_t* const words = m_pairWords.take(count);
+        std::fill_n(words, count, 0);
+        for (const Position* at = m_common.data(); at != end; ++at)
+            words[*at / 64] |= std::uint64_t{1} << (*at % 64);
+        pair.words = words;
+    } else {
+        Position* const positions = m_pairPositions.take(pair.count);
+        std::copy(m_common.data(), end, positions);
+        pair.positions = positions;
+    }
+    return pair;
+}
+
+/// Leaves the positions of the histories that the item is in, too, in `m_common`; the end of them.
+Position* GroupWalk::m_findCommon(Rank item) {
     const std::span<const HistoryId> own = histories();
-    std::vector<Position>& positions = pair.storage.positions;
-    positions.resize(own.size());
-    Position* end = positions.data();
     const auto size = static_cast<Position>(own.size());
+    m_common.resize(size);
+    Position* end = m_common.data();
     if (m_index.hasBitmap(item)) {
         for (Position at = 0; at < size; ++at) {
             *end = at;
             end += m_index.inBitmap(item, own[at]) ? 1 : 0;
         }
-    } else {
-        const std::span<const HistoryId> others = m_index.histories(item);
-        Position at = 0;
-        auto other = others.begin();
-        while (at < size && other != others.end()) {
-            const HistoryId left = own[at];
-            const HistoryId right = *other;
-            *end = at;
-            end += left == right ? 1 : 0;
-            at += left <= right ? 1 : 0;
-            other += right <= left ? 1 : 0;
-        }
+        return end;
     }
-    pair.cover = {static_cast<std::uint32_t>(end - positions.data()), nullptr, positions.data()};
-    if (keptAsBitmap(pair.cover.count, size)) {
-        std::vector<std::uint64_t>& words = pair.storage.words;
-        words.assign((size + std::size_t{63}) / 64, 0);
-        for (const Position* at = positions.data(); at != end; ++at)
-            words[*at / 64] |= std::uint64_t{1} << (*at % 64);
-        pair.cover.words = words.data();
+    const std::span<const HistoryId> others = m_index.histories(item);
+    Position at = 0;
+    auto other = others.begin();
+    while (at < size && other != others.end()) {
+        const HistoryId left = own[at];
+        const HistoryId right = *other;
+        *end = at;
+        end += left == right ? 1 : 0;
+        at += left <= right ? 1 : 0;
+        other += right <= left ? 1 : 0;
     }
+    return end;
 }
 
 }  // namespace quarvis::rule

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "arena.hpp"
 #include "cover.hpp"
 #include "frequent_sets.hpp"
 #include "history_index.hpp"
@@ -40,23 +41,19 @@ class GroupWalk {
     const Cover& prefixCover();
 
     /// The cover of the first item and the last item of the set `set` of the group.
-    const Cover& lastCover(std::size_t set) {
+    Cover lastCover(std::size_t set) {
         prefixCover();
         return m_pairCover(m_level.last[set]);
     }
 
   private:
-    /// The cover of a pair, kept until the first item changes.
-    struct Pair {
-        Cover cover;
-        CoverStorage storage;
-    };
     static constexpr std::uint32_t NO_PAIR = static_cast<std::uint32_t>(-1);
 
     void m_enterPrefix();
     void m_enterFirstItem();
     const Cover& m_pairCover(Rank item);
-    void m_makePair(Rank item, Pair& pair);
+    Cover m_makePair(Rank item);
+    Position* m_findCommon(Rank item);
 
     const HistoryIndex& m_index;
     const FrequentSets& m_sets;
@@ -69,10 +66,13 @@ class GroupWalk {
     std::size_t m_covered = 0;            // how many of these are those of the group
     std::vector<CoverStorage> m_storage;  // of each of these that is not a pair's
 
-    std::vector<Pair> m_pairs;  // the first m_pairCount are in use
-    std::size_t m_pairCount = 0;
+    // The covers of pairs of the first item.
+    std::vector<Cover> m_pairs;
     std::vector<std::uint32_t> m_pairOf;  // by item: its place in m_pairs, or NO_PAIR
     std::vector<Rank> m_paired;           // the items that have one
+    Arena<std::uint64_t> m_pairWords;
+    Arena<Position> m_pairPositions;
+    std::vector<Position> m_common;
 };
 
 }  // namespace quarvis::rule

@@ -132,7 +132,7 @@ class GroupJoin {
         m_counts.resize(group.end() - begin);
         m_bitmaps.clear();
         for (std::size_t i = 0; i < m_counts.size(); ++i) {
-            const Cover& other = group.lastCover(begin + i);
+            const Cover other = group.lastCover(begin + i);
             if (cover.isBitmap() && other.isBitmap())
                 m_bitmaps.push_back(other.words);
             else
