@@ -38,10 +38,13 @@ RuleHistogram apriori(const Configuration& config, const HistoryIndex& index, Fr
 
     const auto mineOrder = [&](std::size_t order) {
         const std::size_t size = order + 1;
-        sets = aprioriMerge(config, index, all).size();
+        // Without sets of a size there are none of the next, but any number of orders to report.
+        if (sets != 0)
+            sets = aprioriMerge(config, index, all).size();
         reportLevel(sets, size);
         reportOrder(order);
-        mineRules(config, index, all, size, counts);
+        if (sets != 0)
+            mineRules(config, index, all, size, counts);
     };
     if (config.maxOrder == 1)
         return counts;
@@ -54,8 +57,9 @@ RuleHistogram apriori(const Configuration& config, const HistoryIndex& index, Fr
     } else {
         // Two sets could still make one of the next size; the search ends before them.
         std::cerr << "\t ... mining rules until there are no more frequent item sets." << std::endl;
-        for (std::size_t order = 2; sets > 2; ++order)
-            mineOrder(order);
+        std::size_t order = 2;
+        while (sets > 2)
+            mineOrder(order++);
     }
     return counts;
 }

@@ -44,17 +44,17 @@ class HistoryIndex {
 
     /// The frequent items of a history, ascending.
     std::span<const Rank> items(HistoryId history) const {
-        return slice(m_items, m_historyBegin[history], m_historyBegin[history + 1]);
+        return s_slice(m_items, m_historyBegin[history], m_historyBegin[history + 1]);
     }
 
     /// The histories that the item is in, ascending.
     std::span<const HistoryId> histories(Rank item) const {
-        return slice(m_entryHistory, m_entryBegin[item], m_entryBegin[item + 1]);
+        return s_slice(m_entryHistory, m_entryBegin[item], m_entryBegin[item + 1]);
     }
 
     /// The times of an entry, ascending; at least one.
     std::span<const Time> times(Entry entry) const {
-        return slice(m_occurrences, m_occurrenceBegin[entry], m_occurrenceBegin[entry + 1]);
+        return s_slice(m_occurrences, m_occurrenceBegin[entry], m_occurrenceBegin[entry + 1]);
     }
 
     /// The entry of an item in a history that it is in. Constant time where the item has a bitmap,
@@ -83,7 +83,8 @@ class HistoryIndex {
     static constexpr std::size_t NO_BITMAP = static_cast<std::size_t>(-1);
 
     template <class T>
-    static std::span<const T> slice(const std::vector<T>& all, std::size_t begin, std::size_t end) {
+    static std::span<const T> s_slice(const std::vector<T>& all, std::size_t begin,
+                                      std::size_t end) {
         return {all.data() + begin, end - begin};
     }
 
