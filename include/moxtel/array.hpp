@@ -133,8 +133,8 @@ class Array {
         return new (memory) Buffer{n};
     }
 
-    /// Makes the elements by `make(place, index)`; on an exception the elements made so far and
-    /// the buffer are undone.
+    /// Makes the elements by `make(place, index)`; on an exception the elements made so far are
+    /// undone, and there is no buffer any more.
     template <class Make>
     void m_construct(Make make) {
         std::size_t made = 0;
@@ -144,7 +144,7 @@ class Array {
         } catch (...) {
             while (made > 0)
                 std::destroy_at(m_buf->data() + --made);
-            mem::free(m_buf);
+            mem::free(std::exchange(m_buf, nullptr));
             throw;
         }
     }
@@ -153,17 +153,12 @@ class Array {
         Array copy;
         copy.m_buf = s_allocate(count + added, allocatorOf(m_buf), policyOf(m_buf));
         const T* source = count == 0 ? nullptr : m_data() + start;
-        try {
-            copy.m_construct([source, count](T* place, std::size_t i) {
-                if (i < count)
-                    new (place) T(source[i]);
-                else
-                    new (place) T();
-            });
-        } catch (...) {
-            copy.m_buf = nullptr;
-            throw;
-        }
+        copy.m_construct([source, count](T* place, std::size_t i) {
+            if (i < count)
+                new (place) T(source[i]);
+            else
+                new (place) T();
+        });
         return copy;
     }
 

@@ -100,7 +100,8 @@ class CmdLine {
     /// the option has no such key. Throws `AlreadyExistsException`, leaving everything as it was,
     /// when the option exists and the key is bound already, be it to that option (`Key "x" is
     /// already mapped.`), or when the option has another key of the kind (`Serial already mapped to
-    /// short key "x".`, or `long key`).
+    /// short key "x".`, or `long key`). Where memory is exhausted the option may be left registered
+    /// without the key.
     void bindShort(char key, unsigned serial);
     void bindLong(const std::string& key, unsigned serial);
 

@@ -6,7 +6,8 @@
 /// Managed memory: a process-wide registry that maps an address to the allocator that frees it and
 /// the policy that decides when. `Pointer` and `Array` share ownership through it and are one word
 /// each; every copy, release and free is a lookup in an ordered map. Memory that the registry does
-/// not know is never freed by it. Nothing here is synchronised.
+/// not know is never freed by it. Registering an address takes memory of its own: it may throw
+/// `std::bad_alloc`, and what the policy throws. Nothing here is synchronised.
 namespace moxtel::mem {
 
 enum : std::size_t {
@@ -14,19 +15,20 @@ enum : std::size_t {
 };
 
 /// What decides the lifetime of an address. Each registered address has a record of
-/// `recordSize()` bytes, aligned for a pointer, that only its policy reads and writes.
+/// `recordSize()` bytes, aligned for a pointer, that only its policy reads and writes. The first
+/// two may throw, and nothing is registered then.
 struct Policy {
     std::size_t (*recordSize)();
-    void (*initRecord)(void* record);
-    void (*freeRecord)(void* record);
-    void (*acquire)(void* record);  ///< One more owner.
+    void (*initRecord)(void* record);  ///< The first owner.
+    void (*freeRecord)(void* record);  ///< The address is forgotten.
+    void (*acquire)(void* record);     ///< One more owner.
     bool (*release)(void* record);  ///< One owner fewer; true when the memory is to be destroyed.
 };
 
 /// Where memory comes from and goes back to.
 struct Allocator {
-    void* (*allocate)(std::size_t size);
-    void (*free)(void* ptr);
+    void* (*allocate)(std::size_t size);  ///< Null or an exception when exhausted.
+    void (*free)(void* ptr);              ///< Must not throw.
 };
 
 extern const Policy* const NO_POLICY;        ///< Owners are not counted; never destroyed.
@@ -40,7 +42,8 @@ extern const Allocator* const
 
 /// `size` bytes from `allocator`, registered under `policy`; null stands for the default of either.
 /// Null, and nothing registered, when the allocator gives null. A stale registration of the address
-/// is replaced. When registering throws, the memory has gone back to its allocator.
+/// is replaced. When registering throws, the memory has gone back to its allocator and its address
+/// is not registered.
 void* allocate(std::size_t size, const Allocator* allocator = nullptr,
                const Policy* policy = nullptr);
 

@@ -21,9 +21,10 @@ void refuseMappedSerial(const std::string& kind, const std::string& oldKey) {
 CmdLine::CmdLine() : m_options(251) {}
 
 unsigned CmdLine::add(const Option& option) {
-    const unsigned serial = m_serial++;
+    const unsigned serial = m_serial;
     Option copy(option);
     Option& registered = m_options[serial];
+    ++m_serial;
     copy.m_serial = serial;
     copy.m_owner = this;
     // A key may have been bound to the serial before it was handed out.

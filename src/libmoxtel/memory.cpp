@@ -48,10 +48,10 @@ EntryPointer createRecord(const Allocator* allocator, const Policy* policy) {
         policy = &defaultPolicy();
     if (allocator == nullptr)
         allocator = &defaultAllocator();
-    void* storage = new char[sizeof(Entry) + policy->recordSize()];
-    EntryPointer entry(new (storage) Entry{allocator, policy});
-    policy->initRecord(entry->record());
-    return entry;
+    std::unique_ptr<char[]> storage(new char[sizeof(Entry) + policy->recordSize()]);
+    // The entry frees its record, so it is made only when there is one to free.
+    policy->initRecord(storage.get() + sizeof(Entry));
+    return EntryPointer(new (storage.release()) Entry{allocator, policy});
 }
 
 std::size_t countSize() {
@@ -122,6 +122,7 @@ void* allocate(std::size_t size, const Allocator* allocator, const Policy* polic
     try {
         entries().insert_or_assign(ptr, createRecord(allocator, policy));
     } catch (...) {
+        entries().erase(ptr);
         allocator->free(ptr);
         throw;
     }

@@ -196,6 +196,31 @@ TEST_F(ArrayTest, CloneHasElementsOfItsOwn) {
     }
 }
 
+TEST_F(ArrayTest, NewBufferKeepsAllocatorAndPolicy) {
+    void (*const operations[])(Array<int>&) = {
+        [](Array<int>& array) { array.resize(5); },
+        [](Array<int>& array) { array.subarrayThis(1, 1); },
+        [](Array<int>& array) { array.compact(0); },
+    };
+    static const Policy OWN_COUNT = *REFCOUNT_POLICY;
+    for (const auto operation : operations) {
+        Array<int> array(3, &RecordingAllocator::INSTANCE, &OWN_COUNT);
+        operation(array);
+        const void* buffer = reinterpret_cast<std::size_t*>(array.pointer()) - 1;
+        EXPECT_EQ(allocatorOf(buffer), &RecordingAllocator::INSTANCE);
+        EXPECT_EQ(policyOf(buffer), &OWN_COUNT);
+        EXPECT_EQ(RecordingAllocator::outstanding, 1);
+    }
+}
+
+TEST_F(ArrayTest, DefaultsAreThoseInUseWhenItIsMade) {
+    const Allocator& previous = defaultAllocator(RecordingAllocator::INSTANCE);
+    Array<int> array(3);
+    defaultAllocator(previous);
+    array.resize(4);
+    EXPECT_EQ(RecordingAllocator::outstanding, 1);
+}
+
 TEST_F(ArrayTest, FailedCloneLeavesNothingBehind) {
     const Array<Counted> array(3, &RecordingAllocator::INSTANCE);
     Counted::untilFailure = 2;

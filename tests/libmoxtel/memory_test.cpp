@@ -169,10 +169,31 @@ TEST(Allocate, FailureToRegisterGivesTheMemoryBack) {
     EXPECT_EQ(RecordingAllocator::outstanding, 0);
 }
 
+TEST(Allocate, FailureToRegisterForgetsAStaleRegistration) {
+    allocate(16, &SAME_MEMORY, NO_POLICY);
+    EXPECT_THROW(allocate(16, &SAME_MEMORY, &FAILING_POLICY), std::bad_alloc);
+    EXPECT_EQ(policyOf(sameMemory), nullptr);
+}
+
 TEST(Allocate, FailureToAdoptRegistersNothing) {
     const int object = 0;
     EXPECT_THROW(acquire(&object, &FAILING_POLICY), std::bad_alloc);
     EXPECT_THROW(protect(&object, &FAILING_POLICY), std::bad_alloc);
+    EXPECT_EQ(policyOf(&object), nullptr);
+}
+
+TEST(PolicyOfOnesOwn, RecordThatCouldNotBeInitialisedIsNotFreed) {
+    static constexpr Policy UNINITIALISED = {RecordingPolicy::recordSize,
+                                             [](void*) { throw std::bad_alloc(); },
+                                             RecordingPolicy::freeRecord, nop, pfalse};
+    RecordingPolicy::calls.clear();
+    RecordingAllocator::reset();
+    const int object = 0;
+    EXPECT_THROW(allocate(16, &RecordingAllocator::INSTANCE, &UNINITIALISED), std::bad_alloc);
+    EXPECT_THROW(acquire(&object, &UNINITIALISED), std::bad_alloc);
+    EXPECT_THROW(protect(&object, &UNINITIALISED), std::bad_alloc);
+    EXPECT_EQ(RecordingPolicy::calls, "");
+    EXPECT_EQ(RecordingAllocator::outstanding, 0);
     EXPECT_EQ(policyOf(&object), nullptr);
 }
 

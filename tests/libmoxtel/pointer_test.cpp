@@ -96,6 +96,32 @@ TEST_F(PointerTest, MemoryGoesBackToItsAllocator) {
     EXPECT_EQ(RecordingAllocator::outstanding, 0);
 }
 
+TEST_F(PointerTest, AdoptedMemoryGoesBackToTheDefaultAllocatorOfThatTime) {
+    RecordingAllocator::reset();
+    void* memory = RecordingAllocator::allocate(sizeof(Counted));
+    const Allocator& previous = defaultAllocator(RecordingAllocator::INSTANCE);
+    {
+        const Pointer<Counted> handle(new (memory) Counted(5));
+        defaultAllocator(previous);
+    }
+    EXPECT_EQ(Counted::alive, 0);
+    EXPECT_EQ(RecordingAllocator::outstanding, 0);
+}
+
+TEST_F(PointerTest, PolicyOfOnesOwnDecidesWhenTheObjectGoes) {
+    static bool pinned = true;
+    static constexpr Policy PINNING = {rsize0, nop, nop, nop, [](void*) { return !pinned; }};
+    auto* object = new Counted(5);
+    { const Pointer<Counted> handle(object, &PINNING); }
+    { const Pointer<Counted> handle(object); }
+    EXPECT_EQ(Counted::alive, 1);
+    EXPECT_EQ(policyOf(object), &PINNING);
+    pinned = false;
+    { const Pointer<Counted> handle(object); }
+    EXPECT_EQ(Counted::destroyed, std::vector<int>({5}));
+    EXPECT_EQ(policyOf(object), nullptr);
+}
+
 TEST_F(PointerTest, AssignmentReleasesTheOldObjectAndSharesTheNew) {
     Pointer<Counted> a(new Counted(1));
     Pointer<Counted> b(new Counted(2));
