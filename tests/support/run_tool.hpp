@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,8 @@ struct Call {
     Files files = {};
     /// The name under which the program is called; the program run is always the same.
     std::string name = "quarvis-rules";
+    /// How many bytes of data the program may have, if that is limited.
+    std::optional<std::uint64_t> memory = {};
 };
 
 struct Outcome {

@@ -1,5 +1,6 @@
 #include "support/run_tool.hpp"
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -102,6 +103,15 @@ class Stream {
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> m_file;
 };
 
+/// Limits a resource of this process, for itself and for the program that it becomes.
+bool limit(decltype(RLIMIT_DATA) resource, rlim_t most) {
+    rlimit limits{};
+    if (getrlimit(resource, &limits) != 0)
+        return false;
+    limits.rlim_cur = std::min(most, limits.rlim_max);
+    return setrlimit(resource, &limits) == 0;
+}
+
 int waitFor(pid_t child) {
     int status = 0;
     while (waitpid(child, &status, 0) == -1)
@@ -183,7 +193,9 @@ Outcome run(const Call& call) {
     if (child == 0) {
         // The alarm outlives execve, and its default action ends a program that hangs.
         alarm(DEADLINE_SECONDS);
-        if (chdir(directory.path().c_str()) == 0 && dup2(in.descriptor(), STDIN_FILENO) != -1 &&
+        // A program that aborts leaves no core file among those that are compared.
+        if (limit(RLIMIT_CORE, 0) && limit(RLIMIT_DATA, call.memory.value_or(RLIM_INFINITY)) &&
+            chdir(directory.path().c_str()) == 0 && dup2(in.descriptor(), STDIN_FILENO) != -1 &&
             dup2(out.descriptor(), STDOUT_FILENO) != -1 &&
             dup2(err.descriptor(), STDERR_FILENO) != -1)
             execve(TOOL_PATH, argv.data(), environ);
