@@ -1,0 +1,33 @@
+# What `cmake --install` puts into a prefix: the tool, the headers, both kinds of both libraries, a
+# CMake package and pkg-config files. No installed file names the prefix, so it may be moved.
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS quarvis-rules)
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.hpp)
+
+# The package has the same two targets in two export sets, one for each kind of library.
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarvis)
+set_target_properties(moxtel moxtel-shared PROPERTIES EXPORT_NAME moxtel)
+set_target_properties(quarvis quarvis-shared PROPERTIES EXPORT_NAME rule)
+install(TARGETS moxtel quarvis EXPORT quarvis-static)
+install(TARGETS moxtel-shared quarvis-shared EXPORT quarvis-shared)
+install(EXPORT quarvis-static NAMESPACE quarvis:: DESTINATION ${package_dir})
+install(EXPORT quarvis-shared NAMESPACE quarvis:: DESTINATION ${package_dir})
+
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/quarvis-config-version.cmake
+    COMPATIBILITY SameMinorVersion)
+install(FILES cmake/quarvis-config.cmake ${PROJECT_BINARY_DIR}/quarvis-config-version.cmake
+        DESTINATION ${package_dir})
+
+# quarvis_pkgconfig(<name> <description> <required packages>)
+function(quarvis_pkgconfig name description requires)
+    set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    file(RELATIVE_PATH prefix_from_pkgconfig /${pkgconfig_dir} /)
+    configure_file(cmake/library.pc.in ${name}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${pkgconfig_dir})
+endfunction()
+
+quarvis_pkgconfig(moxtel "Containers, managed memory, strings, streams and tables" "")
+quarvis_pkgconfig(quarvis "Item sets, transaction histories and association rules"
+                  "moxtel = ${PROJECT_VERSION}")
