@@ -8,6 +8,7 @@
 #include <moxtel/integer.hpp>
 #include <moxtel/pointer.hpp>
 
+/// \file
 /// Numbers and strings as bytes over a device.
 namespace moxtel::io {
 

@@ -6,6 +6,7 @@
 #include <iosfwd>
 #include <string>
 
+/// \file
 /// Devices: byte sources and sinks under one interface. The text and binary streams and the table
 /// parser read and write through them only.
 namespace moxtel::io {

@@ -6,6 +6,7 @@
 
 #include <moxtel/printf.hpp>
 
+/// \file
 /// The exception family of the library, and `exceptf`, which builds a member of it from a printf
 /// format. Most exceptions are thrown by value; an operation that throws a pointer to a heap object
 /// says so, and its handler deletes the object.
@@ -65,7 +66,7 @@ class AllocationException : public Exception {
 };
 
 /// The exception of class `E` whose message is `fmt` formatted with `args` by the printf rules. The
-/// object is returned, not thrown; `args` is consumed.
+/// object is returned, not thrown; `args` is consumed. Throws what `string::vstrprintf` throws.
 template <class E>
 E vexceptf(const char* fmt, std::va_list args) {
     return E(string::vstrprintf(std::string(fmt), args));

@@ -5,6 +5,7 @@
 #include <string>
 #include <type_traits>
 
+/// \file
 /// Hash codes of keys. They depend on the bytes of the key alone, so they are the same in every run
 /// on machines of one byte order.
 namespace moxtel::util {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+/// \file
 /// Byte orders, and integers moved between them.
 namespace moxtel {
 

@@ -1,5 +1,6 @@
 #pragma once
 
+/// \file
 /// Devices and the streams over them.
 #include <moxtel/binary.hpp>
 #include <moxtel/device.hpp>

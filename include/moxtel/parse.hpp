@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+/// \file
 /// Values from text. No parser throws or reports an error: it gives a value and says how many
 /// characters it used, and a caller for whom the text has to be a value as a whole compares that
 /// count with the length. All read a NUL-terminated text from its first character on, in time

@@ -7,8 +7,9 @@
 #include <moxtel/pointer.hpp>
 #include <moxtel/text.hpp>
 
+/// \file
 /// Formats of delimited tables: how text splits into cells and rows, and how a cell is read and
-/// written. Cells are separated by a delimiter and rows by '\n'; a caller ends a row with
+/// written. Cells are separated by a delimiter and rows by a line feed; a caller ends a row with
 /// `TextWriter::writeLine`.
 namespace moxtel::io {
 
@@ -43,8 +44,8 @@ class DelimitedRowFormat {
     /// that 0 for the symbol means the first character, if it is a quote at all.
     virtual std::string unquote(char quoteSymbol, const std::string& text) const;
 
-    /// Whether '\n' is next. A CR is not: of a CR LF pair the CR is seen first, so that an unquoted
-    /// cell takes in the whole line end and goes on in the next line.
+    /// Whether a line feed is next. A CR is not: of a CR LF pair the CR is seen first, so that an
+    /// unquoted cell takes in the whole line end and goes on in the next line.
     virtual bool endRow(TextReader& in) const;
 
     /// The cell from here on; the delimiter or line end after it stays unread.

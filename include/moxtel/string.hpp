@@ -7,6 +7,7 @@
 #include <moxtel/parse.hpp>
 #include <moxtel/printf.hpp>
 
+/// \file
 /// Helpers for C strings and `std::string`. Indices count from 0, and `npos` is
 /// `std::string::npos`. Letter case is that of the C library's current locale.
 namespace moxtel::string {

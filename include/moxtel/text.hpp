@@ -12,8 +12,9 @@
 #include <moxtel/integer.hpp>
 #include <moxtel/pointer.hpp>
 
-/// Characters over a device, with the line ends of the input translated to a single '\n' and with
-/// rows and columns counted.
+/// \file
+/// Characters over a device, with the line ends of the input translated to a single line feed and
+/// with rows and columns counted.
 namespace moxtel::io {
 
 /// What readers and writers have in common: the device and the position. Copies share the device.
@@ -82,7 +83,7 @@ class TextReader : public TextStream {
         return m_last;
     }
 
-    /// The next character, '\n' for an accepted line end.
+    /// The next character, a line feed for an accepted line end.
     int read() {
         const int c = m_take();
         if (c == '\n' || c == '\r')
@@ -135,8 +136,8 @@ class TextReader : public TextStream {
     std::istream* m_stream = nullptr;  ///< What the device reads from, if it tells.
 };
 
-/// Writes text; a line ends with a single '\n'. Each operation gives the number of characters that
-/// the device took; it goes on after a character that failed.
+/// Writes text; a line ends with a single line feed. Each operation gives the number of
+/// characters that the device took; it goes on after a character that failed.
 class TextWriter : public TextStream {
   public:
     TextWriter() = default;
@@ -150,7 +151,7 @@ class TextWriter : public TextStream {
     /// Over a file (see `Device::fromFile`); the flags 0 stand for `OPEN_WRITE`.
     static TextWriter fromFile(const std::string& path, int openFlags = 0);
 
-    /// The byte `(char)c`, or the line end for '\n'. The column counts a byte that failed.
+    /// The byte `(char)c`, or the line end for a line feed. The column counts a byte that failed.
     std::size_t write(int c);
 
     /// A line end. Row and column stay as they are when it fails.

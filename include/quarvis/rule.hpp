@@ -1,5 +1,6 @@
 #pragma once
 
+/// \file
 /// The rule model: item sets and rules, transaction histories, and the mined results with their
 /// files.
 
