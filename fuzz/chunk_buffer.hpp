@@ -1,0 +1,38 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <streambuf>
+#include <string>
+#include <utility>
+
+namespace fuzz {
+
+/// A stream buffer that holds few characters at a time, each time in memory of their own, so that
+/// the address sanitizer sees who reads before or behind them.
+class ChunkBuffer : public std::streambuf {
+  public:
+    ChunkBuffer(std::string text, std::size_t chunkSize)
+        : m_text(std::move(text)), m_chunkSize(chunkSize) {}
+
+  protected:
+    int_type underflow() override {
+        const std::size_t size = std::min(m_chunkSize, m_text.size() - m_next);
+        if (size == 0)
+            return traits_type::eof();
+        m_chunk = std::make_unique<char[]>(size);
+        m_text.copy(m_chunk.get(), size, m_next);
+        m_next += size;
+        setg(m_chunk.get(), m_chunk.get(), m_chunk.get() + size);
+        return traits_type::to_int_type(*gptr());
+    }
+
+  private:
+    std::string m_text;
+    std::size_t m_chunkSize;
+    std::size_t m_next = 0;
+    std::unique_ptr<char[]> m_chunk;
+};
+
+}  // namespace fuzz

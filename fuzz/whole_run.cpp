@@ -1,0 +1,106 @@
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "input.hpp"
+#include "quarvis-rules/outcome.hpp"
+#include "quarvis-rules/table.hpp"
+#include "targets.hpp"
+
+namespace fuzz {
+
+namespace {
+
+using mining_tests::Outcome;
+using mining_tests::Table;
+using mining_tests::TableHistory;
+
+// Larger tables are merely expensive: every item makes the rules three times as many, and the plain
+// miner goes through all histories for each of them. This many histories fill more than one word of
+// the bitmaps of the mining. Orders beyond the number of items only add messages.
+constexpr std::size_t MOST_ROWS = 12;
+constexpr std::size_t MOST_HISTORIES = 66;
+constexpr std::size_t ITEMS = 5;
+constexpr std::uint32_t MOST_ORDER = 9;
+
+/// Plain names, names that begin with one another, and odd ones.
+const std::string NAMES[][ITEMS] = {
+    {"item0", "item1", "item2", "item3", "item4"},
+    {"a", "aa", "aaa", "ab", "b"},
+    {"", "a,b", " => ", std::string("\0", 1), "\xff"},
+};
+
+/// Eighths, and the values that are none.
+double thresholdOf(std::uint8_t code) {
+    switch (code) {
+        case 255:
+            return std::numeric_limits<double>::quiet_NaN();
+        case 254:
+            return std::numeric_limits<double>::infinity();
+        default:
+            return (code - 8) / 8.0;
+    }
+}
+
+/// Small numbers, and some at the upper end.
+std::uint32_t numberOf(std::uint8_t code) {
+    return code < 240 ? code : std::numeric_limits<std::uint32_t>::max() - (255U - code);
+}
+
+Configuration configurationOf(Input& input) {
+    Configuration config;
+    config.minCount = numberOf(input.byte());
+    config.maxOrder = input.byte() % (MOST_ORDER + 1);
+    config.windowSize = numberOf(input.byte());
+    config.minSupport = thresholdOf(input.byte());
+    config.minConfidence = thresholdOf(input.byte());
+    config.minLift = thresholdOf(input.byte());
+    config.maxConviction = thresholdOf(input.byte());
+    return config;
+}
+
+/// Each row has three bytes: the history, the time, and a bit for each item; the two highest
+/// bits tell how many histories from that one on have the row.
+Table tableOf(Input& input) {
+    const std::uint8_t kind = input.byte();
+    const std::string* const names = NAMES[kind % std::size(NAMES)];
+    const std::uint32_t timeUnit = kind < 128 ? 1 : 0x01010101;
+
+    std::vector<TableHistory> histories(MOST_HISTORIES);
+    for (std::size_t row = 0; row < MOST_ROWS && !input.empty(); ++row) {
+        const std::size_t first = input.byte() % MOST_HISTORIES;
+        const std::uint32_t time = input.byte() * timeUnit;
+        const unsigned bits = input.byte();
+        const std::size_t number = std::size_t{1} << (bits >> 6) * 2;
+        for (std::size_t i = 0; i < number; ++i) {
+            auto& items = histories[(first + i) % MOST_HISTORIES][time];
+            for (std::size_t item = 0; item < ITEMS; ++item)
+                if ((bits >> item) % 2 != 0)
+                    items.insert(names[item]);
+        }
+    }
+    std::erase_if(histories, [](const TableHistory& history) { return history.empty(); });
+    return {histories};
+}
+
+}  // namespace
+
+void fuzzWholeRun(Bytes bytes) {
+    Input input(bytes);
+    const Configuration config = configurationOf(input);
+    const Table table = tableOf(input);
+    const quarvis::rule::TransactionSet txns = mining_tests::transactionsOf(table);
+    const Outcome expected = mining_tests::plainOutcome(config, txns);
+    const Outcome mined = mining_tests::minedOutcome(config, txns);
+    if (mined == expected)
+        return;
+    std::ostringstream message;
+    message << "the mining of\n" << table << "gives\n" << mined << "instead of\n" << expected;
+    throw Failure(message.str());
+}
+
+}  // namespace fuzz
