@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "brute_force.hpp"
+#include "every_table.hpp"
 #include "outcome.hpp"
 #include "random_table.hpp"
 #include "replayed_seeds.hpp"
@@ -51,54 +51,6 @@ testing::AssertionResult agree(std::uint64_t seed) {
                         << "seed " << seed << ", " << drawn.shape << ", " << result.message();
 }
 
-/// Every history over the times and the items: at each time nothing, or any subset of the items.
-std::vector<TableHistory> allHistories(const std::vector<std::uint32_t>& times,
-                                       const std::vector<std::string>& items) {
-    std::vector<TableHistory> histories = {{}};
-    for (const std::uint32_t time : times)
-        for (std::size_t shorter = histories.size(); shorter-- > 0;)
-            for (unsigned subset = 0; subset < 1U << items.size(); ++subset) {
-                TableHistory history = histories[shorter];
-                auto& transaction = history[time];
-                for (std::size_t i = 0; i < items.size(); ++i)
-                    if ((subset >> i & 1U) != 0)
-                        transaction.insert(items[i]);
-                histories.push_back(history);
-            }
-    histories.erase(histories.begin());
-    return histories;
-}
-
-/// Goes through the tables of up to a number of histories, each at or after the one before it in
-/// `histories`: the order of a table's histories does not matter, so one order is enough.
-class TableWalk {
-  public:
-    TableWalk(const Configuration& config, std::vector<TableHistory> histories)
-        : m_config(config), m_histories(std::move(histories)) {}
-
-    /// The number of tables; it stops at the first that does not agree.
-    std::size_t upTo(std::size_t number) {
-        m_goOn(number, 0);
-        return m_tables;
-    }
-
-  private:
-    void m_goOn(std::size_t number, std::size_t first) {
-        ++m_tables;
-        ASSERT_TRUE(agree(m_config, m_table));
-        for (std::size_t i = first; number > 0 && i < m_histories.size(); ++i) {
-            m_table.histories.push_back(m_histories[i]);
-            ASSERT_NO_FATAL_FAILURE(m_goOn(number - 1, i));
-            m_table.histories.pop_back();
-        }
-    }
-
-    const Configuration m_config;
-    const std::vector<TableHistory> m_histories;
-    Table m_table;
-    std::size_t m_tables = 0;
-};
-
 struct Setting {
     std::string name;
     std::uint32_t minCount;
@@ -112,13 +64,19 @@ void PrintTo(const Setting& setting, std::ostream* os) {
 
 class EveryTable : public testing::TestWithParam<Setting> {
   protected:
-    /// Through tables of three items at these times.
-    static TableWalk walk(const std::vector<std::uint32_t>& times) {
+    /// Compares the tables of up to a number of histories over three items at these times, and
+    /// stops at the first that does not agree; the number of tables.
+    static std::size_t upTo(std::size_t number, const std::vector<std::uint32_t>& times) {
         Configuration config;
         config.minCount = GetParam().minCount;
         config.maxOrder = GetParam().maxOrder;
         config.windowSize = GetParam().windowSize;
-        return {config, allHistories(times, {"p", "q", "r"})};
+        return forEveryTable(allHistories(times, {"p", "q", "r"}), number,
+                             [&config](const Table& table) {
+                                 const testing::AssertionResult result = agree(config, table);
+                                 EXPECT_TRUE(result);
+                                 return static_cast<bool>(result);
+                             });
     }
 };
 
@@ -130,7 +88,7 @@ class EveryTableOfThreeHistories : public EveryTable {};
 
 TEST_P(EveryTableOfThreeHistories, MinesAsByBruteForce) {
     // Of the 80 histories: 1 + 80 + 80 * 81 / 2 + 80 * 81 * 82 / 6.
-    EXPECT_EQ(91'881U, walk({1, 3}).upTo(3));
+    EXPECT_EQ(91'881U, upTo(3, {1, 3}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfThreeHistories,
@@ -145,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfThreeHistories,
 class EveryTableOfTwoHistories : public EveryTable {};
 
 TEST_P(EveryTableOfTwoHistories, MinesAsByBruteForce) {
-    EXPECT_EQ(3'321U, walk({1, 3}).upTo(2));
+    EXPECT_EQ(3'321U, upTo(2, {1, 3}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfTwoHistories,
@@ -162,7 +120,7 @@ class EveryLongHistory : public EveryTable {};
 
 TEST_P(EveryLongHistory, MinesAsByBruteForce) {
     // 9 possibilities at each of 4 times; no transaction at all stands for the empty table.
-    EXPECT_EQ(6'561U, walk({0, 1, 3, 4}).upTo(1));
+    EXPECT_EQ(6'561U, upTo(1, {0, 1, 3, 4}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, EveryLongHistory,
