@@ -1,0 +1,150 @@
+/// How the time of the mining grows with the histories, the items and the least count, on generated
+/// tables.
+
+#include <cstddef>
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <quarvis/rule.hpp>
+
+#include "support/check.hpp"
+#include "support/phases.hpp"
+#include "support/program.hpp"
+#include "support/quest.hpp"
+#include "support/table.hpp"
+
+namespace {
+
+using bench::Arguments;
+using bench::PhaseTimes;
+using bench::QuestShape;
+using bench::QuestTable;
+using bench::Table;
+using quarvis::rule::TransactionSet;
+
+constexpr std::uint64_t SEED = 19940912;
+
+/// A point of a curve and what is found there.
+struct Point {
+    std::size_t at;
+    std::size_t itemSets;
+    std::size_t rules;
+};
+
+TransactionSet histories(const QuestTable& table, std::size_t number) {
+    std::istringstream in{std::string(table.file(number))};
+    TransactionSet txns;
+    txns.readInto(in, '\t');
+    bench::checkCount("histories", txns.size(), number);
+    return txns;
+}
+
+Configuration atCount(std::size_t minCount) {
+    Configuration config;
+    config.minCount = static_cast<std::uint32_t>(minCount);
+    return config;
+}
+
+/// A table of measurements along one quantity, and by how much the time grew since the last row.
+class Curve {
+  public:
+    Curve(const std::string& quantity, std::size_t runs)
+        : m_table("Growth with " + quantity + ": processor time, ms, medians of " +
+                      std::to_string(runs) + " runs",
+                  {quantity, "histories", "-c", "items", "item sets", "rules", "index", "search",
+                   "counting", "assembly", "total", "least..greatest", "growth"}),
+          m_runs(runs) {}
+
+    void measure(const std::string& label, const TransactionSet& txns, std::size_t minCount,
+                 const Point& expected) {
+        using bench::grouped;
+        using bench::milliseconds;
+        const PhaseTimes times = bench::repeatedPhases(m_runs, atCount(minCount), txns);
+        const bench::Phases& found = times.last;
+        bench::checkCount("item sets at " + label, found.itemSets, expected.itemSets);
+        bench::checkCount("rules at " + label, found.ruleCount, expected.rules);
+        const double total = times.total.cpu.median();
+        m_table.row({label, grouped(txns.size()), grouped(minCount), grouped(found.items),
+                     grouped(found.itemSets), grouped(found.ruleCount),
+                     milliseconds(times.index.median()), milliseconds(times.search()),
+                     milliseconds(times.counting.median()), milliseconds(times.assembly.median()),
+                     milliseconds(total), bench::millisecondRange(times.total.cpu),
+                     m_last == 0 ? "" : bench::fixed(total / m_last, 2)});
+        m_last = total;
+    }
+
+  private:
+    Table m_table;
+    std::size_t m_runs;
+    double m_last = 0;
+};
+
+constexpr std::size_t BASE = 4000;  // histories
+
+void growHistories(const QuestTable& table, std::size_t runs) {
+    Curve curve("histories", runs);
+    for (const Point& point : std::vector<Point>{{1, 168'771, 5'146},
+                                                 {2, 119'507, 1'379},
+                                                 {4, 103'548, 450},
+                                                 {8, 98'280, 241},
+                                                 {16, 95'669, 154},
+                                                 {32, 93'691, 134},
+                                                 {64, 92'861, 128}}) {
+        const std::size_t number = BASE * point.at;
+        curve.measure(std::to_string(point.at) + 'x', histories(table, number), number / 800,
+                      point);
+    }
+}
+
+void growItems(std::size_t runs) {
+    Curve curve("items", runs);
+    constexpr std::size_t number = 4 * BASE;
+    for (const Point& point : std::vector<Point>{{500, 744'264, 61'258},
+                                                 {1000, 150'758, 1'791},
+                                                 {2000, 97'072, 0},
+                                                 {4000, 70'489, 0},
+                                                 {8000, 44'550, 0},
+                                                 {16000, 20'127, 0}}) {
+        QuestShape shape;
+        shape.items = point.at;
+        shape.patterns = 2 * point.at;
+        const QuestTable table(shape, number, SEED);
+        curve.measure(std::to_string(point.at), histories(table, number), number / 1000, point);
+    }
+}
+
+void lowerCount(const QuestTable& table, std::size_t runs) {
+    Curve curve("least count", runs);
+    const TransactionSet txns = histories(table, 4 * BASE);
+    for (const Point& point : std::vector<Point>{{640, 69, 0},
+                                                 {320, 842, 0},
+                                                 {160, 2'864, 0},
+                                                 {80, 14'280, 0},
+                                                 {40, 38'027, 0},
+                                                 {20, 103'548, 450},
+                                                 {10, 440'898, 23'303}})
+        curve.measure(std::to_string(point.at), txns, point.at, point);
+}
+
+void checkAgainstPlain(const QuestTable& table) {
+    const TransactionSet txns = histories(table, BASE / 20);
+    const Configuration config = atCount(8);
+    bench::check(bench::minedPlainly(config, txns).digest == bench::mined(config, txns).digest,
+                 "not what the plain miner finds in a generated table");
+}
+
+void run(const Arguments& arguments) {
+    const QuestTable table(QuestShape(), 64 * BASE, SEED);
+    checkAgainstPlain(table);
+    growHistories(table, arguments.runs);
+    growItems(arguments.runs);
+    lowerCount(table, arguments.runs);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return bench::runProgram(argc, argv, run);
+}

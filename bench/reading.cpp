@@ -1,0 +1,231 @@
+/// Reading transaction files: beside the same containers filled by `std::getline` and `find`, in
+/// the same run and checked to have the same content.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <quarvis/rule.hpp>
+
+#include "support/check.hpp"
+#include "support/child.hpp"
+#include "support/digest.hpp"
+#include "support/memory.hpp"
+#include "support/program.hpp"
+#include "support/row_table.hpp"
+#include "support/samples.hpp"
+#include "support/table.hpp"
+#include "support/temp_file.hpp"
+
+namespace {
+
+using bench::Arguments;
+using bench::RowTable;
+using bench::Seconds;
+using bench::Table;
+using bench::TempFile;
+using bench::Times;
+using quarvis::rule::TransactionSet;
+
+using PlainHistories = std::map<std::string, std::map<unsigned int, std::set<std::string>>>;
+
+/// The baseline. It has the two shortcuts of the library that are none of the reading of text: rows
+/// of one entity often follow each other, items often come in order.
+PlainHistories readPlainly(const std::string& path) {
+    PlainHistories histories;
+    auto entity = histories.end();
+    std::ifstream in(path);
+    std::string line;
+    std::getline(in, line);
+    while (std::getline(in, line)) {
+        std::size_t tab = line.find('\t');
+        std::string key = line.substr(0, tab);
+        const auto time =
+            static_cast<unsigned int>(std::strtoul(line.c_str() + tab + 1, nullptr, 10));
+        if (entity == histories.end() || entity->first != key)
+            entity = histories.try_emplace(std::move(key)).first;
+        std::set<std::string>& items = entity->second[time];
+        tab = line.find('\t', tab + 1);
+        while (tab != std::string::npos) {
+            const std::size_t begin = tab + 1;
+            tab = line.find('\t', begin);
+            if (const std::size_t end = std::min(tab, line.size()); end != begin)
+                items.insert(items.end(), line.substr(begin, end - begin));
+        }
+    }
+    return histories;
+}
+
+struct Content {
+    std::uint64_t digest;
+    std::size_t cells;  // items of transactions
+};
+
+template <class Histories>
+Content contentOf(const Histories& histories) {
+    bench::Digest digest;
+    std::size_t cells = 0;
+    for (const auto& [key, history] : histories) {
+        digest.add(key);
+        digest.add(std::uint64_t{history.size()});
+        for (const auto& [time, items] : history) {
+            digest.add(std::uint64_t{time});
+            digest.add(std::uint64_t{items.size()});
+            for (const auto& item : items)
+                digest.add(item);
+            cells += items.size();
+        }
+    }
+    return {digest.value(), cells};
+}
+
+struct Reading {
+    Seconds time;
+    Content content;
+    std::size_t heap;
+    std::size_t peak;
+};
+
+/// What `read()`, which gives the histories, takes in a process of its own.
+template <class Read>
+Reading measured(Read read) {
+    return bench::inChild([&] {
+        const bench::MemoryPeak peak;
+        const std::size_t heap = bench::heapInUse();
+        const bench::Stopwatch watch;
+        const auto histories = read();
+        const Seconds time = watch.elapsed();
+        return Reading{time, contentOf(histories), bench::heapInUse() - heap, peak.rise()};
+    });
+}
+
+struct Comparison {
+    Times library;
+    Times plain;
+    Reading last;  // of the library
+    double bytes;
+
+    double ratio() const { return library.cpu.median() / plain.cpu.median(); }
+    double nanosecondsPerByte() const { return library.cpu.median() / bytes * 1e9; }
+};
+
+/// Throws when the two disagree.
+Comparison compare(const std::string& path, std::size_t runs) {
+    const auto readByLibrary = [&] {
+        TransactionSet txns;
+        txns.readInto(path, '\t');
+        return txns;
+    };
+    Reading library{};
+    Reading plain{};
+    std::vector<Times> times =
+        bench::inTurns(runs, {[&] {
+                                  library = measured(readByLibrary);
+                                  return library.time;
+                              },
+                              [&] {
+                                  plain = measured([&] { return readPlainly(path); });
+                                  return plain.time;
+                              }});
+    bench::check(library.content.digest == plain.content.digest, "not the content of " + path);
+    return {times[0], times[1], library, static_cast<double>(std::filesystem::file_size(path))};
+}
+
+/// A row a file: speeds by processor time, and memory.
+class FileTable {
+  public:
+    explicit FileTable(std::size_t runs)
+        : m_table(
+              "Reading files: MB/s of processor time, medians of " + std::to_string(runs) + " runs",
+              {"file", "MB", "item cells", "here", "least..greatest", "getline", "least..greatest",
+               "time ratio", "bytes/cell", "peak, MB"}),
+          m_runs(runs) {}
+
+    void measure(const std::string& name, const std::string& path) {
+        const Comparison both = compare(path, m_runs);
+        const Reading& last = both.last;
+        const double perCell =
+            static_cast<double>(last.heap) / static_cast<double>(last.content.cells);
+        m_table.row({name, bench::fixed(both.bytes / 1e6, 1), bench::grouped(last.content.cells),
+                     m_speed(both, both.library.cpu.median()), m_range(both, both.library),
+                     m_speed(both, both.plain.cpu.median()), m_range(both, both.plain),
+                     bench::fixed(both.ratio(), 2), bench::fixed(perCell, 1),
+                     bench::megabytes(last.peak)});
+    }
+
+    void measure(const std::string& name, const RowTable& rows) {
+        const TempFile file([&](std::ostream& os) { rows.write(os); });
+        measure(name, file.path());
+    }
+
+  private:
+    static std::string m_speed(const Comparison& both, double seconds) {
+        return bench::fixed(both.bytes / 1e6 / seconds, 1);
+    }
+    static std::string m_range(const Comparison& both, const Times& times) {
+        return m_speed(both, times.cpu.greatest()) + ".." + m_speed(both, times.cpu.least());
+    }
+
+    Table m_table;
+    std::size_t m_runs;
+};
+
+void compareFiles(const Arguments& arguments) {
+    FileTable table(arguments.runs);
+    std::vector<std::filesystem::path> given;
+    if (!arguments.data.empty())
+        for (const auto& entry : std::filesystem::directory_iterator(arguments.data))
+            if (entry.path().extension() == ".tsv")
+                given.push_back(entry.path());
+    std::sort(given.begin(), given.end());
+    for (const std::filesystem::path& path : given)
+        table.measure(path.filename().string(), path.string());
+
+    const std::size_t rows = arguments.rows;
+    table.measure("rows of 10,000 items", RowTable{rows / 10'000 + 1, 1, 10'000, 1'000'000, false});
+    table.measure("short rows", RowTable{rows, 100, 1, 10'000, false});
+    table.measure("short rows, one entity", RowTable{rows, rows, 1, 10'000, false});
+    table.measure("short rows, an entity each", RowTable{rows, 1, 1, 10'000, false});
+    table.measure("rows of 8 items, keys in order", RowTable{rows / 8 + 1, 4, 8, 10'000, false});
+    table.measure("rows of 8 items, keys shuffled", RowTable{rows / 8 + 1, 4, 8, 10'000, true});
+}
+
+/// Rows of 8 items, from 1 MB up to the size asked for, in steps of 4.
+void follow(const Arguments& arguments) {
+    const Table table("Growth of reading: nanoseconds of processor time per byte",
+                      {"file", "keys", "here", "getline", "ratio", "growth", "peak, MB"});
+    for (const bool shuffled : {false, true}) {
+        double before = 0;
+        for (std::size_t megabytes = 1; megabytes <= arguments.megabytes; megabytes *= 4) {
+            RowTable rows;
+            rows.rows = megabytes * 1'000'000 / rows.rowSize();
+            rows.shuffled = shuffled;
+            const TempFile file([&](std::ostream& os) { rows.write(os); });
+            const Comparison both = compare(file.path(), arguments.runs);
+            const double cost = both.nanosecondsPerByte();
+            table.row({std::to_string(megabytes) + " MB", shuffled ? "shuffled" : "in order",
+                       bench::fixed(cost, 2), bench::fixed(cost / both.ratio(), 2),
+                       bench::fixed(both.ratio(), 2),
+                       before == 0 ? "" : bench::fixed(cost / before, 2),
+                       bench::megabytes(both.last.peak)});
+            before = cost;
+        }
+    }
+}
+
+void run(const Arguments& arguments) {
+    compareFiles(arguments);
+    follow(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return bench::runProgram(argc, argv, run);
+}

@@ -1,0 +1,9 @@
+#pragma once
+
+namespace bench {
+
+/// Prints what the figures after it depend on: the machine and its load, the compiler and its
+/// flags, and the version. Warns when the build is not optimised.
+void printEnvironment();
+
+}  // namespace bench

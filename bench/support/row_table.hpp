@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <ostream>
+
+namespace bench {
+
+/// A generated transaction file. What a row holds depends only on the shape and the row's number,
+/// so a file and its shuffled form have the same content.
+struct RowTable {
+    std::size_t rows = 0;
+    std::size_t rowsOfEntity = 4;
+    std::size_t itemsOfRow = 8;
+    std::size_t items = 10'000;  ///< To draw from, at most 10 million.
+    bool shuffled = false;       ///< Else the keys ascend, and the times of each.
+
+    /// The bytes of a row.
+    std::size_t rowSize() const;
+
+    /// Writes the file.
+    void write(std::ostream& os) const;
+};
+
+}  // namespace bench
