@@ -22,7 +22,7 @@ namespace {
 class RowItems {
   public:
     void add(Item&& item) {
-        m_order.push_back({firstBytes(item), m_items.size()});
+        m_order.push_back({s_firstBytes(item), m_items.size()});
         m_items.push_back(std::move(item));
     }
 
@@ -45,7 +45,7 @@ class RowItems {
 
     /// Numbers that are in the order of the texts, or equal; a text that ends counts as going on
     /// with zeros.
-    static std::uint64_t firstBytes(const Item& item) {
+    static std::uint64_t s_firstBytes(const Item& item) {
         std::uint64_t bytes = 0;
         for (std::size_t i = 0; i < sizeof(bytes); ++i)
             bytes = bytes << 8 | (i < item.size() ? static_cast<unsigned char>(item[i]) : 0U);

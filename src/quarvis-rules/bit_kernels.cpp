@@ -85,8 +85,8 @@ std::vector<BitKernels> findKernels() {
 }  // namespace
 
 std::span<const BitKernels> supportedBitKernels() {
-    static const std::vector<BitKernels> kernels = findKernels();
-    return kernels;
+    static const std::vector<BitKernels> KERNELS = findKernels();
+    return KERNELS;
 }
 
 const BitKernels& bitKernels() {
