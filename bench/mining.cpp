@@ -87,7 +87,7 @@ struct PlainCase {
 
 const std::vector<PlainCase>& plainCases() {
     static const std::vector<PlainCase> CASES = {
-        {{"online_retail.tsv", 100, 0, 0, 1'433, 1}, 24},
+        {{"online_retail.tsv", 100, 0, 0, 1'408, 1}, 23},
         {{"log_traffic_fines.tsv", 20, 0, 0, 783, 273}, 0},
         {{"bag-customers.tsv", 25, 0, 0, 1'398, 3}, 0},
     };

@@ -90,7 +90,7 @@ class CoversOfForms : public testing::TestWithParam<Forms> {
     template <class Test>
     static void forManyPairs(Test test) {
         std::mt19937_64 random(1);
-        for (const std::size_t size : {1, 2, 63, 64, 65, 127, 128, 129, 200, 1000, 3001})
+        for (const std::size_t size : {1U, 2U, 63U, 64U, 65U, 127U, 128U, 129U, 200U, 1000U, 3001U})
             for (const unsigned share : {0U, 1U, 8U, 60U, 200U, 256U})
                 for (const unsigned otherShare : {0U, 1U, 8U, 60U, 200U, 256U}) {
                     const Positions a = randomPositions(size, share, random);

@@ -99,7 +99,7 @@ TEST_P(GroupCovers, AreTheHistoriesThatContainTheItems) {
         const std::uint32_t minCount = std::max(1U, GetParam().leastMinCount);
         const Searched all(randomTable(GetParam(), seed), minCount);
         for (std::size_t size = 2; size <= all.sets.levels(); ++size)
-            for (const std::size_t every : {1, 2, 5})
+            for (const std::size_t every : {1U, 2U, 5U})
                 ASSERT_NO_FATAL_FAILURE(expectCovers(all, size, every))
                     << "seed " << seed << ", sets of " << size;
     }

@@ -123,7 +123,7 @@ TEST_P(EveryLevel, IsThatOfThePlainSearch) {
 /// Items in nearly all, in some and in few of many histories.
 TableShape skewed() {
     TableShape shape{"Skewed", {}, 500, 3, 8, 9, 1};
-    for (const std::size_t weight : {100, 4, 100, 1, 30, 100, 10})
+    for (const std::size_t weight : {100U, 4U, 100U, 1U, 30U, 100U, 10U})
         shape.items.insert(shape.items.end(), weight, std::to_string(shape.items.size()));
     return shape;
 }
