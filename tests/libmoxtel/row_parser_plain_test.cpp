@@ -1,0 +1,144 @@
+/// The row parser beside one that reads byte by byte: random bytes and random calls, with results,
+/// counters, positions and stream states compared after each.
+
+#include <moxtel/row_parser.hpp>
+
+#include <ios>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "inputs.hpp"
+
+namespace moxtel::io {
+namespace {
+
+/// A parser that tells where it stands.
+class OpenParser : public DelimitedRowParser {
+  public:
+    explicit OpenParser(const DelimitedRowParser& parser) : DelimitedRowParser(parser) {}
+    const TextReader& reader() const { return m_src; }
+};
+
+enum class Call { HAS_ROW, HAS_CELL, NEXT_CELL };
+
+template <class Parser, class Bytes>
+std::string outcome(Call call, bool tells, Parser& parser, Bytes& bytes,
+                    const std::istream* stream) {
+    std::ostringstream out;
+    switch (call) {
+        case Call::HAS_ROW:
+            out << "row " << parser.hasRow();
+            break;
+        case Call::HAS_CELL:
+            out << "cell " << parser.hasCell();
+            break;
+        case Call::NEXT_CELL:
+            out << parser.nextCell();
+            break;
+    }
+    out << ", at " << parser.reader().row() << ':' << parser.reader().col();
+    if (tells)
+        out << ", told " << bytes.tellg();
+    if (stream != nullptr)
+        out << ", state " << stream->rdstate();
+    return out.str();
+}
+
+struct Format {
+    char delim;
+    const char* quotes;  // null for the default
+
+    std::string name() const {
+        return ::testing::PrintToString(delim) + " quoted by " +
+               (quotes == nullptr ? "default" : ::testing::PrintToString(std::string(quotes)));
+    }
+};
+
+constexpr Format FORMATS[] = {{',', nullptr}, {'\t', nullptr}, {',', ""},      {';', "\"'"},
+                              {'\r', "'"},    {'\n', nullptr}, {'\xff', "\""}, {'\x80', "\xfe"},
+                              {'"', nullptr}, {'a', "a"},      {',', "\r"},    {',', "\n"}};
+
+class Draws {
+  public:
+    Draws(unsigned seed, const Format& format)
+        : m_random(seed), m_special("\n\r\xff\xff\x80 a\"'") {
+        m_special.append(3, format.delim);
+        m_special.append(2, '\n');
+        if (format.quotes != nullptr)
+            (m_special += format.quotes) += format.quotes;
+        else
+            m_special.append(2, '"');
+    }
+
+    std::size_t below(std::size_t n) { return m_random() % n; }
+
+    std::string bytes() {
+        const std::size_t others = below(4);
+        const std::size_t most = below(50) == 0 ? 20'000 : 100;
+        std::string text(below(most + 1), '\0');
+        for (char& c : text)
+            c = below(4) < others ? static_cast<char>(below(256))
+                                  : m_special[below(m_special.size())];
+        return text;
+    }
+
+  private:
+    std::mt19937 m_random;
+    std::string m_special;
+};
+
+/// The call that the protocol asks for after one with that outcome.
+Call next(Call call, const std::string& outcome) {
+    if (call == Call::NEXT_CELL || outcome.rfind("row 1", 0) == 0)
+        return Call::HAS_CELL;
+    return outcome.rfind("cell 1", 0) == 0 ? Call::NEXT_CELL : Call::HAS_ROW;
+}
+
+class RowParserBesidePlain : public ::testing::TestWithParam<InputKind> {
+  protected:
+    /// By the protocol, or by calls in any order.
+    static void expectPlainParsing(const Format& format, unsigned seed, bool byProtocol) {
+        Draws draws(seed, format);
+        const std::string bytes = draws.bytes();
+        const bool tells = draws.below(2) == 0;
+        Input input = GetParam().open(bytes);
+        OpenParser parser(
+            seed % 2 == 0
+                ? DelimitedRowParser::createRFC4180(format.delim, format.quotes)
+                : DelimitedRowParser::createEscaped(format.delim, format.quotes, '\\', '#'));
+        parser.open(input.device);
+        plain::RowParser plainParser(*input.source, format.delim,
+                                     format.quotes == nullptr ? "\"" : format.quotes);
+        Call call = Call::HAS_ROW;
+        for (std::size_t i = 0; i < bytes.size() + 20; ++i) {
+            const std::string expected =
+                outcome(call, tells, plainParser, *input.source, input.sourceStream);
+            ASSERT_EQ(outcome(call, tells, parser, *input.device, input.stream), expected)
+                << GetParam().name << ", " << format.name() << ", seed " << seed << ", call " << i
+                << " of " << ::testing::PrintToString(bytes);
+            call = byProtocol ? next(call, expected) : static_cast<Call>(draws.below(3));
+        }
+    }
+};
+
+TEST_P(RowParserBesidePlain, GivesTheSameTable) {
+    for (const Format& format : FORMATS)
+        for (unsigned seed = 0; seed < 40; ++seed)
+            ASSERT_NO_FATAL_FAILURE(expectPlainParsing(format, seed, true));
+}
+
+TEST_P(RowParserBesidePlain, GivesTheSameInWhateverOrderItIsCalled) {
+    for (const Format& format : FORMATS)
+        for (unsigned seed = 1000; seed < 1040; ++seed)
+            ASSERT_NO_FATAL_FAILURE(expectPlainParsing(format, seed, false));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, RowParserBesidePlain, ::testing::ValuesIn(inputKinds()),
+                         inputKindName);
+
+}  // namespace
+}  // namespace moxtel::io
