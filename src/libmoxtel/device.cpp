@@ -1,11 +1,16 @@
 #include <moxtel/device.hpp>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <fstream>
 #include <istream>
 #include <memory>
 #include <ostream>
+#include <sstream>
+#include <streambuf>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 
 #include <moxtel/exception.hpp>
@@ -140,6 +145,30 @@ class StringDevice final : public Device {
     std::size_t m_i = 0;
 };
 
+/// What a stream buffer has room for. Its type says what writing there does to the position, which
+/// is known of the buffers of the standard library only.
+class PutArea : public std::streambuf {
+  public:
+    PutArea() = delete;
+
+    /// The buffer of a stream, if a byte that is written to the stream does nothing but take the
+    /// next place of that buffer; or null. With the last place a file's buffer is written out.
+    static std::streambuf* of(const std::ostream& stream) {
+        std::streambuf* const buffer = stream.rdbuf();
+        const bool aside = stream.tie() != nullptr || (stream.flags() & std::ios::unitbuf) != 0;
+        return stream.good() && !aside && s_room(*buffer) > 1 && s_known(*buffer) ? buffer
+                                                                                  : nullptr;
+    }
+
+  private:
+    static std::ptrdiff_t s_room(const std::streambuf& buffer) {
+        return (buffer.*&PutArea::epptr)() - (buffer.*&PutArea::pptr)();
+    }
+    static bool s_known(const std::streambuf& buffer) {
+        return typeid(buffer) == typeid(std::filebuf) || typeid(buffer) == typeid(std::stringbuf);
+    }
+};
+
 /// The six wraps of standard streams. `Peer` is a plain pointer to a stream that stays the
 /// caller's, or a unique pointer to one that the device owns; the stream's type says what the
 /// device can do.
@@ -188,6 +217,17 @@ class StreamWrap final : public Device {
         } else {
             return FAILED;
         }
+    }
+
+    /// What writing a block of one comes to while the buffer has room, without asking twice where
+    /// it stands.
+    bool write(char c) override {
+        if constexpr (OUTPUT)
+            if (std::streambuf* const ready = PutArea::of(*m_peer)) {
+                ready->sputc(c);
+                return true;
+            }
+        return Device::write(c);
     }
 
     void seekg(long off, SeekWhence whence) override {
