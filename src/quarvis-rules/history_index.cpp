@@ -4,8 +4,8 @@
 #include <limits>
 #include <numeric>
 #include <stdexcept>
-#include <string_view>
-#include <unordered_map>
+
+#include "interner.hpp"
 
 namespace quarvis::rule {
 
@@ -22,8 +22,8 @@ std::uint32_t checked(std::size_t n) {
     return static_cast<std::uint32_t>(n);
 }
 
-/// Every item of the transactions in the order of its first occurrence, and the occurrences as
-/// places in that order.
+/// The transactions once through, as far as the index needs them: every item in the order of its
+/// first occurrence, and the occurrences as places in that order.
 struct Occurrences {
     struct Item {
         const quarvis::rule::Item* name;
@@ -31,31 +31,48 @@ struct Occurrences {
         std::uint32_t occurrences = 0;  // transactions that it is in
         HistoryId last = NONE;          // the history that was counted last
     };
+    struct Transaction {
+        HistoryId history;
+        History::Time time;
+        std::uint32_t size;
+    };
     std::vector<Item> items;
+    std::vector<Transaction> transactions;
     std::vector<std::uint32_t> stream;  // item places, in the order of the transactions
 
     explicit Occurrences(const TransactionSet& txns) {
-        std::unordered_map<std::string_view, std::uint32_t> places;
+        Interner places;
         HistoryId history = 0;
-        for (const auto& [key, transactions] : txns) {
-            for (const auto& [time, names] : transactions)
-                for (const auto& name : names) {
-                    const auto [it, added] =
-                        places.try_emplace(name, static_cast<std::uint32_t>(items.size()));
-                    if (added)
-                        items.push_back({&name});
-                    Item& item = items[it->second];
-                    if (item.last != history) {
-                        item.last = history;
-                        ++item.histories;
-                    }
-                    ++item.occurrences;
-                    stream.push_back(it->second);
+        std::vector<const quarvis::rule::Item*> names;
+        for (const auto& [key, times] : txns) {
+            for (const auto& [time, itemSet] : times) {
+                transactions.push_back({history, time, static_cast<std::uint32_t>(itemSet.size())});
+                // Most of the time goes into waiting for the names, so those of a transaction are
+                // asked for all at once.
+                names.clear();
+                for (const auto& name : itemSet) {
+                    __builtin_prefetch(name.data());
+                    names.push_back(&name);
                 }
+                for (const auto* const name : names)
+                    add(*name, places.number(*name), history);
+            }
             ++history;
         }
-        checked(items.size());
         checked(stream.size());
+    }
+
+  private:
+    void add(const quarvis::rule::Item& name, std::uint32_t place, HistoryId history) {
+        if (place == items.size())
+            items.push_back({&name});
+        Item& item = items[place];
+        if (item.last != history) {
+            item.last = history;
+            ++item.histories;
+        }
+        ++item.occurrences;
+        stream.push_back(place);
     }
 };
 
@@ -94,28 +111,31 @@ HistoryIndex::HistoryIndex(const TransactionSet& txns, std::size_t minCount) {
 
     std::vector<Entry> nextEntry(m_entryBegin.begin(), m_entryBegin.end() - 1);
     std::vector<HistoryId> lastHistory(itemCount(), NONE);
-    HistoryId history = 0;
-    auto place = all.stream.begin();
     m_historyBegin.push_back(0);
-    for (const auto& [key, transactions] : txns) {
-        for (const auto& [time, names] : transactions)
-            for (std::size_t n = names.size(); n > 0; --n) {
-                const Rank item = rankOf[*place++];
-                if (item == NONE)
-                    continue;
-                if (lastHistory[item] != history) {
-                    lastHistory[item] = history;
-                    const Entry entry = nextEntry[item]++;
-                    m_entryHistory[entry] = history;
-                    m_occurrenceBegin[entry] = nextOccurrence[item];
-                    m_items.push_back(item);
-                }
-                m_occurrences[nextOccurrence[item]++] = time;
-            }
+    const auto closeHistory = [this] {
         std::sort(m_items.begin() + m_historyBegin.back(), m_items.end());
         m_historyBegin.push_back(static_cast<std::uint32_t>(m_items.size()));
-        ++history;
+    };
+    auto place = all.stream.begin();
+    for (const auto& [history, time, size] : all.transactions) {
+        while (historyCount() < history)
+            closeHistory();
+        for (std::uint32_t n = size; n > 0; --n) {
+            const Rank item = rankOf[*place++];
+            if (item == NONE)
+                continue;
+            if (lastHistory[item] != history) {
+                lastHistory[item] = history;
+                const Entry entry = nextEntry[item]++;
+                m_entryHistory[entry] = history;
+                m_occurrenceBegin[entry] = nextOccurrence[item];
+                m_items.push_back(item);
+            }
+            m_occurrences[nextOccurrence[item]++] = time;
+        }
     }
+    while (historyCount() < txns.size())
+        closeHistory();
     m_makeBitmaps();
 }
 
