@@ -11,7 +11,8 @@ namespace moxtel::mem {
 ///         use(i.current());
 ///
 /// Copies share one position: advancing one advances them all. An iterator must not outlive its
-/// container, nor the erasure of its current element.
+/// container, nor the erasure of its current element; other elements may be erased on the way, so
+/// an element may be erased once the iterator has gone on.
 template <class T>
 class Iterator {
   public:

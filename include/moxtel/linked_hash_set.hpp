@@ -71,10 +71,10 @@ class LinkedHashSet : public Set<T, KeyOps> {
     }
 
     mem::Iterator<T> iterator() override {
-        return mem::Iterator<T>(new IteratorStrategy<T>(m_head()));
+        return mem::Iterator<T>(new IteratorStrategy<T>(*this));
     }
     mem::Iterator<const T> iterator() const override {
-        return mem::Iterator<const T>(new IteratorStrategy<const T>(m_head()));
+        return mem::Iterator<const T>(new IteratorStrategy<const T>(*this));
     }
 
   private:
@@ -93,15 +93,15 @@ class LinkedHashSet : public Set<T, KeyOps> {
     template <class Element>
     class IteratorStrategy : public mem::Iterator<Element>::Strategy {
       public:
-        explicit IteratorStrategy(Node* head) : m_cur(head), m_head(head) {}
+        explicit IteratorStrategy(const LinkedHashSet& set) : m_set(set), m_cur(set.m_head()) {}
         bool hasNext() const override { return m_cur != nullptr; }
-        void next() override { m_cur = m_cur->next == m_head ? nullptr : m_cur->next; }
+        void next() override { m_cur = m_cur == m_set.m_tail ? nullptr : m_cur->next; }
         Element& current() override { return m_cur->data; }
         const Element& current() const override { return m_cur->data; }
 
       private:
+        const LinkedHashSet& m_set;
         Node* m_cur;
-        Node* m_head;
     };
 
     Node* m_head() const { return m_tail == nullptr ? nullptr : m_tail->next; }

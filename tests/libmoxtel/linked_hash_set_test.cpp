@@ -167,6 +167,41 @@ TEST(LinkedHashSet, IteratorSeesElementsAddedBehindIt) {
     EXPECT_EQ(seen, Texts({"a", "b", "c"}));
 }
 
+TEST(LinkedHashSet, OthersThanTheCurrentElementMayBeErasedDuringAWalk) {
+    const Texts keys = {"a", "b", "c", "d"};
+    for (const std::string& at : keys)
+        for (const std::string& erased : keys) {
+            if (at == erased)
+                continue;
+            LinkedHashSet<std::string> set;
+            addAll(set, keys);
+            Texts expected = keys;
+            if (erased > at)
+                std::erase(expected, erased);
+            Texts walked;
+            for (auto i = set.iterator(); i && walked.size() <= keys.size(); ++i) {
+                walked.push_back(*i);
+                if (*i == at)
+                    set.eraseByKey(erased);
+            }
+            EXPECT_EQ(walked, expected) << erased << " erased at " << at;
+        }
+}
+
+TEST(LinkedHashSet, EachElementMayBeErasedOnceTheWalkHasLeftIt) {
+    LinkedHashSet<std::string> set;
+    addAll(set, {"a", "b", "c"});
+    Texts walked;
+    for (auto i = set.iterator(); i && walked.size() <= 3;) {
+        const std::string key = *i;
+        ++i;
+        set.eraseByKey(key);
+        walked.push_back(key);
+    }
+    EXPECT_EQ(walked, (Texts{"a", "b", "c"}));
+    EXPECT_EQ(set.size(), 0U);
+}
+
 TEST(LinkedHashSet, DestructionDestroysEveryValue) {
     Counted::reset();
     {

@@ -39,6 +39,10 @@ TEST_P(Mirrored, SetAnswersAsAVectorOfDistinctKeys) {
         const auto at = std::find(mirror.begin(), mirror.end(), key);
         const bool there = at != mirror.end();
         ASSERT_EQ(set.containsKey(key), there);
+        if (there)
+            ASSERT_EQ(set.lookupByKey(key, false), key);
+        else
+            ASSERT_THROW(set.lookupByKey(key, false), NotFoundException);
         switch (random(4)) {
             case 0:
                 ASSERT_EQ(set.add(key), !there);
@@ -56,10 +60,22 @@ TEST_P(Mirrored, SetAnswersAsAVectorOfDistinctKeys) {
                     mirror.erase(at);
         }
         ASSERT_EQ(set.size(), mirror.size());
+        // Now and then an element that the walk is not at goes on the way.
+        std::size_t left = random(2 * mirror.size() + 1);
         std::vector<std::string> walked;
-        for (auto i = set.iterator(); i; ++i)
+        std::vector<std::string> expected = mirror;
+        for (auto i = set.iterator(); i; ++i, --left) {
             walked.push_back(*i);
-        ASSERT_EQ(walked, mirror);
+            ASSERT_LE(walked.size(), expected.size());
+            const std::size_t other = random(mirror.size());
+            if (left != 0 || mirror[other] == *i)
+                continue;
+            set.eraseByKey(mirror[other]);
+            if (other >= walked.size())
+                std::erase(expected, mirror[other]);
+            mirror.erase(mirror.begin() + static_cast<std::ptrdiff_t>(other));
+        }
+        ASSERT_EQ(walked, expected);
         for (std::size_t i = 0; i < mirror.size(); ++i)
             ASSERT_EQ(set.lookupByIndex(i), mirror[i]);
     }
