@@ -1,9 +1,10 @@
 #include <moxtel/binary.hpp>
 
 #include <algorithm>
-#include <limits>
 
 #include <moxtel/exception.hpp>
+
+#include "length_prefix.hpp"
 
 namespace moxtel::io {
 
@@ -28,16 +29,6 @@ std::string readText(Device& device, std::size_t len, const char* failure) {
     if (got == Device::FAILED)
         throw IOException(failure);
     return std::string(buffer.pointer(), got);
-}
-
-/// How much of the part of a string lies inside it; at most what `Length` can hold.
-template <class Length>
-Length partLength(const std::string& str, std::size_t start, std::size_t len,
-                  const char* tooLarge) {
-    len = mem::makeInBounds(start, len, str.size());
-    if (len > std::numeric_limits<Length>::max())
-        throw IOException(tooLarge);
-    return static_cast<Length>(len);
 }
 
 }  // namespace
@@ -188,29 +179,25 @@ std::size_t BinaryWriter::writeDouble(double value) {
 }
 
 std::size_t BinaryWriter::writePStr8(const std::string& str, std::size_t start, std::size_t len) {
-    const auto prefix =
-        partLength<unsigned char>(str, start, len, "String too large to fit in a PStr8");
+    const auto prefix = lengthPrefix8(mem::makeInBounds(start, len, str.size()));
     const std::size_t written = writeUI8(prefix);
     return written + m_writePart(str, start, len);
 }
 
 std::size_t BinaryWriter::writePStr16(const std::string& str, std::size_t start, std::size_t len) {
-    const auto prefix =
-        partLength<unsigned short>(str, start, len, "String too large to fit in a PStr16");
+    const auto prefix = lengthPrefix16(mem::makeInBounds(start, len, str.size()));
     const std::size_t written = writeUI16(prefix);
     return written + m_writePart(str, start, len);
 }
 
 std::size_t BinaryWriter::writePStr32(const std::string& str, std::size_t start, std::size_t len) {
-    // The message names the 16-bit form for this one too.
-    const auto prefix =
-        partLength<unsigned int>(str, start, len, "String too large to fit in a PStr16");
+    const auto prefix = lengthPrefix32(mem::makeInBounds(start, len, str.size()));
     const std::size_t written = writeUI32(prefix);
     return written + m_writePart(str, start, len);
 }
 
 std::size_t BinaryWriter::writePStr64(const std::string& str, std::size_t start, std::size_t len) {
-    const auto prefix = static_cast<unsigned short>(mem::makeInBounds(start, len, str.size()));
+    const auto prefix = lengthPrefix64(mem::makeInBounds(start, len, str.size()));
     const std::size_t written = writeUI64(prefix);
     return written + m_writePart(str, start, len);
 }

@@ -1,10 +1,7 @@
 #include <moxtel/binary.hpp>
 
 #include <array>
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <limits>
 #include <sstream>
 #include <string>
 
@@ -13,28 +10,18 @@
 #include <moxtel/exception.hpp>
 #include <moxtel/memory.hpp>
 
+#include "binary_bytes.hpp"
+#include "support/temp_dir.hpp"
+
 namespace {
 
 using namespace moxtel;
 using namespace moxtel::io;
 using namespace std::string_literals;
+using support::fileContent;
+using support::TempDir;
 
 constexpr Endianness NO_ORDER = static_cast<Endianness>(5);
-
-/// The bytes that `write` writes; it has to give their number.
-template <class Write>
-std::string written(Endianness endian, Write write) {
-    std::ostringstream out;
-    BinaryWriter writer(out, endian);
-    const std::size_t count = write(writer);
-    EXPECT_EQ(count, out.str().size());
-    return out.str();
-}
-
-/// A reader over a copy of the bytes.
-BinaryReader readerOver(const std::string& bytes, Endianness endian) {
-    return BinaryReader(Device::wrapString(bytes, 0, bytes.size()), endian);
-}
 
 /// The bytes of a value as this machine keeps them.
 template <class T>
@@ -42,16 +29,6 @@ std::string hostBytes(T value) {
     std::string bytes(sizeof value, '\0');
     std::memcpy(bytes.data(), &value, sizeof value);
     return bytes;
-}
-
-template <class Throw>
-void expectIOException(Throw operation, const std::string& message) {
-    try {
-        operation();
-        ADD_FAILURE() << "nothing thrown for: " << message;
-    } catch (const IOException& e) {
-        EXPECT_EQ(e.why(), message);
-    }
 }
 
 template <class Throw>
@@ -63,27 +40,6 @@ void expectCannotHandleEndian(Throw operation) {
         EXPECT_EQ(e.why(), "Can't handle endian.");
     }
 }
-
-/// Fails every transfer after the first `good` ones, which transfer all that is asked for.
-class FailingDevice : public Device {
-  public:
-    explicit FailingDevice(int good) : m_good(good) {}
-    bool canRead() const override { return true; }
-    bool canWrite() const override { return true; }
-    int seekCapability() const override { return 0; }
-    using Device::read;
-    using Device::write;
-    std::size_t read(char* buf, std::size_t n) override {
-        if (m_good-- <= 0)
-            return FAILED;
-        std::memset(buf, 1, n);
-        return n;
-    }
-    std::size_t write(const char*, std::size_t n) override { return m_good-- <= 0 ? FAILED : n; }
-
-  private:
-    int m_good;
-};
 
 TEST(BinaryWriter, UnsignedShortInBothOrders) {
     const auto write = [](BinaryWriter& out) { return out.writeUI16(0x0102); };
@@ -134,33 +90,6 @@ TEST(BinaryReader, IntegersInBothOrders) {
     EXPECT_EQ(big.readUI32(), 0x01020380U);
     EXPECT_EQ(big.readSI64(), 0x0102030405060780L);
     EXPECT_EQ(big.readUI64(), 0x0102030405060780UL);
-}
-
-TEST(BinaryReader, ReadsBackWhatTheWriterWrote) {
-    for (const Endianness order : {ENDIAN_LITTLE, ENDIAN_BIG}) {
-        std::stringstream stream;
-        BinaryWriter out(static_cast<std::iostream&>(stream), order);
-        BinaryReader in(static_cast<std::iostream&>(stream), order);
-        for (const long value : {0L, 1L, -1L, 0x1234L, std::numeric_limits<long>::min(),
-                                 std::numeric_limits<long>::max()}) {
-            out.writeSI8(static_cast<signed char>(value));
-            out.writeSI16(static_cast<short>(value));
-            out.writeUI16(static_cast<unsigned short>(value));
-            out.writeSI32(static_cast<int>(value));
-            out.writeUI32(static_cast<unsigned int>(value));
-            out.writeSI64(value);
-            out.writeUI64(static_cast<unsigned long>(value));
-            out.writeDouble(static_cast<double>(value));
-            EXPECT_EQ(in.readSI8(), static_cast<signed char>(value));
-            EXPECT_EQ(in.readSI16(), static_cast<short>(value));
-            EXPECT_EQ(in.readUI16(), static_cast<unsigned short>(value));
-            EXPECT_EQ(in.readSI32(), static_cast<int>(value));
-            EXPECT_EQ(in.readUI32(), static_cast<unsigned int>(value));
-            EXPECT_EQ(in.readSI64(), value);
-            EXPECT_EQ(in.readUI64(), static_cast<unsigned long>(value));
-            EXPECT_EQ(in.readDouble(), static_cast<double>(value));
-        }
-    }
 }
 
 TEST(BinaryReader, BytesThatAreMissingCountAsZero) {
@@ -272,205 +201,45 @@ TEST(BinaryStream, CopiesShareTheDevice) {
     EXPECT_EQ(&*in.handle(), &*copy.handle());
 }
 
+TEST(BinaryStream, ArraysAreOpenedForReadingAndWriting) {
+    std::array<char, 2> memory = {};
+    for (const auto& device : {BinaryReader(memory.data(), memory.size(), ENDIAN_BIG).handle(),
+                               BinaryWriter(memory.data(), memory.size(), ENDIAN_BIG).handle()}) {
+        EXPECT_TRUE(device->canRead());
+        EXPECT_TRUE(device->canWrite());
+    }
+}
+
 TEST(BinaryStream, FilesAreLittleEndian) {
-    const std::string path = testing::TempDir() + "moxtel_binary_test.bin";
+    const TempDir dir;
+    const std::string path = dir / "number";
     {
         BinaryWriter out = BinaryWriter::fromFile(path);
         EXPECT_EQ(out.endian(), ENDIAN_LITTLE);
         EXPECT_EQ(out.writeUI32(0x01020304U), 4U);
     }
-    std::stringstream bytes;
-    bytes << std::ifstream(path).rdbuf();
-    EXPECT_EQ(bytes.str(), "\4\3\2\1");
-    {
-        BinaryReader in = BinaryReader::fromFile(path, OPEN_READ);
+    EXPECT_EQ(fileContent(path), "\4\3\2\1");
+    for (const int flags : {0, static_cast<int>(OPEN_READ), static_cast<int>(OPEN_READ_WRITE)}) {
+        BinaryReader in = BinaryReader::fromFile(path, flags);
         EXPECT_EQ(in.endian(), ENDIAN_LITTLE);
         EXPECT_EQ(in.readUI32(), 0x01020304U);
-        BinaryReader withDefault = BinaryReader::fromFile(path, 0);
-        EXPECT_EQ(withDefault.readUI16(), 0x0304);
-        EXPECT_TRUE(withDefault.handle()->canRead());
-    }
-    std::remove(path.c_str());
-}
-
-TEST(WritePStr, EightBitLengthIsLimited) {
-    const std::string text(300, 'x');
-    std::ostringstream bytes;
-    BinaryWriter out(bytes, ENDIAN_BIG);
-    expectIOException([&] { out.writePStr8(text, 0, 300); }, "String too large to fit in a PStr8");
-    expectIOException([&] { out.writePStr8(text, 44, 1000); },
-                      "String too large to fit in a PStr8");
-    EXPECT_EQ(bytes.str(), "");
-    EXPECT_EQ(out.writePStr8(text, 45, 1000), 256U);
-    EXPECT_EQ(bytes.str(), "\xFF" + std::string(255, 'x'));
-}
-
-TEST(WritePStr, RangeIsCutToTheString) {
-    const std::string text(300, 'x');
-    const auto write = [&text](BinaryWriter& out) { return out.writePStr8(text, 100, 1000); };
-    EXPECT_EQ(written(ENDIAN_BIG, write), "\xC8" + std::string(200, 'x'));
-}
-
-TEST(WritePStr, PartOfAString) {
-    struct Row {
-        std::size_t start;
-        std::size_t len;
-        std::string body;
-    };
-    const std::size_t all = std::string::npos;
-    const Row rows[] = {
-        {0, 5,
-         "ab\0\xFF"
-         "e"s},
-        {0, all,
-         "ab\0\xFF"
-         "e"s},
-        {1, 2, "b\0"s},
-        {4, all, "e"},
-        {4, 1, "e"},
-        {5, 1, ""},
-        {6, all, ""},
-        {all, all, ""},
-        {0, 0, ""},
-    };
-    const std::string text =
-        "ab\0\xFF"
-        "e"s;
-    for (const Row& row : rows) {
-        SCOPED_TRACE(std::to_string(row.start) + " " + std::to_string(row.len));
-        const char size = static_cast<char>(row.body.size());
-        EXPECT_EQ(
-            written(ENDIAN_BIG,
-                    [&](BinaryWriter& out) { return out.writePStr8(text, row.start, row.len); }),
-            size + row.body);
-        EXPECT_EQ(
-            written(ENDIAN_BIG,
-                    [&](BinaryWriter& out) { return out.writePStr16(text, row.start, row.len); }),
-            "\0"s + size + row.body);
-        EXPECT_EQ(
-            written(ENDIAN_LITTLE,
-                    [&](BinaryWriter& out) { return out.writePStr32(text, row.start, row.len); }),
-            size + "\0\0\0"s + row.body);
-        EXPECT_EQ(
-            written(ENDIAN_LITTLE,
-                    [&](BinaryWriter& out) { return out.writePStr64(text, row.start, row.len); }),
-            size + "\0\0\0\0\0\0\0"s + row.body);
-        EXPECT_EQ(
-            written(ENDIAN_BIG,
-                    [&](BinaryWriter& out) { return out.writeNTS(text, row.start, row.len); }),
-            row.body + '\0');
+        EXPECT_TRUE(in.handle()->canRead());
     }
 }
 
-TEST(WritePStr, SixteenBitLengthIsLimited) {
-    const std::string text(65536, 'x');
-    std::ostringstream bytes;
-    BinaryWriter out(bytes, ENDIAN_BIG);
-    expectIOException([&] { out.writePStr16(text, 0, 65536); },
-                      "String too large to fit in a PStr16");
-    EXPECT_EQ(bytes.str(), "");
-    EXPECT_EQ(out.writePStr16(text, 1, 65536), 65537U);
-    EXPECT_EQ(bytes.str(), "\xFF\xFF" + std::string(65535, 'x'));
-}
-
-TEST(WritePStr, ThirtyTwoBitLengthTakesWhatSixteenCannot) {
-    const std::string text(65536, 'x');
-    const auto write = [&text](BinaryWriter& out) { return out.writePStr32(text, 0, 65536); };
-    EXPECT_EQ(written(ENDIAN_BIG, write), "\0\1\0\0"s + text);
-}
-
-TEST(WritePStr, SixtyFourBitLengthKeepsItsLowSixteenBits) {
-    const std::string text(70000, 'x');
-    const auto write = [&text](BinaryWriter& out) { return out.writePStr64(text, 0, 70000); };
-    EXPECT_EQ(written(ENDIAN_BIG, write), "\0\0\0\0\0\0\x11\x70"s + text);  // 4464
-    const auto most = [&text](BinaryWriter& out) { return out.writePStr64(text, 0, 65535); };
-    EXPECT_EQ(written(ENDIAN_LITTLE, most), "\xFF\xFF\0\0\0\0\0\0"s + text.substr(0, 65535));
-    const auto zero = [&text](BinaryWriter& out) { return out.writePStr64(text, 0, 65536); };
-    EXPECT_EQ(written(ENDIAN_LITTLE, zero), std::string(8, '\0') + text.substr(0, 65536));
-}
-
-TEST(WritePStr, FailedTransfersCountAsFailedInTheSum) {
-    EXPECT_EQ(BinaryWriter(new FailingDevice(0), ENDIAN_BIG).writePStr8("ab", 0, 2),
-              Device::FAILED + Device::FAILED);
-    EXPECT_EQ(BinaryWriter(new FailingDevice(1), ENDIAN_BIG).writePStr32("ab", 0, 2),
-              4 + Device::FAILED);
-    EXPECT_EQ(BinaryWriter(new FailingDevice(1), ENDIAN_BIG).writeNTS("ab", 0, 2),
-              2 + Device::FAILED);
-}
-
-TEST(ReadPStr, LengthsOfEveryWidthInBothOrders) {
-    const std::string text = "\xFFz\0"s;
-    BinaryReader big = readerOver(
-        "\3"s + text + "\0\3"s + text + "\0\0\0\3"s + text + "\0\0\0\0\0\0\0\3"s + text + "rest",
-        ENDIAN_BIG);
-    EXPECT_EQ(big.readPStr8(), text);
-    EXPECT_EQ(big.readPStr16(), text);
-    EXPECT_EQ(big.readPStr32(), text);
-    EXPECT_EQ(big.readPStr64(), text);
-    EXPECT_EQ(big.readSI8(), 'r');
-    BinaryReader little = readerOver(
-        "\3"s + text + "\3\0"s + text + "\3\0\0\0"s + text + "\3\0\0\0\0\0\0\0"s + text + "rest",
-        ENDIAN_LITTLE);
-    EXPECT_EQ(little.readPStr8(), text);
-    EXPECT_EQ(little.readPStr16(), text);
-    EXPECT_EQ(little.readPStr32(), text);
-    EXPECT_EQ(little.readPStr64(), text);
-    EXPECT_EQ(little.readSI8(), 'r');
-}
-
-TEST(ReadPStr, LengthIsUnsigned) {
-    const std::string body(200, 'y');
-    BinaryReader in =
-        readerOver("\xC8" + body + "\x88\xFF" + std::string(65416, 'z'), ENDIAN_LITTLE);
-    EXPECT_EQ(in.readPStr8(), body);
-    EXPECT_EQ(in.readPStr16(), std::string(65416, 'z'));
-}
-
-TEST(ReadPStr, ShortDataGivesAShorterString) {
-    EXPECT_EQ(readerOver("\5ab", ENDIAN_BIG).readPStr8(), "ab");
-    EXPECT_EQ(readerOver("\5", ENDIAN_BIG).readPStr8(), "");
-    EXPECT_EQ(readerOver("", ENDIAN_BIG).readPStr64(), "");
-    EXPECT_EQ(readerOver("\0ab"s, ENDIAN_BIG).readPStr8(), "");
-}
-
-TEST(ReadPStr, FailedReadThrows) {
-    const auto failing = [] { return BinaryReader(new FailingDevice(1), ENDIAN_BIG); };
-    expectIOException([&] { failing().readPStr8(); }, "Can't read PStr8");
-    expectIOException([&] { failing().readPStr16(); }, "Can't read PStr16");
-    expectIOException([&] { BinaryReader(new FailingDevice(0), ENDIAN_BIG).readPStr32(); },
-                      "Can't read PStr32");
-    expectIOException([&] { BinaryReader(new FailingDevice(0), ENDIAN_BIG).readPStr64(); },
-                      "Can't read PStr64");
-}
-
-TEST(ReadPStr, StandardStreamThatEndsEarlyIsAFailedRead) {
-    std::istringstream bytes("\5ab");
-    BinaryReader in(bytes, ENDIAN_BIG);
-    expectIOException([&] { in.readPStr8(); }, "Can't read PStr8");
-}
-
-TEST(ReadNTS, EndsAtItsTerminatorAndLeavesTheRest) {
-    BinaryReader in = readerOver("ab\0c"s, ENDIAN_LITTLE);
-    EXPECT_EQ(in.readNTS(), "ab");
-    EXPECT_EQ(in.readSI8(), 'c');
-}
-
-TEST(ReadNTS, EndsWithTheData) {
-    BinaryReader in = readerOver("ab", ENDIAN_LITTLE);
-    EXPECT_EQ(in.readNTS(), "ab");
-    EXPECT_EQ(in.readNTS(), "");
-}
-
-TEST(ReadNTS, AllBitsSetCountAsTheEnd) {
-    BinaryReader in = readerOver("a\xFE\x80\xFF"s + "b\0"s, ENDIAN_LITTLE);
-    EXPECT_EQ(in.readNTS(), "a\xFE\x80");
-    EXPECT_EQ(in.readNTS(), "b");
-}
-
-TEST(WriteNTS, TextThenNul) {
-    EXPECT_EQ(written(ENDIAN_BIG, [](BinaryWriter& out) { return out.writeNTS("abcd", 1, 2); }),
-              "bc\0"s);
-    EXPECT_EQ(written(ENDIAN_BIG, [](BinaryWriter& out) { return out.writeNTS("", 0, 0); }), "\0"s);
+TEST(BinaryStream, FilesAreOpenedAsTheFlagsSay) {
+    const TempDir dir;
+    const std::string path = dir.write("bytes", "ab");
+    for (const int flags : {static_cast<int>(OPEN_READ), static_cast<int>(OPEN_READ_WRITE)}) {
+        BinaryWriter out = BinaryWriter::fromFile(path, flags);
+        EXPECT_EQ(out.writeUI8('x'), 0U);
+        EXPECT_TRUE(out.handle()->canRead());
+    }
+    EXPECT_EQ(fileContent(path), "ab");
+    BinaryReader in = BinaryReader::fromFile(path, OPEN_WRITE);
+    EXPECT_EQ(in.readUI8(), 0U);
+    EXPECT_FALSE(in.handle()->canRead());
+    EXPECT_EQ(fileContent(path), "");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <moxtel/exception.hpp>
 
+#include <cstdarg>
 #include <exception>
 #include <memory>
 #include <string>
@@ -92,6 +93,20 @@ TEST(Exceptf, IOExceptionOfABadRowIsCaughtByItsBases) {
     EXPECT_THROW(throw exceptf<IOException>("Bad row %u", 7U), IOException);
     EXPECT_THROW(throw exceptf<IOException>("Bad row %u", 7U), Exception);
     EXPECT_THROW(throw exceptf<IOException>("Bad row %u", 7U), std::exception);
+}
+
+/// As a function with a format of its own would build its exception.
+IOException inFile(const char* fmt, ...) {
+    std::va_list args;
+    va_start(args, fmt);
+    IOException exception = vexceptf<IOException>(fmt, args);
+    va_end(args);
+    return exception;
+}
+
+TEST(Vexceptf, TakesTheArgumentsOfItsCaller) {
+    EXPECT_EQ(inFile("Bad row %u in %s", 7U, "table").why(), "Bad row 7 in table");
+    EXPECT_EQ(inFile("100%% wrong").why(), "100% wrong");
 }
 
 TEST(Exceptf, FormatWithoutArgumentsIsTheMessage) {

@@ -9,6 +9,8 @@
 #include <streambuf>
 #include <utility>
 
+#include "support/temp_dir.hpp"
+
 namespace moxtel::io {
 
 namespace {
@@ -75,14 +77,10 @@ class ChunkedStream : public std::iostream {
     ChunkedBuf m_buffer;
 };
 
-/// A file of the running test; tests may run side by side.
+/// A file of these bytes, in a directory that goes with the program. The next call writes over it.
 std::string fileOf(const std::string& bytes) {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = test->test_suite_name() + std::string("_") + test->name();
-    std::replace(name.begin(), name.end(), '/', '_');
-    const std::string path = ::testing::TempDir() + name;
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path;
+    static const support::TempDir DIR;
+    return DIR.write("input", bytes);
 }
 
 using MakeStream = std::function<std::unique_ptr<std::iostream>(const std::string&)>;

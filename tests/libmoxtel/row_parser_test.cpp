@@ -1,6 +1,5 @@
 #include <moxtel/row_parser.hpp>
 
-#include <fstream>
 #include <memory>
 #include <new>
 #include <random>
@@ -13,6 +12,8 @@
 
 #include <moxtel/exception.hpp>
 #include <moxtel/memory.hpp>
+
+#include "support/temp_dir.hpp"
 
 namespace {
 
@@ -57,12 +58,6 @@ DelimitedRowParser parserOf(const std::string& text, char delim = ',') {
 Table tableOf(const std::string& text) {
     DelimitedRowParser parser = parserOf(text);
     return tableOf(parser);
-}
-
-/// A file of the running test; tests may run side by side.
-std::string pathOf(const std::string& name) {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    return ::testing::TempDir() + "row_parser_" + test->name() + "_" + name;
 }
 
 /// The format and the protocol once more, over a text with an index.
@@ -380,8 +375,8 @@ TEST(RowParserOpen, APreviousDeviceIsLetGo) {
 }
 
 TEST(RowParserOpen, AFileIsAlwaysOpenedForReading) {
-    const std::string path = pathOf("table");
-    std::ofstream(path) << "a,b\nc\n";
+    const support::TempDir dir;
+    const std::string path = dir.write("table", "a,b\nc\n");
     DelimitedRowParser parser = parserOf("x");
     for (const int flags : {0, 1, 2, 3}) {
         parser.open(path, flags);
@@ -390,8 +385,9 @@ TEST(RowParserOpen, AFileIsAlwaysOpenedForReading) {
 }
 
 TEST(RowParserOpen, AMissingFileIsEmpty) {
+    const support::TempDir dir;
     DelimitedRowParser parser = parserOf("x");
-    parser.open(pathOf("missing"), OPEN_READ);
+    parser.open(dir / "missing", OPEN_READ);
     EXPECT_FALSE(parser.hasRow());
 }
 

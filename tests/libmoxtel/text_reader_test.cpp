@@ -1,7 +1,6 @@
 #include <moxtel/text.hpp>
 
 #include <cstddef>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -12,6 +11,8 @@
 
 #include <moxtel/memory.hpp>
 
+#include "support/temp_dir.hpp"
+
 namespace moxtel::io {
 namespace {
 
@@ -21,12 +22,6 @@ constexpr int ALL = TextStream::NL_DEFAULT;
 
 TextReader readerOf(const std::string& text, int acceptNewlines = ALL) {
     return TextReader(Device::wrapString(text, 0, text.size()), acceptNewlines);
-}
-
-/// A file of the running test; tests may run side by side.
-std::string pathOf(const std::string& name) {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    return ::testing::TempDir() + "text_reader_" + test->name() + "_" + name;
 }
 
 std::vector<int> charactersOf(TextReader& reader) {
@@ -55,16 +50,6 @@ class WatchedDevice : public Device {
 
   private:
     bool* m_gone;
-};
-
-/// A device that sends streams to another one.
-class Signpost : public WatchedDevice {
-  public:
-    Signpost(bool& gone, Device* target) : WatchedDevice(gone), m_target(target) {}
-    Device* makeProxy() override { return m_target; }
-
-  private:
-    Device* m_target;
 };
 
 // The reading of line ends, held against a table of them.
@@ -430,20 +415,6 @@ TEST(TextReaderDevice, ProtectedByItsOwnerStays) {
     mem::free(&device);
 }
 
-TEST(TextReaderDevice, GivenByReferenceIsAskedForItsProxy) {
-    bool gone[2] = {};
-    auto* target = new WatchedDevice(gone[0]);
-    Signpost signpost(gone[1], target);
-    {
-        TextReader reader(signpost, ALL);
-        EXPECT_EQ(reader.read(), 'a');
-        EXPECT_EQ(target->asked, 1);
-        EXPECT_EQ(signpost.asked, 0);
-    }
-    EXPECT_TRUE(gone[0]);
-    EXPECT_FALSE(gone[1]);
-}
-
 TEST(TextReaderDevice, ReadsFromStreamsThatStayTheCallers) {
     std::istringstream in("ab");
     std::stringstream inOut("cd");
@@ -460,8 +431,8 @@ TEST(TextReaderDevice, ReadsFromStreamsThatStayTheCallers) {
 }
 
 TEST(TextReaderDevice, FromFileReadsWithAllLineEnds) {
-    const std::string path = pathOf("lines");
-    std::ofstream(path, std::ios::binary) << "a\r\nb\rc";
+    const support::TempDir dir;
+    const std::string path = dir.write("lines", "a\r\nb\rc");
     for (const int flags : {0, static_cast<int>(OPEN_READ), static_cast<int>(OPEN_READ_WRITE)}) {
         TextReader reader = TextReader::fromFile(path, flags);
         EXPECT_THAT(charactersOf(reader), ElementsAre('a', '\n', 'b', '\n', 'c')) << flags;
@@ -471,7 +442,8 @@ TEST(TextReaderDevice, FromFileReadsWithAllLineEnds) {
 }
 
 TEST(TextReaderDevice, FromAMissingFileReadsNothing) {
-    TextReader reader = TextReader::fromFile(pathOf("missing"));
+    const support::TempDir dir;
+    TextReader reader = TextReader::fromFile(dir / "missing");
     EXPECT_EQ(reader.peek(), -1);
     EXPECT_EQ(reader.readLine(), "");
 }

@@ -6,7 +6,6 @@
 #include <fstream>
 #include <functional>
 #include <ios>
-#include <iterator>
 #include <memory>
 #include <ostream>
 #include <random>
@@ -17,6 +16,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "support/temp_dir.hpp"
 
 namespace moxtel::io {
 namespace {
@@ -111,10 +112,9 @@ struct Sink {
     std::function<std::string()> arrived;
 };
 
-/// `place` tells apart the two sinks of a test.
 struct SinkKind {
     std::string name;
-    std::function<Sink(const std::string& place)> open;
+    std::function<Sink()> open;
 };
 
 void PrintTo(const SinkKind& kind, std::ostream* out) {
@@ -122,35 +122,24 @@ void PrintTo(const SinkKind& kind, std::ostream* out) {
 }
 
 SinkKind strings(const std::string& name, std::ios::openmode mode) {
-    return {name, [mode](const std::string&) {
+    return {name, [mode] {
                 auto stream = std::make_unique<std::stringstream>("0123456789", mode);
                 const auto* peer = stream.get();
                 return Sink{std::move(stream), [peer] { return peer->str(); }};
             }};
 }
 
-/// A file of the running test; tests may run side by side.
-std::string pathOf(const std::string& place) {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = test->test_suite_name() + std::string("_") + test->name() + place;
-    for (char& c : name)
-        c = c == '/' ? '_' : c;
-    return ::testing::TempDir() + name;
-}
-
 SinkKind files(const std::string& name, std::ios::openmode mode) {
-    return {name, [mode](const std::string& place) {
-                const std::string path = pathOf(place);
-                std::ofstream(path) << "0123456789";
-                return Sink{std::make_unique<std::fstream>(path, mode), [path] {
-                                std::ifstream in(path, std::ios::binary);
-                                return std::string(std::istreambuf_iterator<char>(in), {});
-                            }};
+    return {name, [mode] {
+                const auto dir = std::make_shared<support::TempDir>();
+                const std::string path = dir->write("sink", "0123456789");
+                return Sink{std::make_unique<std::fstream>(path, mode),
+                            [dir, path] { return support::fileContent(path); }};
             }};
 }
 
 SinkKind small(const std::string& name, std::size_t capacity, int step) {
-    return {name, [capacity, step](const std::string&) {
+    return {name, [capacity, step] {
                 auto stream = std::make_unique<SmallStream>(capacity, step);
                 const auto* peer = stream.get();
                 return Sink{std::move(stream), [peer] { return peer->text(); }};
@@ -257,8 +246,8 @@ class TextWriterBesidePlain : public ::testing::TestWithParam<SinkKind> {};
 TEST_P(TextWriterBesidePlain, WritesTheSame) {
     for (unsigned seed = 0; seed < 200; ++seed) {
         Draws draws(seed);
-        Sink sink = GetParam().open("");
-        Sink plainSink = GetParam().open("plain");
+        Sink sink = GetParam().open();
+        Sink plainSink = GetParam().open();
         std::ostream& stream = *sink.stream;
         std::ostream& plainStream = *plainSink.stream;
         TextWriter writer = draws.oneIn(2)
@@ -285,17 +274,16 @@ TEST_P(TextWriterBesidePlain, WritesTheSame) {
 
 /// A stream that is tied to another flushes that before each of its bytes.
 TEST_P(TextWriterBesidePlain, FlushesTheTiedStreamBefore) {
-    Sink sink = GetParam().open("");
-    const std::string path = pathOf("tied");
+    Sink sink = GetParam().open();
+    const support::TempDir dir;
+    const std::string path = dir / "tied";
     std::ofstream tied(path);
     sink.stream->tie(&tied);
     TextWriter writer(Device::wrap(*sink.stream));
     tied << "before";
     const bool good = sink.stream->good();
     writer.write('a');
-    std::ifstream in(path);
-    const std::string arrived((std::istreambuf_iterator<char>(in)), {});
-    EXPECT_EQ(arrived, good ? "before" : "");
+    EXPECT_EQ(support::fileContent(path), good ? "before" : "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Sinks, TextWriterBesidePlain, ::testing::ValuesIn(sinkKinds()),

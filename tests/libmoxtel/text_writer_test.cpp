@@ -1,7 +1,5 @@
 #include <moxtel/text.hpp>
 
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -9,19 +7,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/temp_dir.hpp"
+
 namespace moxtel::io {
 namespace {
-
-/// A file of the running test; tests may run side by side.
-std::string pathOf(const std::string& name) {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    return ::testing::TempDir() + "text_writer_" + test->name() + "_" + name;
-}
-
-std::string contentOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 /// A writer over a string stream.
 struct Sheet {
@@ -208,28 +197,28 @@ TEST(TextWriter, TakesOverADeviceGivenByReference) {
 }
 
 TEST(TextWriter, FromFileWritesWhatIsThereAfterItsEnd) {
+    const support::TempDir dir;
     for (const int flags : {0, static_cast<int>(OPEN_WRITE)}) {
-        const std::string path = pathOf("lines");
-        std::ofstream(path) << "what was there before";
+        const std::string path = dir.write("lines", "what was there before");
         {
             TextWriter writer = TextWriter::fromFile(path, flags);
             EXPECT_EQ(writer.writeLine("ab"), 3U);
         }
-        EXPECT_EQ(contentOf(path), "ab\n") << flags;
+        EXPECT_EQ(support::fileContent(path), "ab\n") << flags;
     }
 }
 
 TEST(TextWriter, AFileThatCannotBeWrittenTakesNothing) {
-    TextWriter unopened = TextWriter::fromFile(pathOf("no_directory/file"));
+    const support::TempDir dir;
+    TextWriter unopened = TextWriter::fromFile(dir / "no_directory/file");
     EXPECT_EQ(unopened.writeLine("ab"), 0U);
-    const std::string path = pathOf("for_reading");
-    std::ofstream(path) << "abc";
+    const std::string path = dir.write("for_reading", "abc");
     {
         TextWriter readOnly = TextWriter::fromFile(path, OPEN_READ_WRITE);
         EXPECT_EQ(readOnly.writeLine("xyz"), 0U);
         EXPECT_EQ(readOnly.col(), 3U);
     }
-    EXPECT_EQ(contentOf(path), "abc");
+    EXPECT_EQ(support::fileContent(path), "abc");
 }
 
 }  // namespace

@@ -11,17 +11,17 @@
 #include "error_output.hpp"
 #include "flush_log.hpp"
 #include "items.hpp"
-#include "temp_dir.hpp"
+#include "support/temp_dir.hpp"
 
 namespace {
 
 using quarvis::rule::ItemSet;
 using quarvis::rule::ItemSetHistogram;
 using quarvis::test::ErrorOutput;
-using quarvis::test::fileContent;
 using quarvis::test::FlushLog;
 using quarvis::test::setOf;
-using quarvis::test::TempDir;
+using support::fileContent;
+using support::TempDir;
 using testing::ElementsAre;
 
 std::string written(const ItemSetHistogram& histogram) {

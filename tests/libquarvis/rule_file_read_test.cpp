@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstddef>
 #include <filesystem>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -13,7 +12,8 @@
 #include "io_error.hpp"
 #include "items.hpp"
 #include "rule_files.hpp"
-#include "temp_dir.hpp"
+#include "support/open_files.hpp"
+#include "support/temp_dir.hpp"
 
 namespace {
 
@@ -26,8 +26,9 @@ using quarvis::test::ioErrorOf;
 using quarvis::test::readRules;
 using quarvis::test::RULES_HEADER;
 using quarvis::test::setOf;
-using quarvis::test::TempDir;
 using quarvis::test::written;
+using support::openFiles;
+using support::TempDir;
 
 const std::string STATS = "\t1\t2\t3\t4\t5\t6\t7\t8";
 
@@ -250,10 +251,6 @@ TEST(RuleFileReadingPath, AFileThatCannotBeReadEmptiesTheSet) {
 TEST(RuleFileReadingPath, AnErrorClosesTheFile) {
     const TempDir dir;
     const std::string path = dir.write("rules", "header\nab => cd" + STATS + "\nef\n");
-    const auto openFiles = [] {
-        const std::filesystem::directory_iterator files("/proc/self/fd");
-        return std::distance(begin(files), end(files));
-    };
     const auto before = openFiles();
     RuleSet rules;
     EXPECT_EQ(ioErrorOf([&] { rules.readInto(path, '\t'); }),

@@ -10,7 +10,7 @@
 #include "io_error.hpp"
 #include "items.hpp"
 #include "rule_files.hpp"
-#include "temp_dir.hpp"
+#include "support/temp_dir.hpp"
 
 /// Which rules a rules file gives back.
 namespace {
@@ -20,15 +20,15 @@ using quarvis::rule::ItemSet;
 using quarvis::rule::Rule;
 using quarvis::rule::RuleSet;
 using quarvis::test::ErrorOutput;
-using quarvis::test::fileContent;
 using quarvis::test::INF;
 using quarvis::test::ioErrorOf;
 using quarvis::test::itemsOf;
 using quarvis::test::NOT_A_NUMBER;
 using quarvis::test::readRules;
 using quarvis::test::setOf;
-using quarvis::test::TempDir;
 using quarvis::test::written;
+using support::fileContent;
+using support::TempDir;
 
 using Items = std::vector<Item>;
 

@@ -15,7 +15,7 @@
 #include "flush_log.hpp"
 #include "items.hpp"
 #include "rule_files.hpp"
-#include "temp_dir.hpp"
+#include "support/temp_dir.hpp"
 
 namespace {
 
@@ -24,14 +24,14 @@ using quarvis::rule::ItemSet;
 using quarvis::rule::Rule;
 using quarvis::rule::RuleSet;
 using quarvis::test::ErrorOutput;
-using quarvis::test::fileContent;
 using quarvis::test::FlushLog;
 using quarvis::test::INF;
 using quarvis::test::NOT_A_NUMBER;
 using quarvis::test::RULES_HEADER;
 using quarvis::test::setOf;
-using quarvis::test::TempDir;
 using quarvis::test::written;
+using support::fileContent;
+using support::TempDir;
 using testing::ElementsAre;
 
 RuleSet breakfast() {

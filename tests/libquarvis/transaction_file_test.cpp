@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "temp_dir.hpp"
+#include "support/temp_dir.hpp"
 #include "transactions.hpp"
 
 namespace {
@@ -22,8 +22,8 @@ using quarvis::rule::History;
 using quarvis::rule::TransactionSet;
 using quarvis::test::Histories;
 using quarvis::test::historiesOf;
-using quarvis::test::TempDir;
 using quarvis::test::transactionsIn;
+using support::TempDir;
 
 const Histories NOTHING;
 

@@ -11,15 +11,15 @@
 #include <gtest/gtest.h>
 
 #include "libquarvis/error_output.hpp"
-#include "libquarvis/temp_dir.hpp"
+#include "support/temp_dir.hpp"
 
 namespace {
 
 using quarvis::rule::MiningResult;
 using quarvis::rule::TransactionSet;
 using quarvis::test::ErrorOutput;
-using quarvis::test::fileContent;
-using quarvis::test::TempDir;
+using support::fileContent;
+using support::TempDir;
 
 /// Lets a standard stream use another buffer as long as this lives; its state is kept.
 class Redirected {

@@ -8,14 +8,15 @@
 #include <string>
 #include <system_error>
 
-namespace quarvis::test {
+namespace support {
 
-/// An empty directory that goes with the object.
+/// An empty directory of its own that goes with the object, so that tests may run side by side and
+/// leave nothing behind.
 class TempDir {
   public:
     TempDir() {
         std::string name =
-            (std::filesystem::temp_directory_path() / "libquarvis-tests-XXXXXX").string();
+            (std::filesystem::temp_directory_path() / "quarvis-tests-XXXXXX").string();
         if (mkdtemp(name.data()) == nullptr)
             throw std::filesystem::filesystem_error("mkdtemp", name,
                                                     std::make_error_code(std::errc::io_error));
@@ -49,4 +50,4 @@ inline std::string fileContent(const std::string& path) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-}  // namespace quarvis::test
+}  // namespace support

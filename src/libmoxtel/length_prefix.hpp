@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+
+#include <moxtel/exception.hpp>
+
+namespace moxtel::io {
+
+/// `len` as a `Prefix`; throws `IOException` with `tooLarge` when it does not fit.
+template <class Prefix>
+Prefix lengthPrefix(std::size_t len, const char* tooLarge) {
+    if (len > std::numeric_limits<Prefix>::max())
+        throw IOException(tooLarge);
+    return static_cast<Prefix>(len);
+}
+
+/// What is written before a string of `len` bytes that has its length in so many bits. All but the
+/// last throw `IOException` when the length does not fit.
+inline unsigned char lengthPrefix8(std::size_t len) {
+    return lengthPrefix<unsigned char>(len, "String too large to fit in a PStr8");
+}
+
+inline unsigned short lengthPrefix16(std::size_t len) {
+    return lengthPrefix<unsigned short>(len, "String too large to fit in a PStr16");
+}
+
+/// The message names the 16-bit form for this one too.
+inline unsigned int lengthPrefix32(std::size_t len) {
+    return lengthPrefix<unsigned int>(len, "String too large to fit in a PStr16");
+}
+
+/// Of a longer length the low 16 bits.
+inline unsigned long lengthPrefix64(std::size_t len) {
+    return static_cast<unsigned short>(len);
+}
+
+}  // namespace moxtel::io
