@@ -13,9 +13,9 @@ using quarvis::rule::RuleSet;
 int main() {
     std::istringstream file(
         "Rule\tCount\tA union S\tSupport\tConfidence\tLift\tConviction\tProbability\tCertainty\n"
-        "bread => milk\t6\t6\t0.6\t0.75\t1.25\t1.6\t0.6\t0.375\n"
-        "{bread,milk} => butter\t3\t3\t0.3\t0.5\t1\t1\t0.3\t0\n"
-        "butter => bread\t2\t3\t0.2\t0.6\t0.75\t0.5\t0.3\t-1\n");
+        "bread => milk\t6\t6\t0.6\t0.75\t1.25\t1.6\t1\tinf\n"
+        "{bread,milk} => butter\t3\t3\t0.3\t0.5\t1\t1\t0.6\t1.5\n"
+        "butter => bread\t2\t3\t0.2\t0.6\t0.75\t0.5\t0.375\t0.6\n");
     RuleSet rules;
     try {
         rules.readInto(file, '\t');
@@ -31,5 +31,6 @@ int main() {
 
     for (const auto& [rule, stats] : rules)
         std::cout << rule << " (" << stats.confidence << ")\n";
-    rules.write("rules.tsv");
+    // The number of rules goes to std::cerr as well.
+    rules.write(std::cout);
 }

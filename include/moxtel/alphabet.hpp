@@ -8,7 +8,8 @@
 namespace moxtel::string {
 
 /// A class of characters: a set of byte values that does not change, ordered as `signed char`.
-/// Copies share the characters. A query costs a binary search.
+/// Copies share the characters. A query costs a binary search, and making a class costs sorting its
+/// characters, unless they are prepared.
 class Alphabet {
   public:
     /// Blank, tab, carriage return and line feed. Made before `main` begins; not to be used by the
@@ -36,6 +37,7 @@ class Alphabet {
     /// `npos`. Neither is the place of that character, and `i` is ignored.
     std::size_t nextMismatch(const std::string& str, std::size_t i) const;
 
+    /// Whether no character belongs to the class.
     bool empty() const noexcept { return m_cc.size() == 0; }
 
     /// The `i`-th character in ascending order; `i` is not checked.

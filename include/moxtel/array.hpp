@@ -16,6 +16,9 @@ namespace moxtel::mem {
 /// handle share the elements (`clone` copies them); the last owner destroys the elements in
 /// ascending order and gives the buffer back. No operation checks an index unless it says so;
 /// offsets and counts of the copying operations are cut to what lies in bounds.
+///
+/// Making, copying and releasing a handle looks it up in the registry of managed memory; reaching
+/// an element does not.
 template <class T>
 class Array {
   public:
@@ -30,9 +33,12 @@ class Array {
         : m_buf(s_allocate(n, allocator, policy)) {
         m_construct([](T* place, std::size_t) { new (place) T(); });
     }
+
+    /// Shares the elements of `other`.
     Array(const Array& other) : m_buf(other.m_buf) { mem::acquire(m_buf); }
     ~Array() { s_releaseArray(m_buf); }
 
+    /// Shares the elements of `other`, and gives up the share of those held before.
     Array& operator=(const Array& other) {
         if (m_buf != other.m_buf) {
             Array taken(other);
@@ -41,45 +47,66 @@ class Array {
         return *this;
     }
 
+    /// The number of elements, kept beside them.
     std::size_t size() const { return m_buf == nullptr ? 0 : m_buf->len; }
+
+    /// @{
+    /// The element at index `i`, the same one for all handles on the buffer.
     T& operator[](std::size_t i) { return m_data()[i]; }
     const T& operator[](std::size_t i) const { return m_data()[i]; }
+    /// @}
 
+    /// @{
     /// The first element's address; null without a buffer.
     T* pointer() { return m_data(); }
     const T* pointer() const { return m_data(); }
     T* begin() { return m_data(); }
     const T* begin() const { return m_data(); }
+    /// @}
+
+    /// @{
+    /// The address after the last element; null without a buffer.
     T* end() { return m_data() + size(); }
     const T* end() const { return m_data() + size(); }
+    /// @}
 
     /// Elements from index `i` to the end; 0 past it.
     std::size_t elementsLeft(std::size_t i) const { return i < size() ? size() - i : 0; }
 
-    /// Exchanges the buffers of two handles, or two elements.
+    /// @{
+    /// Exchanges the buffers of two handles, without a lookup, or two elements.
     void swap(Array& other) noexcept { std::swap(m_buf, other.m_buf); }
     void swap(std::size_t i, std::size_t j) { std::swap((*this)[i], (*this)[j]); }
+    /// @}
 
+    /// @{
+    /// Changes every element in its place, for all handles on the buffer.
     void fill(const T& value) { std::fill(begin(), end(), value); }
     void reverseThis() { std::reverse(begin(), end()); }
+    /// @}
 
-    /// A buffer of its own with copies of the elements, or of `count` of them from `start`. It has
-    /// this one's allocator and policy.
+    /// @{
+    /// A buffer of its own with copies of the elements, or of `count` of them from `start`, in
+    /// linear time. It has this one's allocator and policy, and is made as by the constructor.
     Array clone() const { return subarray(0, size()); }
     Array subarray(std::size_t start, std::size_t count) const {
         return m_copy(start, makeInBounds(start, count, size()), 0);
     }
+    /// @}
 
-    /// Gives this handle a new buffer; other handles keep the old one. `resize` keeps the first
-    /// elements and value-initialises those that are new.
+    /// @{
+    /// Gives this handle a new buffer, to which it copies the elements that it keeps; other handles
+    /// keep the old one. `resize` keeps the first elements and value-initialises those that are
+    /// new. What throws leaves the handle as it was.
     void subarrayThis(std::size_t start, std::size_t count) { *this = subarray(start, count); }
     void resize(std::size_t n) {
         const std::size_t kept = std::min(n, size());
         *this = m_copy(0, kept, n - kept);
     }
+    /// @}
 
     /// Gives this handle a new buffer without the elements that equal `hole`, the others in order.
-    /// The number of elements taken out.
+    /// The number of elements taken out. All elements are copied, and those that stay once more.
     std::size_t compact(const T& hole) {
         Array kept = clone();
         const auto last = std::remove(kept.begin(), kept.end(), hole);
@@ -89,8 +116,9 @@ class Array {
         return removed;
     }
 
-    /// Copies elements in, from `at` on (from the first, when not given); the number copied. The
-    /// source may be this buffer.
+    /// @{
+    /// Assigns copies of elements to those here, from `at` on (from the first, when not given); the
+    /// number copied, to which the time is linear. The source may be this buffer.
     std::size_t copyFrom(const T* source, std::size_t count) { return copyFrom(source, count, 0); }
     std::size_t copyFrom(const T* source, std::size_t count, std::size_t at) {
         count = makeInBounds(at, count, size());
@@ -102,8 +130,10 @@ class Array {
         count = makeInBounds(start, count, source.size());
         return count == 0 ? 0 : copyFrom(source.pointer() + start, count, at);
     }
+    /// @}
 
-    /// Copies elements out, from `start` on (from the first, when not given); the number copied.
+    /// @{
+    /// The same outwards: assigns copies of the elements from `start` on.
     std::size_t copyTo(T* target, std::size_t count) const { return copyTo(target, 0, count); }
     std::size_t copyTo(T* target, std::size_t start, std::size_t count) const {
         count = makeInBounds(start, count, size());
@@ -113,6 +143,7 @@ class Array {
     std::size_t copyTo(Array& target, std::size_t start, std::size_t count, std::size_t at) const {
         return target.copyFrom(*this, start, count, at);
     }
+    /// @}
 
   private:
     struct Buffer {

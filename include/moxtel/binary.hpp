@@ -21,8 +21,12 @@ namespace moxtel::io {
 /// stream takes it over.
 class BinaryStream {
   public:
+    /// Over `device`, which is shared as told above.
     BinaryStream(Device* device, Endianness endian);
+
+    /// Over the proxy of `device`.
     BinaryStream(Device& device, Endianness endian);
+
     BinaryStream(const BinaryStream&) = default;
     BinaryStream& operator=(const BinaryStream&) = default;
     virtual ~BinaryStream() = default;
@@ -30,26 +34,31 @@ class BinaryStream {
     /// A share of the device.
     mem::Pointer<Device> handle() const { return m_device; }
 
+    /// @{
     /// The byte order of integers, for what is read or written from here on. With another than the
     /// two of `Endianness`, reading or writing an integer of more than one byte throws
     /// `UnsupportedOperationException`.
     Endianness endian() const { return m_endian; }
     void endian(Endianness endian) { m_endian = endian; }
+    /// @}
 
   protected:
-    mem::Pointer<Device> m_device;
-    Endianness m_endian;
+    mem::Pointer<Device> m_device;  ///< Never null.
+    Endianness m_endian;            ///< See `endian()`.
 };
 
 /// Reads numbers and strings. A number of which the device has not all the bytes is no error: the
-/// bytes that are missing count as 0.
+/// bytes that are missing count as 0. Nothing is buffered here: a value costs a read of the device,
+/// a string behind its length two, and one that ends with a NUL one for each byte.
 class BinaryReader : public BinaryStream {
   public:
     using BinaryStream::BinaryStream;
 
+    /// @{
     /// Over a stream that must outlive the reader and its copies.
     BinaryReader(std::istream& in, Endianness endian);
     BinaryReader(std::iostream& inOut, Endianness endian);
+    /// @}
 
     /// Over `len` bytes at `buf`, which stay the caller's.
     BinaryReader(void* buf, std::size_t len, Endianness endian);
@@ -61,6 +70,8 @@ class BinaryReader : public BinaryStream {
     /// The block read of the device: the number of bytes read, or `Device::FAILED`.
     std::size_t read(char* buf, std::size_t len);
 
+    /// @{
+    /// An integer of so many bits, signed or unsigned, in the byte order `endian()`.
     signed char readSI8();
     unsigned char readUI8();
     short readSI16();
@@ -69,11 +80,15 @@ class BinaryReader : public BinaryStream {
     unsigned int readUI32();
     long readSI64();
     unsigned long readUI64();
+    /// @}
 
+    /// @{
     /// The bytes in the order of this machine, whatever `endian()` is.
     float readFloat();
     double readDouble();
+    /// @}
 
+    /// @{
     /// A string behind its length, an unsigned integer of so many bits. Shorter than that where the
     /// data ends early, as far as the device counts it. Throws `IOException` when the device's read
     /// fails, and `std::bad_alloc` when there is no memory for the length that was read.
@@ -81,6 +96,7 @@ class BinaryReader : public BinaryStream {
     std::string readPStr16();
     std::string readPStr32();
     std::string readPStr64();
+    /// @}
 
     /// The bytes up to a NUL, which is consumed, or up to the end of the data. A byte 0xFF counts
     /// as that end.
@@ -95,9 +111,11 @@ class BinaryWriter : public BinaryStream {
   public:
     using BinaryStream::BinaryStream;
 
+    /// @{
     /// Over a stream that must outlive the writer and its copies.
     BinaryWriter(std::ostream& out, Endianness endian);
     BinaryWriter(std::iostream& inOut, Endianness endian);
+    /// @}
 
     /// Over `len` bytes at `buf`, which stay the caller's; nothing is written past them.
     BinaryWriter(void* buf, std::size_t len, Endianness endian);
@@ -106,8 +124,11 @@ class BinaryWriter : public BinaryStream {
     /// `OPEN_WRITE`.
     static BinaryWriter fromFile(const std::string& path, int openFlags = 0);
 
+    /// The block write of the device.
     std::size_t write(const char* buf, std::size_t len);
 
+    /// @{
+    /// An integer of so many bits, signed or unsigned, in the byte order `endian()`.
     std::size_t writeSI8(signed char value);
     std::size_t writeUI8(unsigned char value);
     std::size_t writeSI16(short value);
@@ -116,11 +137,15 @@ class BinaryWriter : public BinaryStream {
     std::size_t writeUI32(unsigned int value);
     std::size_t writeSI64(long value);
     std::size_t writeUI64(unsigned long value);
+    /// @}
 
+    /// @{
     /// The bytes in the order of this machine, whatever `endian()` is.
     std::size_t writeFloat(float value);
     std::size_t writeDouble(double value);
+    /// @}
 
+    /// @{
     /// A part of a string behind its length, an unsigned integer of so many bits. Throws
     /// `IOException`, with nothing written, when the length does not fit. `writePStr64` has no
     /// limit but writes only the low 16 bits of the length, so what it writes reads back only up to
@@ -129,6 +154,7 @@ class BinaryWriter : public BinaryStream {
     std::size_t writePStr16(const std::string& str, std::size_t start, std::size_t len);
     std::size_t writePStr32(const std::string& str, std::size_t start, std::size_t len);
     std::size_t writePStr64(const std::string& str, std::size_t start, std::size_t len);
+    /// @}
 
     /// A part of a string, then a NUL.
     std::size_t writeNTS(const std::string& str, std::size_t start, std::size_t len);

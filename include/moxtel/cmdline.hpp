@@ -17,15 +17,16 @@ class CmdLine {
     /// A value as given, and as converted by the option's domain: the member of the union for it is
     /// the one that is set (for `STRING` it is `ui`, to 0).
     struct Value {
+        /// The member of the domain at hand.
         union Data {
-            bool b;
-            int si;
-            unsigned int ui = 0;
-            float fl;
+            bool b;               ///< `BOOL`.
+            int si;               ///< `SINT`.
+            unsigned int ui = 0;  ///< `UINT`.
+            float fl;             ///< `FLOAT`.
         };
 
-        std::string raw;
-        Data data;
+        std::string raw;  ///< As given.
+        Data data;        ///< As converted.
     };
 
     /// One occurrence of an option.
@@ -37,18 +38,22 @@ class CmdLine {
 
     /// What a parse gave: when it failed, nothing but that.
     struct Result {
-        bool success = false;
+        bool success = false;            ///< Whether all arguments could be read.
         mem::Array<Binding> bindings;    ///< In command-line order.
         mem::Array<std::string> excess;  ///< The positional arguments in order.
 
+        /// @{
+        /// Whether the parse succeeded, or did not.
         explicit operator bool() const { return success; }
         bool operator!() const { return !success; }
+        /// @}
     };
 
     CmdLine();
     CmdLine(const CmdLine&) = delete;
     CmdLine& operator=(const CmdLine&) = delete;
 
+    /// @{
     /// Registers a copy of `option`, without the keys that it may have elsewhere, and gives its
     /// serial. The forms with keys then bind them, as `bindShort` and `bindLong` do; when that
     /// throws, the option stays registered, bound as far as it came.
@@ -58,7 +63,9 @@ class CmdLine {
     unsigned add(const std::string& longKey, const Option& option) {
         return add('\0', longKey, option);
     }
+    /// @}
 
+    /// @{
     /// The same, making the option of its parts.
     unsigned add(char shortKey, const std::string& longKey, Domain domain,
                  const std::string& description, std::size_t arity, bool mandatory) {
@@ -75,7 +82,9 @@ class CmdLine {
     unsigned add(Domain domain, const std::string& description, std::size_t arity, bool mandatory) {
         return add(Option(domain, description, arity, mandatory));
     }
+    /// @}
 
+    /// @{
     /// The same with a range of values that one occurrence takes.
     unsigned addRanged(char shortKey, const std::string& longKey, Domain domain,
                        const std::string& description, std::size_t minArity, std::size_t maxArity,
@@ -94,7 +103,9 @@ class CmdLine {
                        std::size_t maxArity, bool mandatory) {
         return add(Option(domain, description, minArity, maxArity, mandatory));
     }
+    /// @}
 
+    /// @{
     /// Binds a key to the option of `serial`, which is registered as an empty option when there is
     /// none; a key that is bound already then moves to it. Does nothing for the key NUL or "" where
     /// the option has no such key. Throws `AlreadyExistsException`, leaving everything as it was,
@@ -104,16 +115,23 @@ class CmdLine {
     /// without the key.
     void bindShort(char key, unsigned serial);
     void bindLong(const std::string& key, unsigned serial);
+    /// @}
 
+    /// @{
+    /// Whether an option has the serial, or is bound to the key. A lookup costs that of a
+    /// `util::LinkedHashMap`.
     bool hasSerial(unsigned serial) const { return m_options.containsKey(serial); }
     bool hasShort(char key) const { return m_shortKeys.containsKey(key); }
     bool hasLong(const std::string& key) const { return m_longKeys.containsKey(key); }
+    /// @}
 
+    /// @{
     /// The option of a serial or key, valid as long as the registry. Throws `NotFoundException`
     /// with the message "Key not found\n" when absent.
     const Option& forSerial(unsigned serial) const { return m_options[serial]; }
     const Option& forShort(char key) const { return m_options[m_shortKeys[key]]; }
     const Option& forLong(const std::string& key) const { return m_options[m_longKeys[key]]; }
+    /// @}
 
     /// Reads `argv` from index 1 on. An option is `-k` or `--name`, and short options are not
     /// clustered. Its first value may be attached: `-k5`, `-k=5`, `--name=5`; further ones are the

@@ -40,6 +40,7 @@ class Device {
     /// The result of a block transfer that failed.
     static constexpr std::size_t FAILED = static_cast<std::size_t>(-1);
 
+    /// @{
     /// Devices over standard streams. A stream given by reference stays the caller's and must
     /// outlive the device; a stream given by pointer is deleted with it.
     ///
@@ -52,6 +53,7 @@ class Device {
     static Device* wrap(std::ostream* out);
     static Device* wrap(std::iostream& inOut);
     static Device* wrap(std::iostream* inOut);
+    /// @}
 
     /// A device over a file, opened with `fopenFlags(flags)` and closed with the device. A file
     /// that cannot be opened is not reported: it reads as empty, takes no byte, ignores seeking and
@@ -76,8 +78,12 @@ class Device {
     Device& operator=(const Device&) = delete;
     virtual ~Device() = default;
 
+    /// @{
+    /// Whether the device claims to be for reading, or for writing; transfers do not ask. A stream
+    /// claims its own direction, a string reading, and the other kinds what their factories say.
     virtual bool canRead() const = 0;
     virtual bool canWrite() const = 0;
+    /// @}
 
     /// 1 for an input stream held by reference, 0 for every other kind. Says nothing of whether
     /// `seekg` and `seekp` work.
@@ -95,15 +101,19 @@ class Device {
     /// One byte; whether it was written.
     virtual bool write(char c);
 
+    /// @{
     /// Move the position of reading and of writing; whether that succeeded is not reported. Throw
     /// `UnsupportedOperationException` unless the kind offers them.
     virtual void seekg(long off, SeekWhence whence);
     virtual void seekp(long off, SeekWhence whence);
+    /// @}
 
+    /// @{
     /// The position of reading and of writing, in bytes; -1 when it is not known. Throw
     /// `UnsupportedOperationException` unless the kind offers them.
     virtual std::streampos tellg();
     virtual std::streampos tellp();
+    /// @}
 
     /// The device that a stream made from a reference to this one is to hold; itself, unless the
     /// kind overrides it.

@@ -15,15 +15,21 @@ namespace moxtel {
 /// Root of the family: an owned message.
 class Exception : public std::exception {
   public:
+    /// With an empty message.
     Exception() = default;
+
+    /// With a copy of `why` as its message.
     explicit Exception(const std::string& why) : m_why(why) {}
+
     Exception(const Exception&) = default;
     Exception& operator=(const Exception&) = default;
     ~Exception() override = default;
 
+    /// @{
     /// The message; valid as long as the exception object.
     const char* what() const noexcept override { return m_why.c_str(); }
     const std::string& why() const { return m_why; }
+    /// @}
 
   private:
     std::string m_why;

@@ -24,8 +24,11 @@ class GetArea : public std::streambuf {
     /// where those that are ready begin.
     static const char* past(const std::streambuf& buffer) { return (buffer.*&GetArea::eback)(); }
 
+    /// @{
+    /// Where the characters that are ready begin and end.
     static const char* begin(const std::streambuf& buffer) { return (buffer.*&GetArea::gptr)(); }
     static const char* end(const std::streambuf& buffer) { return (buffer.*&GetArea::egptr)(); }
+    /// @}
 
     /// Consumes the characters before `next`, which lies in the area.
     static void skipTo(std::streambuf& buffer, const char* next) {

@@ -16,15 +16,18 @@ enum Endianness : std::uint32_t {
 /// The byte order of this machine.
 extern const Endianness HOST_ENDIAN;
 
+/// @{
 /// The value with its bytes in reverse.
 unsigned short swap16(unsigned short value);
 unsigned int swap32(unsigned int value);
 int swap32(int value);
 unsigned long swap64(unsigned long value);
+/// @}
 
 /// Reverses `len` bytes in place.
 void cswap(char* buf, std::size_t len);
 
+/// @{
 /// The value with its bytes brought from the order `from` into the order `to`. Throws
 /// `UnsupportedOperationException` when the two are neither equal nor the reverse of each other.
 short endianConvert16(short value, Endianness from, Endianness to);
@@ -33,7 +36,9 @@ int endianConvert32(int value, Endianness from, Endianness to);
 unsigned int endianConvert32(unsigned int value, Endianness from, Endianness to);
 long endianConvert64(long value, Endianness from, Endianness to);
 unsigned long endianConvert64(unsigned long value, Endianness from, Endianness to);
+/// @}
 
+/// @{
 /// `endianConvert` to the order of this machine; as a reversal it serves the way back too.
 short toHostEndian16(short value, Endianness from);
 unsigned short toHostEndian16(unsigned short value, Endianness from);
@@ -41,5 +46,6 @@ int toHostEndian32(int value, Endianness from);
 unsigned int toHostEndian32(unsigned int value, Endianness from);
 long toHostEndian64(long value, Endianness from);
 unsigned long toHostEndian64(unsigned long value, Endianness from);
+/// @}
 
 }  // namespace moxtel

@@ -12,42 +12,56 @@ namespace moxtel::mem {
 ///
 /// Copies share one position: advancing one advances them all. An iterator must not outlive its
 /// container, nor the erasure of its current element; other elements may be erased on the way, so
-/// an element may be erased once the iterator has gone on.
+/// an element may be erased once the iterator has gone on. To make one costs an allocation and a
+/// registration (see `Pointer`), to copy one a lookup, and each step a virtual call or two.
 template <class T>
 class Iterator {
   public:
-    /// How a container is walked. `next` and `current` are called only while `hasNext()`.
+    /// How a container is walked: what the operations of the iterator of the same names do. `next`
+    /// and `current` are called only while `hasNext()`.
     class Strategy {
       public:
+        /// @{
+        /// See `Iterator`.
         virtual bool hasNext() const = 0;
         virtual void next() = 0;
         virtual T& current() = 0;
         virtual const T& current() const = 0;
+        /// @}
+
         virtual ~Strategy() = default;
     };
 
     /// Takes ownership of a strategy fresh from `new`.
     explicit Iterator(Strategy* strategy) : m_strat(strategy) {}
 
+    /// @{
     /// Whether there is a current element (not whether another follows it).
     bool hasNext() const { return m_strat->hasNext(); }
     explicit operator bool() const { return hasNext(); }
+    /// @}
 
+    /// @{
     /// Goes on to the next element, or past the last one.
     void next() { m_strat->next(); }
     Iterator& operator++() {
         next();
         return *this;
     }
-    /// Gives nothing: a copy made before would have advanced as well.
+    /// @}
+
+    /// The same, but gives nothing: a copy made before would have advanced as well.
     void operator++(int) { next(); }
 
+    /// @{
+    /// The element that the walk stands on; to be asked for only while `hasNext()`.
     T& current() { return m_strat->current(); }
     const T& current() const { return m_strat->current(); }
     T& operator*() { return current(); }
     const T& operator*() const { return current(); }
     T* operator->() { return &current(); }
     const T* operator->() const { return &current(); }
+    /// @}
 
   private:
     Pointer<Strategy> m_strat;

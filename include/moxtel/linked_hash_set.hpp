@@ -19,6 +19,7 @@ class LinkedHashSet : public Set<T, KeyOps> {
   public:
     using typename Set<T, KeyOps>::Key;
 
+    /// The number of buckets where none is asked for.
     enum : std::size_t { DEFAULT_BUCKETS = 251 };
 
     /// An empty set of `buckets` buckets; 0 stands for the default.
@@ -34,10 +35,12 @@ class LinkedHashSet : public Set<T, KeyOps> {
     }
     const T& lookupByKey(const Key& key) const override { return s_found(*m_linkTo(key))->data; }
 
+    /// @{
     /// The value at position `i` of the walk, in time linear in `i`. Throws `NotFoundException`
     /// with the message "Index not found\n" when `i` is not below the size.
     T& lookupByIndex(std::size_t i) { return m_nodeAt(i)->data; }
     const T& lookupByIndex(std::size_t i) const { return m_nodeAt(i)->data; }
+    /// @}
 
     void eraseByKey(const Key& key) override {
         Node** link = m_linkTo(key);

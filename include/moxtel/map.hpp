@@ -8,20 +8,27 @@
 namespace moxtel::util {
 
 /// A map from keys to values, each key once. It owns both. Its walks all have the same order, that
-/// of `iterator()`.
+/// of `iterator()`. A value is value-initialised before it is anything else; a map whose pairs are
+/// made by `KeyOperations` refuses at compile time keys whose default constructor may throw.
 template <class K, class V>
 class Map {
   public:
+    /// A key and its value, which may be changed.
     using Pair = std::pair<const K, V>;
 
+    /// The number of pairs.
     virtual std::size_t size() const = 0;
+
+    /// Whether the map has a pair of this key; it costs what `pairFor` costs.
     virtual bool containsKey(const K& key) const = 0;
 
+    /// @{
     /// The pair of this key. When absent it is put in with a value-initialised value (0 for
     /// numbers) if `create`; otherwise, and in the const form, throws `NotFoundException` with the
-    /// message "Key not found\n". The same holds for `lookup`, which gives the value alone.
+    /// message "Key not found\n".
     virtual Pair& pairFor(const K& key, bool create) = 0;
     virtual const Pair& pairFor(const K& key) const = 0;
+    /// @}
 
     /// Takes a key and its value out and destroys them; ignores an absent key.
     virtual void erase(const K& key) = 0;
@@ -29,16 +36,23 @@ class Map {
     /// Destroys all pairs. A map may be unusable afterwards, as its class says.
     virtual void clear() = 0;
 
+    /// @{
+    /// A walk over the pairs, in the order that the class promises.
     virtual mem::Iterator<Pair> iterator() = 0;
     virtual mem::Iterator<const Pair> iterator() const = 0;
+    /// @}
 
     virtual ~Map() = default;
 
+    /// @{
+    /// As `pairFor`, the value alone. `operator[]` puts an absent key in, unless the map is const.
     V& lookup(const K& key, bool create) { return pairFor(key, create).second; }
     const V& lookup(const K& key) const { return pairFor(key).second; }
     V& operator[](const K& key) { return lookup(key, true); }
     const V& operator[](const K& key) const { return lookup(key); }
+    /// @}
 
+    /// @{
     /// Walks over the keys or the values alone.
     mem::Iterator<const K> keyIterator() const {
         return mem::Iterator<const K>(new KeyIteratorStrategy(iterator()));
@@ -49,6 +63,7 @@ class Map {
     mem::Iterator<const V> valueIterator() const {
         return mem::Iterator<const V>(new ValueIteratorStrategy<const V, const Pair>(iterator()));
     }
+    /// @}
 
   private:
     /// A walk over one part of the pairs that another iterator walks over.

@@ -18,7 +18,7 @@ enum : std::size_t {
 /// `recordSize()` bytes, aligned for a pointer, that only its policy reads and writes. The first
 /// two may throw, and nothing is registered then.
 struct Policy {
-    std::size_t (*recordSize)();
+    std::size_t (*recordSize)();       ///< In bytes.
     void (*initRecord)(void* record);  ///< The first owner.
     void (*freeRecord)(void* record);  ///< The address is forgotten.
     void (*acquire)(void* record);     ///< One more owner.
@@ -63,22 +63,30 @@ bool release(const void* ptr);
 /// an unregistered address.
 void free(void* ptr);
 
+/// @{
 /// What `ptr` is registered with, or null.
 const Policy* policyOf(const void* ptr);
 const Allocator* allocatorOf(const void* ptr);
+/// @}
 
+/// @{
 /// The defaults in use; at first `REFCOUNT_POLICY` and `NEW`.
 const Policy& defaultPolicy();
 const Allocator& defaultAllocator();
+/// @}
 
+/// @{
 /// Installs a default, which must outlive its use, and returns the previous one.
 const Policy& defaultPolicy(const Policy& policy);
 const Allocator& defaultAllocator(const Allocator& allocator);
+/// @}
 
-/// Members for policies without state.
+/// @{
+/// Members for policies without state: nothing done, no bytes, never the last owner.
 void nop(void* record);
 std::size_t rsize0();
 bool pfalse(void* record);
+/// @}
 
 /// How many of `count` elements from `offset` lie inside a buffer of `size` elements.
 constexpr std::size_t makeInBounds(std::size_t offset, std::size_t count, std::size_t size) {

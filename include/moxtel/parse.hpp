@@ -16,6 +16,8 @@ namespace moxtel::string {
 template <class T>
 struct ParseImpl;
 
+/// The parser of `T`, an integer type from `short` to `unsigned long long`, `float` or `double`.
+///
 /// Integers: an optional sign, also for the unsigned types (where "-5" wraps around), and decimal
 /// digits. No digits are the value 0, with the sign used if there is one. An overflow gives 0 and
 /// uses nothing, but is noticed only where a digit makes the value smaller.
@@ -28,7 +30,10 @@ struct ParseImpl;
 /// the last bits may differ from the nearest value, and 0 times an infinite power is not a number.
 template <class T>
 struct ParseNumber {
+    /// What `parse` gives.
     using ValueType = T;
+
+    /// See `ParseImpl`.
     static T parse(const char* src, std::size_t& i);
 };
 
@@ -58,8 +63,11 @@ struct ParseImpl<double> : ParseNumber<double> {};
 /// too, is true with nothing used.
 template <>
 struct ParseImpl<bool> {
+    /// @{
+    /// See the primary template.
     using ValueType = bool;
     static bool parse(const char* src, std::size_t& i);
+    /// @}
 };
 
 /// The value at the beginning of `src`; the number of characters used is added to `i`.

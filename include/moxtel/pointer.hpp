@@ -33,9 +33,12 @@ class Pointer {
             throw;
         }
     }
+
+    /// One more owner of what `other` holds, at the cost of a lookup in the registry.
     Pointer(const Pointer& other) : m_ptr(other.m_ptr) { mem::acquire(m_ptr); }
     ~Pointer() { m_release(); }
 
+    /// Gives up the share of what it holds, and takes one of what `other` holds.
     Pointer& operator=(const Pointer& other) {
         if (m_ptr != other.m_ptr) {
             // The other handle may live in the object that is released here.
@@ -47,10 +50,15 @@ class Pointer {
         return *this;
     }
 
+    /// @{
+    /// The object, const where the handle is; not to be asked of a null handle.
     T* operator->() { return m_ptr; }
     const T* operator->() const { return m_ptr; }
     T& operator*() { return *m_ptr; }
     const T& operator*() const { return *m_ptr; }
+    /// @}
+
+    /// Whether it holds an object.
     explicit operator bool() const { return m_ptr != nullptr; }
 
   private:

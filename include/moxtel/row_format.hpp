@@ -4,7 +4,6 @@
 #include <string>
 
 #include <moxtel/alphabet.hpp>
-#include <moxtel/pointer.hpp>
 #include <moxtel/text.hpp>
 
 /// \file
@@ -27,16 +26,20 @@ class DelimitedRowFormat {
     /// `quotes` are the characters that may open a quoted cell; null stands for `DEFAULT_QUOTES`.
     explicit DelimitedRowFormat(const char* quotes);
 
+    /// Whether `c` separates two cells.
     virtual bool isDelim(int c) const = 0;
 
     /// Whether `c` begins a comment: never.
     virtual bool isComment(int c) const;
 
+    /// @{
     /// Whether `writeCell` is to quote the text, and if not, whether it is to escape it: always
     /// the former.
     virtual bool shouldQuote(const std::string& text) const;
     virtual bool shouldEscape(const std::string& text) const;
+    /// @}
 
+    /// The text that `escape` made `text` of.
     virtual std::string unescape(const std::string& text) const = 0;
 
     /// What stands between the first and the last character of `text`, doubled quotes and all, when
@@ -60,24 +63,32 @@ class DelimitedRowFormat {
     /// `"a"""` as `a""`: only cells without quotes inside come back as their plain content.
     virtual std::string readCell(TextReader& in) const;
 
+    /// @{
     /// `text` between quotes, each quote in it doubled; `text` when there is no quote to use. The
     /// symbol 0 stands for the default quote.
     virtual std::string quote(char quoteSymbol, const std::string& text) const;
     std::string quote(const std::string& text) const { return quote(0, text); }
+    /// @}
 
+    /// `text` with its special characters protected, in the way of the format.
     virtual std::string escape(const std::string& text) const = 0;
 
+    /// @{
     /// Write the escaped text, the delimiter, or a cell (as it is when `raw`, otherwise quoted or
     /// escaped as the predicates say, and nothing when neither holds). The number of characters
     /// written.
     virtual std::size_t escape(TextWriter& out, const std::string& text);
     virtual std::size_t writeDelim(TextWriter& out) const = 0;
     virtual std::size_t writeCell(TextWriter& out, const std::string& text, bool raw);
+    /// @}
 
+    /// Whether `c` may open a quoted cell. Only its low 8 bits count.
     bool isQuote(int c) const { return m_quotes.match(static_cast<char>(c)); }
 
     /// The least of the quotes by signed char value; 0 when there is none.
     char defaultQuote() const { return m_quotes.empty() ? '\0' : m_quotes[0]; }
+
+    /// `quote`, or the default quote for 0.
     char ensureQuote(char quote) const { return quote != '\0' ? quote : defaultQuote(); }
 
     /// Whether the end of the data, a delimiter or the end of the row is next.
@@ -93,8 +104,10 @@ class DelimitedRowFormat {
 /// Cells separated by one character.
 class CharDelimitedRowFormat : public DelimitedRowFormat {
   public:
+    /// `quotes` as for `DelimitedRowFormat`.
     CharDelimitedRowFormat(char delim, const char* quotes);
 
+    /// The character that separates cells.
     char delim() const { return m_delim; }
 
     bool isDelim(int c) const override;
@@ -110,9 +123,11 @@ class RFC4180DelimitedRowFormat : public CharDelimitedRowFormat {
     using CharDelimitedRowFormat::CharDelimitedRowFormat;
     using CharDelimitedRowFormat::escape;
 
-    /// `text`, both.
+    /// @{
+    /// `text` as it is.
     std::string unescape(const std::string& text) const override;
     std::string escape(const std::string& text) const override;
+    /// @}
 };
 
 /// A format that can protect text by an escape character, for those who split cells themselves:
@@ -125,12 +140,17 @@ class EscapedDelimitedRowFormat : public CharDelimitedRowFormat {
     EscapedDelimitedRowFormat(char delim, const char* quotes, char escape, char comment);
 
     /// Puts the escape character before each delimiter, quote, comment and escape character, and
-    /// turns a line feed into the escape character and `n`, a carriage return into it and `r`, so
-    /// that the text stays on one line. A format in which `n` is one of its own characters takes
-    /// the nearest one below it that is not, and for `r` the nearest one above it.
+    /// turns a line feed into the escape character and `n`, a carriage return into it and `r`. A
+    /// format in which `n` is one of its own characters takes the nearest one below it that is not,
+    /// and for `r` the nearest one above it, counting round through all bytes.
+    ///
+    /// So the text stays on one line, as long as that nearest character is no line end itself; a
+    /// format has to have nearly a hundred characters of its own for that.
     std::string escape(const std::string& text) const override;
 
-    /// Undoes `escape`, for every text. An escape character before anything else is left as it is.
+    /// Undoes `escape`, for every text, as long as the letters that it takes for the two line ends
+    /// differ and are none of the format's own. An escape character before anything else is left as
+    /// it is.
     std::string unescape(const std::string& text) const override;
 
   private:

@@ -29,17 +29,20 @@ class DelimitedRowParser {
     /// A parser to be opened; it takes a share of the format.
     explicit DelimitedRowParser(const DelimitedRowFormat* format);
 
+    /// @{
     /// A parser over a device that keeps the description of a format, but creates none: it is for
     /// derived classes, and `hasCell` and `nextCell` must not be called on it. 0 for `delim` stands
     /// for the comma, null for `quote` for the default quotes; what `quote` points to must outlive
     /// the parser. The device is shared as by `TextReader`.
     DelimitedRowParser(Device* in, char delim, const char* quote, char escape);
     DelimitedRowParser(Device& in, char delim, const char* quote, char escape);
+    /// @}
 
     DelimitedRowParser(const DelimitedRowParser&) = default;
     DelimitedRowParser& operator=(const DelimitedRowParser&) = default;
     virtual ~DelimitedRowParser() = default;
 
+    /// @{
     /// Parsers with a new format of their own, to be opened, the last one over `in` already. Null
     /// quotes stand for the default quotes. Throw a pointer to a new `AllocationException` when
     /// there is no memory for the format.
@@ -47,7 +50,9 @@ class DelimitedRowParser {
     static DelimitedRowParser createEscaped(char delim, const char* quote, char escape,
                                             char comment);
     static DelimitedRowParser createRFC4180(std::istream& in, char delim, const char* quotes);
+    /// @}
 
+    /// @{
     /// Reads on from another input, of which all kinds of line end are accepted; the share of the
     /// previous one is given up. A stream must outlive the parser and its copies, devices are
     /// shared as by `TextReader`, and a reader is copied with its position and look-ahead.
@@ -55,11 +60,14 @@ class DelimitedRowParser {
     void open(TextReader& src);
     void open(Device* in);
     void open(Device& in);
+    /// @}
 
+    /// @{
     /// The same for a file, opened with `openFlags` and `OPEN_READ` (see `Device::fromFile`), and
     /// for a copy of `text`.
     void open(const std::string& path, int openFlags);
     void openFromString(const std::string& text);
+    /// @}
 
     /// Whether there is more data.
     bool hasRow();
@@ -73,13 +81,18 @@ class DelimitedRowParser {
     std::string nextCell();
 
   protected:
+    /// The parser's share of its format; null where it keeps but a description of one.
     const mem::Pointer<DelimitedRowFormat>& format() const { return m_format; }
 
-    TextReader m_src;
+    TextReader m_src;  ///< The input.
+
+    /// @{
+    /// The description of a format that the constructor was given, for derived classes alone.
     char m_delim = ',';
     const char* m_quote = DelimitedRowFormat::DEFAULT_QUOTES;
     char m_escape = '\0';
     char m_comment = '\0';
+    /// @}
 
   private:
     /// What `endRow` of the format says after `c` was peeked at. After a -1 it peeks anew, which

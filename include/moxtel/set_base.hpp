@@ -12,9 +12,14 @@ namespace moxtel::util {
 
 /// A set of values that are told apart by their keys. It owns its values. A value that is reached
 /// through the set may be changed, but for its key. Sets are not copied.
+///
+/// Values need a default constructor and a copy or move constructor; `add` also needs copy
+/// assignment, and `KeyOps` what it says itself: that of pairs refuses, at compile time, keys whose
+/// default constructor may throw.
 template <class T, class KeyOps = KeyOperations<T>>
 class Set {
   public:
+    /// What `KeyOps::extract` gives, as a value.
     using Key = std::remove_cvref_t<decltype(KeyOps::extract(std::declval<const T&>()))>;
 
     /// A hook that sees each value the set makes for a key.
@@ -42,13 +47,18 @@ class Set {
     }
     virtual ~Set() = default;
 
+    /// The number of values.
     virtual std::size_t size() const = 0;
+
+    /// Whether the set has a value with this key; it costs what `lookupByKey` costs.
     virtual bool containsKey(const Key& key) const = 0;
 
+    /// @{
     /// The value with this key. When absent it is made and put in if `create`; otherwise, and in
     /// the const form, throws `NotFoundException` with the message "Key not found\n".
     virtual T& lookupByKey(const Key& key, bool create) = 0;
     virtual const T& lookupByKey(const Key& key) const = 0;
+    /// @}
 
     /// Takes a value out and destroys it; ignores an absent key.
     virtual void eraseByKey(const Key& key) = 0;
@@ -56,10 +66,14 @@ class Set {
     /// Destroys all values. A set may be unusable afterwards, as its class says.
     virtual void clear() = 0;
 
+    /// @{
+    /// A walk over the values, in the order that the class promises.
     virtual mem::Iterator<T> iterator() = 0;
     virtual mem::Iterator<const T> iterator() const = 0;
+    /// @}
 
-    /// Puts a copy of `value` in. False, and nothing changed, when its key is in the set already.
+    /// Puts a copy of `value` in, by way of a value made for its key. False, and nothing changed,
+    /// when its key is in the set already. Costs two lookups.
     bool add(const T& value) {
         const Key& key = KeyOps::extract(value);
         if (containsKey(key))
@@ -74,7 +88,10 @@ class Set {
         return true;
     }
 
+    /// As `lookupByKey`; puts an absent key in.
     T& operator[](const Key& key) { return lookupByKey(key, true); }
+
+    /// As `lookupByKey`; throws for an absent key.
     const T& operator[](const Key& key) const { return lookupByKey(key); }
 
     /// Installs the hook; a null pointer takes it away.

@@ -12,16 +12,20 @@
 /// `std::string::npos`. Letter case is that of the C library's current locale.
 namespace moxtel::string {
 
+/// @{
 /// `str` without its leading or trailing characters that stand in the list `cc` (null: whitespace),
 /// or that are of the class `cc`.
 std::string ltrim(const std::string& str, const char* cc = nullptr);
 std::string ltrim(const std::string& str, const Alphabet& cc);
 std::string rtrim(const std::string& str, const char* cc = nullptr);
 std::string rtrim(const std::string& str, const Alphabet& cc);
+/// @}
 
+/// @{
 /// As `ltrim` and `rtrim` together, but empty where exactly one character would be left.
 std::string trim(const std::string& str, const char* cc = nullptr);
 std::string trim(const std::string& str, const Alphabet& cc);
+/// @}
 
 /// The characters from `lo` up to, not including, `hi`; up to the end where `hi` is less than `lo`.
 /// Empty when the two are equal; else throws `std::out_of_range` when `lo` is beyond the end.

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
-#include <istream>
+#include <streambuf>
 #include <string>
 #include <utility>
 
@@ -36,8 +36,13 @@ class TextStream {
 
     /// No device: a reader is at the end of its data, and every write fails.
     TextStream() = default;
+
+    /// @{
+    /// Over a device that is shared as told above; null for none.
     explicit TextStream(Device* device);
     explicit TextStream(Device& device);
+    /// @}
+
     TextStream(const TextStream&) = default;
     TextStream& operator=(const TextStream&) = default;
     virtual ~TextStream() = default;
@@ -45,15 +50,17 @@ class TextStream {
     /// A share of the device.
     mem::Pointer<Device> handle() const { return m_device; }
 
+    /// @{
     /// Line ends read or written so far, and characters since the last of them.
     std::size_t row() const { return m_row; }
     std::size_t col() const { return m_col; }
+    /// @}
 
   protected:
-    mem::Pointer<Device> m_device;
+    mem::Pointer<Device> m_device;        ///< May be null.
     Endianness m_endian = ENDIAN_LITTLE;  ///< Carried along by copies; text has no use for it.
-    std::size_t m_row = 0;
-    std::size_t m_col = 0;
+    std::size_t m_row = 0;                ///< See `row()`.
+    std::size_t m_col = 0;                ///< See `col()`.
 };
 
 /// Reads text. `acceptNewlines` combines `Newline` values; what is not accepted as a line end is an
@@ -66,12 +73,18 @@ class TextStream {
 class TextReader : public TextStream {
   public:
     TextReader() = default;
+
+    /// @{
+    /// Over a device that is shared as told for `TextStream`; null for none.
     TextReader(Device* device, int acceptNewlines);
     TextReader(Device& device, int acceptNewlines);
+    /// @}
 
+    /// @{
     /// Over a stream that must outlive the reader and its copies.
     TextReader(std::istream& in, int acceptNewlines);
     TextReader(std::iostream& inOut, int acceptNewlines);
+    /// @}
 
     /// Over a file (see `Device::fromFile`), accepting all line ends; the flags 0 stand for
     /// `OPEN_READ`.
@@ -137,16 +150,23 @@ class TextReader : public TextStream {
 };
 
 /// Writes text; a line ends with a single line feed. Each operation gives the number of
-/// characters that the device took; it goes on after a character that failed.
+/// characters that the device took; it goes on after a character that failed. Each character costs
+/// a call of the device.
 class TextWriter : public TextStream {
   public:
     TextWriter() = default;
+
+    /// @{
+    /// Over a device that is shared as told for `TextStream`; null for none.
     explicit TextWriter(Device* device);
     explicit TextWriter(Device& device);
+    /// @}
 
+    /// @{
     /// Over a stream that must outlive the writer and its copies.
     explicit TextWriter(std::ostream& out);
     explicit TextWriter(std::iostream& inOut);
+    /// @}
 
     /// Over a file (see `Device::fromFile`); the flags 0 stand for `OPEN_WRITE`.
     static TextWriter fromFile(const std::string& path, int openFlags = 0);
@@ -157,8 +177,11 @@ class TextWriter : public TextStream {
     /// A line end. Row and column stay as they are when it fails.
     std::size_t writeLine();
 
+    /// @{
+    /// Every character as by `write(int)`, NULs too.
     std::size_t write(const char* buf, std::size_t len);
     std::size_t write(const std::string& str);
+    /// @}
 
     /// Writes from index `i` up to, not including, index `len`: `len` is an end index. When it is
     /// npos or `i + len` lies past the end of `str`, the end is that of `str`.

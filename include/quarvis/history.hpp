@@ -9,22 +9,30 @@
 
 namespace quarvis::rule {
 
-/// The transactions of one entity, in ascending time: at most one item set a time. An operation
-/// marked noexcept ends the program when memory is exhausted.
+/// The transactions of one entity, in ascending time: at most one item set a time. A lookup takes
+/// time logarithmic in their number. An operation marked noexcept ends the program when memory is
+/// exhausted.
 class History {
   public:
     /// A point in time in the unit of the input; windows are differences of times.
     using Time = unsigned int;
+
+    /// @{
+    /// Over pairs of a time and its item set.
     using Iterator = std::map<Time, ItemSet>::iterator;
     using ConstIterator = std::map<Time, ItemSet>::const_iterator;
+    /// @}
 
+    /// @{
     /// The item set at `t`. Throws `std::domain_error` when there is no transaction at `t`.
     ItemSet& at(Time t);
     const ItemSet& at(Time t) const;
+    /// @}
 
     /// The item set at `t`, created empty when absent.
     ItemSet& operator[](Time t) noexcept { return m_data[t]; }
 
+    /// Whether there is a transaction at `t`.
     bool contains(Time t) const { return m_data.contains(t); }
 
     /// The number of transactions.
@@ -32,15 +40,22 @@ class History {
 
     /// Whether the entity had every one of `items` at some time or other. A history without
     /// transactions contains nothing, not even the empty set.
+    ///
+    /// Collects copies of the items, from the first transaction on until all of `items` are there:
+    /// who asks this often had better keep what `allItems` gives.
     bool contains(const ItemSet& items) const;
 
-    /// The union of the item sets of all transactions.
+    /// The union of the item sets of all transactions: a copy, and a set insertion for each item of
+    /// each transaction.
     ItemSet allItems() const;
 
+    /// @{
+    /// In ascending time.
     Iterator begin() noexcept { return m_data.begin(); }
     Iterator end() noexcept { return m_data.end(); }
     ConstIterator begin() const noexcept { return m_data.begin(); }
     ConstIterator end() const noexcept { return m_data.end(); }
+    /// @}
 
   private:
     [[noreturn]] static void m_missing(Time t);
@@ -51,22 +66,29 @@ class History {
 /// The histories of all entities, in ascending byte order of their keys.
 class TransactionSet {
   public:
+    /// @{
+    /// Over pairs of an entity's key and its history.
     using Iterator = std::map<std::string, History>::iterator;
     using ConstIterator = std::map<std::string, History>::const_iterator;
+    /// @}
 
     /// The number of histories.
     std::size_t size() const noexcept { return m_data.size(); }
 
-    /// The number of transactions in all histories.
+    /// The number of transactions in all histories, in time linear in the number of histories.
     std::size_t transactionCount() const noexcept;
 
-    /// The count of an item set: the number of histories that contain it.
+    /// The count of an item set: the number of histories that contain it. It asks each history
+    /// `contains`, and so may copy every item there is; nothing is kept from call to call.
     std::size_t count(const ItemSet& items) const;
 
+    /// @{
+    /// In ascending byte order of the keys.
     Iterator begin() noexcept { return m_data.begin(); }
     Iterator end() noexcept { return m_data.end(); }
     ConstIterator begin() const noexcept { return m_data.begin(); }
     ConstIterator end() const noexcept { return m_data.end(); }
+    /// @}
 
     /// Merges a transaction file into the set: a header line, which is discarded, then one row a
     /// transaction or a part of one, with the entity's key, the time and any number of items.

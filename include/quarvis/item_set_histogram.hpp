@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <istream>
+#include <iosfwd>
 #include <map>
-#include <ostream>
 #include <string>
 #include <utility>
 
@@ -11,47 +10,66 @@
 
 namespace quarvis::rule {
 
-/// Item sets and their counts (numbers of histories that contain them), in item-set order.
+/// Item sets and their counts (numbers of histories that contain them), in item-set order. A
+/// lookup takes a number of comparisons of item sets that is logarithmic in the size.
 class ItemSetHistogram {
   public:
+    /// @{
+    /// Over pairs of an item set and its count.
     using Iterator = std::map<ItemSet, std::size_t>::iterator;
     using ConstIterator = std::map<ItemSet, std::size_t>::const_iterator;
+    /// @}
 
+    /// The number of item sets.
     std::size_t size() const noexcept { return m_data.size(); }
 
     /// The count of `is`, created as 0 when absent.
     std::size_t& operator[](const ItemSet& is) { return m_data[is]; }
 
+    /// @{
     /// The count of `is`. Throws `std::out_of_range` when absent.
     std::size_t& at(const ItemSet& is) { return m_data.at(is); }
     const std::size_t& at(const ItemSet& is) const { return m_data.at(is); }
+    /// @}
 
+    /// @{
+    /// The place of `is`, or `end()`.
     Iterator find(const ItemSet& is) { return m_data.find(is); }
     ConstIterator find(const ItemSet& is) const { return m_data.find(is); }
+    /// @}
 
+    /// @{
     /// Adds `is` with `count` when it is absent; a count that is there stays as it is. Takes
     /// constant time for a set that comes after all others.
     void add(const ItemSet& is, std::size_t count) { m_data.try_emplace(m_data.end(), is, count); }
     void add(ItemSet&& is, std::size_t count) {
         m_data.try_emplace(m_data.end(), std::move(is), count);
     }
+    /// @}
 
+    /// Removes what is at `it`, which must not be the end, in constant time.
     void erase(Iterator it) { m_data.erase(it); }
 
     /// Removes `is`, which must be present.
     void erase(const ItemSet& is) { m_data.erase(m_data.find(is)); }
 
+    /// @{
+    /// In the order of `ItemSet`.
     Iterator begin() noexcept { return m_data.begin(); }
     Iterator end() noexcept { return m_data.end(); }
     ConstIterator begin() const noexcept { return m_data.begin(); }
     ConstIterator end() const noexcept { return m_data.end(); }
+    /// @}
 
+    /// @{
     /// Item-set files are written and not read back: both do nothing, and the stream stays unread.
     void readInto(std::istream& in, char delim);
     void readInto(const std::string& path, char delim);
+    /// @}
 
     /// Writes the item-set file: the line "Count", tab, "Item Set", then a line for each set with
-    /// its count, a tab and the set in braces. The stream is flushed after each line.
+    /// its count, a tab and the set in braces. The stream is flushed after each line, which on a
+    /// file costs a call of the system for each.
     void write(std::ostream& os) const;
 
     /// As above into the file `path`, which is replaced; nothing happens when it cannot be opened.
