@@ -21,7 +21,7 @@ using HistoryId = std::uint32_t;
 /// item. Infrequent items are not in it.
 ///
 /// An entry stands for one item in one history and has the times at which the item occurs there.
-/// The entries of an item are consecutive and ascend by history. With E entries and O occurrences
+/// Entries are numbered by item, those of an item by history. With E entries and O occurrences
 /// the index takes 12 E + 4 O bytes, and for each item in more than a 128th of the histories a
 /// bitmap over them with its running counts, at most 24 bytes an entry.
 class HistoryIndex {

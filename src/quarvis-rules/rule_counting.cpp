@@ -1,9 +1,11 @@
 #include "rule_counting.hpp"
 
 #include <algorithm>
+#include <optional>
 #include <span>
 
 #include "group_walk.hpp"
+#include "pair_orders.hpp"
 
 namespace quarvis::rule {
 
@@ -186,13 +188,17 @@ void mineRules(const Configuration& config, const HistoryIndex& index, const Fre
     LivePartners partners(sets, counts.livePairs);
     std::vector<bool> live(level.size(), false);
     std::vector<Rank> items(size);
+    std::optional<PairOrders> orders;
+    if (size == 2 && config.windowSize == 0)
+        orders.emplace(index, sets);
     for (GroupWalk group(index, sets, size); group.next(1);) {
         const bool livePrefix = size == 2 || counts.liveSets[level.prefix[group.begin()]];
         std::copy(group.prefixItems().begin(), group.prefixItems().end(), items.begin());
         for (std::size_t set = group.begin(); set < group.end(); ++set) {
             items.back() = level.last[set];
             if (level.count[set] < least ||
-                !(livePrefix || partners.contains(items.front(), items.back())))
+                !(livePrefix || partners.contains(items.front(), items.back())) ||
+                (orders && !orders->mayReach(least, items.front(), items.back())))
                 continue;
             counter.begin(items.data(), level.count[set]);
             forEachCommon(group.prefixCover(), group.lastCover(set), group.histories().size(),

@@ -43,7 +43,8 @@ std::size_t proposeRules(std::size_t sets, std::size_t size);
 /// Counts the rules of the sets of `size` items, two or more, and adds those that hold in
 /// `minCount` histories or more, and in one at least, to `counts`.
 ///
-/// Visits the histories that hold a set until no rule of the set can reach its count any more.
+/// Visits the histories that hold a set until no rule of the set can reach its count any more; of
+/// pairs, without a window, only those that the order of first occurrences leaves.
 void mineRules(const Configuration& config, const HistoryIndex& index, const FrequentSets& sets,
                std::size_t size, RuleHistogram& counts);
 
