@@ -55,7 +55,7 @@ struct Occurrences {
                     names.push_back(&name);
                 }
                 for (const auto* const name : names)
-                    add(*name, places.number(*name), history);
+                    m_add(*name, places.number(*name), history);
             }
             ++history;
         }
@@ -63,7 +63,7 @@ struct Occurrences {
     }
 
   private:
-    void add(const quarvis::rule::Item& name, std::uint32_t place, HistoryId history) {
+    void m_add(const quarvis::rule::Item& name, std::uint32_t place, HistoryId history) {
         if (place == items.size())
             items.push_back({&name});
         Item& item = items[place];

@@ -10,6 +10,8 @@ namespace {
 /// A power of two.
 constexpr std::size_t FIRST_SLOTS = 1024;
 
+constexpr std::size_t WORD = sizeof(std::uint64_t);
+
 std::uint64_t wordAt(const char* bytes) {
     std::uint64_t word = 0;
     std::memcpy(&word, bytes, sizeof word);
@@ -23,7 +25,6 @@ std::uint64_t mixed(std::uint64_t hash, std::uint64_t word) {
 }
 
 std::uint32_t hashOf(std::string_view text) {
-    constexpr std::size_t WORD = sizeof(std::uint64_t);
     const char* bytes = text.data();
     std::size_t left = text.size();
     std::uint64_t hash = text.size();
