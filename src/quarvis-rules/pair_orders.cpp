@@ -13,8 +13,10 @@ constexpr std::size_t MAX_BYTES = std::size_t{16} << 20;
 /// A cache has room for what is needed of so many histories.
 constexpr HistoryId BLOCK = 2048;
 
-/// To visit a history for a pair takes about as long as so many comparisons of first times.
+/// To visit a history for a pair takes about as long as so many comparisons of first times, and to
+/// take up an entry of the index as long as so many.
 constexpr std::size_t VISIT = 16;
+constexpr std::size_t ENTRY = 16;
 
 /// The first times of the items of some histories, added an item at a time.
 class TimesBlock {
@@ -53,32 +55,48 @@ class TimesBlock {
     std::vector<Time> m_times;
 };
 
-}  // namespace
-
-PairOrders::PairOrders(const HistoryIndex& index, const FrequentSets& sets) {
-    m_makeRows(index, sets.level(2));
-    m_count(index);
+/// About how many histories of a pair are visited: when each is one for one of its two rules, one
+/// that counts for neither way is found out after twice as many as both ways can miss.
+std::size_t visitsOf(std::uint32_t count, std::uint32_t least) {
+    if (count < least)
+        return 0;
+    return std::min<std::size_t>(count, 2 * std::size_t{count - least + 1});
 }
 
-void PairOrders::m_makeRows(const HistoryIndex& index, const Level& pairs) {
+}  // namespace
+
+PairOrders::PairOrders(const HistoryIndex& index, const FrequentSets& sets, std::uint32_t least) {
+    m_makeRows(index, sets.level(2), least);
+    if (!m_orders.empty())
+        m_count(index);
+}
+
+void PairOrders::m_makeRows(const HistoryIndex& index, const Level& pairs, std::uint32_t least) {
     std::vector<std::size_t> visits(index.itemCount());
     for (std::size_t pair = 0; pair < pairs.size(); ++pair)
-        visits[pairs.last[pair]] += pairs.count[pair];
+        visits[pairs.last[pair]] += visitsOf(pairs.count[pair], least);
     std::vector<std::size_t> comparisons(index.itemCount());
+    std::size_t entries = 0;
     for (HistoryId history = 0; history < index.historyCount(); ++history) {
         std::size_t lesser = 0;
         for (const Rank item : index.items(history))
             comparisons[item] += lesser++;
+        entries += lesser;
     }
     std::size_t size = 0;
+    std::size_t saved = 0;
     m_rows.assign(index.itemCount(), NONE);
     for (Rank item = 0; item < index.itemCount(); ++item)
         if (visits[item] * VISIT > comparisons[item] &&
             (size + item) * sizeof(Order) <= MAX_BYTES) {
             m_rows[item] = size;
             size += item;
+            saved += visits[item] * VISIT - comparisons[item];
         }
-    m_orders.resize(size);
+    if (saved > size + entries * ENTRY)
+        m_orders.resize(size);
+    else
+        m_rows.assign(index.itemCount(), NONE);
 }
 
 /// Items are taken in their order, so that each finds the times of the lesser ones of its

@@ -18,8 +18,9 @@ namespace quarvis::rule {
 /// most 16 MB, and the times of 2,048 histories at a time 4 bytes an item.
 class PairOrders {
   public:
-    /// Counts for the pairs of `sets`, which were found in `index`.
-    PairOrders(const HistoryIndex& index, const FrequentSets& sets);
+    /// Counts for the pairs of `sets`, which were found in `index`; `least` is the least count of a
+    /// rule.
+    PairOrders(const HistoryIndex& index, const FrequentSets& sets, std::uint32_t least);
 
     /// Whether the item `a` first occurs before `b`, a greater one, in `least` histories, or after
     /// it in as many; true also where that was not counted.
@@ -39,7 +40,7 @@ class PairOrders {
         std::uint32_t after = 0;
     };
 
-    void m_makeRows(const HistoryIndex& index, const Level& pairs);
+    void m_makeRows(const HistoryIndex& index, const Level& pairs, std::uint32_t least);
     void m_count(const HistoryIndex& index);
 
     std::vector<std::size_t> m_rows;  // by greater item: where its lesser ones begin, or NONE

@@ -190,7 +190,7 @@ void mineRules(const Configuration& config, const HistoryIndex& index, const Fre
     std::vector<Rank> items(size);
     std::optional<PairOrders> orders;
     if (size == 2 && config.windowSize == 0)
-        orders.emplace(index, sets);
+        orders.emplace(index, sets, least);
     for (GroupWalk group(index, sets, size); group.next(1);) {
         const bool livePrefix = size == 2 || counts.liveSets[level.prefix[group.begin()]];
         std::copy(group.prefixItems().begin(), group.prefixItems().end(), items.begin());

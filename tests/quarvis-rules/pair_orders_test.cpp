@@ -45,7 +45,7 @@ std::uint32_t mostOneWay(const Searched& all, Rank a, Rank b) {
 /// Holds the orders of the frequent pairs against their transactions. The number of pairs that were
 /// counted.
 std::size_t expectOrders(const Searched& all) {
-    const PairOrders orders(all.index, all.sets);
+    const PairOrders orders(all.index, all.sets, 1);
     const Level& pairs = all.sets.level(2);
     std::size_t counted = 0;
     for (std::size_t pair = 0; pair < pairs.size(); ++pair) {
@@ -62,24 +62,26 @@ std::size_t expectOrders(const Searched& all) {
 }
 
 TEST(PairOrders, CountTheHistoriesInWhichOneItemComesFirst) {
-    const Searched all(tableOf({"1:a 2:b", "1:a 2:a,b", "3:b 4:a 5:b", "1:a,b 2:b", "7:a"}), 1);
-    const PairOrders orders(all.index, all.sets);
+    const Searched all(
+        tableOf({"1:a,c,d 2:b", "1:a 2:a,b,c,d", "3:b 4:a,c,d 5:b", "1:a,b,c,d 2:b", "7:a,b,c,d"}),
+        1);
+    const PairOrders orders(all.index, all.sets, 1);
     EXPECT_TRUE(orders.mayReach(2, 0, 1));
     EXPECT_FALSE(orders.mayReach(3, 0, 1));
 }
 
-class OrdersOfPairs : public testing::TestWithParam<TableShape> {};
-
-TEST_P(OrdersOfPairs, AreThoseOfTheTransactions) {
+TEST(PairOrders, AreThoseOfTheTransactions) {
     std::size_t counted = 0;
-    for (std::uint64_t seed = 0; seed < 20; ++seed)
-        counted += expectOrders(
-            Searched(randomTable(GetParam(), seed), std::max(1U, GetParam().leastMinCount), 2));
-    EXPECT_GT(counted, 0U);
+    std::size_t pairs = 0;
+    for (const TableShape& shape : mining_tests::tableShapes())
+        for (std::uint64_t seed = 0; seed < 20; ++seed) {
+            const Searched all(randomTable(shape, seed), std::max(1U, shape.leastMinCount), 2);
+            pairs += all.sets.level(2).size();
+            counted += expectOrders(all);
+        }
+    EXPECT_GT(counted, pairs / 10);
+    EXPECT_LT(counted, pairs);
 }
-
-INSTANTIATE_TEST_SUITE_P(Shapes, OrdersOfPairs, testing::ValuesIn(mining_tests::tableShapes()),
-                         [](const auto& shape) { return shape.param.name; });
 
 TEST(PairOrders, AreThoseOfMoreHistoriesThanAreTakenAtATime) {
     for (const std::size_t histories : {2047U, 2048U, 2049U, 5000U}) {
@@ -87,7 +89,7 @@ TEST(PairOrders, AreThoseOfMoreHistoriesThanAreTakenAtATime) {
         Table table;
         for (std::size_t i = 0; i < histories; ++i) {
             TableHistory history;
-            for (int item = 0; item < 3; ++item)
+            for (int item = 0; item < 10; ++item)
                 history[static_cast<std::uint32_t>(random() % 4)].insert(
                     std::string(1, static_cast<char>('a' + random() % 5)));
             table.histories.push_back(history);
@@ -107,7 +109,7 @@ TEST(PairOrders, AreNotCountedWhereVisitsAreLessWork) {
         (item < 58 ? most : lastTwo)[1].insert(name);
     }
     const Searched searched(Table{{all, most, lastTwo}}, 2, 2);
-    const PairOrders orders(searched.index, searched.sets);
+    const PairOrders orders(searched.index, searched.sets, 1);
     EXPECT_TRUE(orders.mayReach(1, 58, 59));
     EXPECT_FALSE(orders.mayReach(1, 0, 1));
 }
