@@ -41,20 +41,37 @@ TransactionSet histories(const QuestTable& table, std::size_t number) {
     return txns;
 }
 
+/// The same histories so many times over, each time of other entities.
+TransactionSet copiesOf(const QuestTable& table, std::size_t number, std::size_t copies) {
+    TransactionSet txns;
+    std::string text(table.file(number));
+    for (std::size_t copy = 0; copy < copies; ++copy) {
+        for (std::size_t end = text.find('\n'); end + 1 < text.size();
+             end = text.find('\n', end + 1))
+            text[end + 1] = static_cast<char>('0' + copy);
+        std::istringstream in(text);
+        txns.readInto(in, '\t');
+    }
+    bench::checkCount("histories", txns.size(), number * copies);
+    return txns;
+}
+
 Configuration atCount(std::size_t minCount) {
     Configuration config;
     config.minCount = static_cast<std::uint32_t>(minCount);
     return config;
 }
 
-/// A table of measurements along one quantity, and by how much the time grew since the last row.
+/// A table of measurements along one quantity, with the microseconds for each history (all but the
+/// assembly, which depends on what is found alone) and by how much the time grew since the last
+/// row.
 class Curve {
   public:
     Curve(const std::string& quantity, std::size_t runs)
         : m_table("Growth with " + quantity + ": processor time, ms, medians of " +
                       std::to_string(runs) + " runs",
                   {quantity, "histories", "-c", "items", "item sets", "rules", "index", "search",
-                   "counting", "assembly", "total", "least..greatest", "growth"}),
+                   "counting", "assembly", "total", "least..greatest", "us/history", "growth"}),
           m_runs(runs) {}
 
     void measure(const std::string& label, const TransactionSet& txns, std::size_t minCount,
@@ -66,12 +83,15 @@ class Curve {
         bench::checkCount("item sets at " + label, found.itemSets, expected.itemSets);
         bench::checkCount("rules at " + label, found.ruleCount, expected.rules);
         const double total = times.total.cpu.median();
-        m_table.row({label, grouped(txns.size()), grouped(minCount), grouped(found.items),
-                     grouped(found.itemSets), grouped(found.ruleCount),
-                     milliseconds(times.index.median()), milliseconds(times.search()),
-                     milliseconds(times.counting.median()), milliseconds(times.assembly.median()),
-                     milliseconds(total), bench::millisecondRange(times.total.cpu),
-                     m_last == 0 ? "" : bench::fixed(total / m_last, 2)});
+        m_table.row(
+            {label, grouped(txns.size()), grouped(minCount), grouped(found.items),
+             grouped(found.itemSets), grouped(found.ruleCount), milliseconds(times.index.median()),
+             milliseconds(times.search()), milliseconds(times.counting.median()),
+             milliseconds(times.assembly.median()), milliseconds(total),
+             bench::millisecondRange(times.total.cpu),
+             bench::fixed(
+                 (total - times.assembly.median()) / static_cast<double>(txns.size()) * 1e6, 2),
+             m_last == 0 ? "" : bench::fixed(total / m_last, 2)});
         m_last = total;
     }
 
@@ -96,6 +116,15 @@ void growHistories(const QuestTable& table, std::size_t runs) {
         curve.measure(std::to_string(point.at) + 'x', histories(table, number), number / 800,
                       point);
     }
+}
+
+/// What is found stays the same, with other counts: all that grows is the histories.
+void growCopies(const QuestTable& table, std::size_t runs) {
+    Curve curve("copies of the histories", runs);
+    constexpr std::size_t number = 2 * BASE;
+    for (std::size_t copies = 1; copies <= 64; copies *= 2)
+        curve.measure(std::to_string(copies) + 'x', copiesOf(table, number, copies), 40 * copies,
+                      {copies, 14'909, 0});
 }
 
 void growItems(std::size_t runs) {
@@ -139,6 +168,7 @@ void run(const Arguments& arguments) {
     const QuestTable table(QuestShape(), 64 * BASE, SEED);
     checkAgainstPlain(table);
     growHistories(table, arguments.runs);
+    growCopies(table, arguments.runs);
     growItems(arguments.runs);
     lowerCount(table, arguments.runs);
 }
