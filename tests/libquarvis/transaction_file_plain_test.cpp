@@ -1,0 +1,84 @@
+/// Transaction files beside a reading of them byte by byte into the standard containers.
+
+#include <istream>
+#include <random>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <moxtel/parse.hpp>
+
+#include <quarvis/history.hpp>
+
+#include "libmoxtel/plain_input.hpp"
+#include "support/temp_dir.hpp"
+#include "transactions.hpp"
+
+namespace {
+
+using quarvis::rule::History;
+using quarvis::rule::TransactionSet;
+using quarvis::test::Histories;
+using quarvis::test::historiesOf;
+
+Histories readPlainly(std::istream& in, char delim) {
+    std::string header;
+    std::getline(in, header);
+    moxtel::io::plain::StreamSource source(in);
+    moxtel::io::plain::RowParser rows(source, delim, "\"");
+    Histories histories;
+    while (rows.hasRow()) {
+        rows.hasCell();
+        const std::string key = rows.nextCell();
+        rows.hasCell();
+        const auto time = moxtel::string::parse<History::Time>(rows.nextCell());
+        auto& items = histories[key][time];
+        while (rows.hasCell()) {
+            const std::string item = rows.nextCell();
+            if (!item.empty())
+                items.insert(item);
+        }
+    }
+    return histories;
+}
+
+/// A file of few entities, times and items, in any order, of which some bytes are then others.
+std::string randomFile(std::mt19937& random, char delim) {
+    std::string text = "header\n";
+    for (auto rows = random() % 30; rows > 0; --rows) {
+        text += 'e' + std::to_string(random() % 4) + delim + std::to_string(random() % 3);
+        for (auto items = random() % 20; items > 0; --items)
+            text += delim + std::string(random() % 12, 'i') + std::to_string(random() % 8);
+        text += '\n';
+    }
+    const std::string special = std::string("\n\r\"\"\xff ") + delim;
+    for (auto changes = random() % 3 == 0 ? random() % 20 : 0; changes > 0; --changes)
+        text[random() % text.size()] = random() % 2 == 0 ? special[random() % special.size()]
+                                                         : static_cast<char>(random() % 256);
+    return text;
+}
+
+TEST(TransactionFileBesidePlain, HoldsTheSame) {
+    const support::TempDir dir;
+    for (unsigned seed = 0; seed < 2000; ++seed) {
+        std::mt19937 random(seed);
+        const char delim = "\t,;\xff\""[random() % 5];
+        const std::string text = randomFile(random, delim);
+        std::istringstream plainIn(text);
+        const Histories expected = readPlainly(plainIn, delim);
+
+        std::istringstream in(text);
+        TransactionSet transactions;
+        transactions.readInto(in, delim);
+        ASSERT_EQ(historiesOf(transactions), expected)
+            << "seed " << seed << ": " << ::testing::PrintToString(text);
+        ASSERT_EQ(in.rdstate(), plainIn.rdstate()) << "seed " << seed;
+
+        TransactionSet fromFile;
+        fromFile.readInto(dir.write("file", text), delim);
+        ASSERT_EQ(historiesOf(fromFile), expected) << "file of seed " << seed;
+    }
+}
+
+}  // namespace
