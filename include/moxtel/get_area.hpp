@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <istream>
+#include <ios>
 #include <limits>
 #include <streambuf>
 
@@ -15,7 +15,7 @@ class GetArea : public std::streambuf {
     GetArea() = delete;
 
     /// The buffer of a stream, if the stream is good and the buffer holds characters; or null.
-    static std::streambuf* of(const std::istream& stream) {
+    static std::streambuf* of(const std::ios& stream) {
         std::streambuf* const buffer = stream.rdbuf();
         return stream.good() && begin(*buffer) < end(*buffer) ? buffer : nullptr;
     }

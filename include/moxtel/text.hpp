@@ -145,8 +145,8 @@ class TextReader : public TextStream {
     void m_count(bool lineEnd);
 
     int m_acceptNewlines = -1;
-    int m_last = -1;                   ///< A character that was peeked at, -1 when there is none.
-    std::istream* m_stream = nullptr;  ///< What the device reads from, if it tells.
+    int m_last = -1;               ///< A character that was peeked at, -1 when there is none.
+    std::ios* m_stream = nullptr;  ///< What the device reads from, if it tells.
 };
 
 /// Writes text; a line ends with a single line feed. Each operation gives the number of

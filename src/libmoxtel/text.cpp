@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <istream>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -14,16 +15,21 @@ namespace {
 
 constexpr int END = -1;
 
-/// Whether `c`, as `TextReader::peek` gives it, ends a run of plain characters.
-bool endsRun(int c, char stop) {
-    return c == END || c == '\n' || c == '\r' || c == static_cast<signed char>(stop);
+int characterOf(char c) {
+    return static_cast<signed char>(c);
+}
+
+/// Whether `c` ends a run of plain characters. Both are characters as `TextReader::peek` gives
+/// them.
+bool endsRun(int c, int stop) {
+    return c == END || c == '\n' || c == '\r' || c == stop;
 }
 
 /// The first character that ends a run, or `end`.
-const char* findStop(const char* begin, const char* end, char stop) {
+const char* findStop(const char* begin, const char* end, int stop) {
 #if defined(__SSE2__)
-    const __m128i stops[] = {_mm_set1_epi8(stop), _mm_set1_epi8('\n'), _mm_set1_epi8('\r'),
-                             _mm_set1_epi8(END)};
+    const __m128i stops[] = {_mm_set1_epi8(static_cast<char>(stop)), _mm_set1_epi8('\n'),
+                             _mm_set1_epi8('\r'), _mm_set1_epi8(END)};
     for (; end - begin >= 16; begin += 16) {
         const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(begin));
         __m128i found = _mm_setzero_si128();
@@ -33,8 +39,7 @@ const char* findStop(const char* begin, const char* end, char stop) {
             return begin + std::countr_zero(places);
     }
 #endif
-    return std::find_if(begin, end,
-                        [stop](char c) { return endsRun(static_cast<signed char>(c), stop); });
+    return std::find_if(begin, end, [stop](char c) { return endsRun(characterOf(c), stop); });
 }
 
 int orDefault(int openFlags, OpenMode mode) {
@@ -103,18 +108,21 @@ int TextReader::m_readLineEnd(int c) {
 }
 
 std::string TextReader::readUntil(char stop, int& end) {
+    const int stopCharacter = characterOf(stop);
     std::string text;
-    for (end = peek(); !endsRun(end, stop); end = peek()) {
+    end = peek();
+    while (!endsRun(end, stopCharacter)) {
         const char taken = static_cast<char>(end);
         m_last = END;
         ++m_col;
         std::streambuf* const ready = m_ready();
         if (ready == nullptr) {
             text += taken;
+            end = peek();
             continue;
         }
         const char* begin = GetArea::begin(*ready);
-        const char* const next = findStop(begin, GetArea::end(*ready), stop);
+        const char* const next = findStop(begin, GetArea::end(*ready), stopCharacter);
         GetArea::skipTo(*ready, next);
         m_col += static_cast<std::size_t>(next - begin);
         // What was just taken mostly still stands before the others in the buffer.
@@ -122,10 +130,12 @@ std::string TextReader::readUntil(char stop, int& end) {
             --begin;
         else
             text += taken;
-        if (text.empty())
-            text = std::string(begin, next);
-        else
-            text.append(begin, next);
+        if (next != GetArea::end(*ready)) {
+            m_last = end = characterOf(static_cast<char>(ready->sbumpc()));
+            return text.empty() ? std::string(begin, next) : text.append(begin, next);
+        }
+        text.append(begin, next);
+        end = peek();
     }
     return text;
 }
