@@ -10,8 +10,8 @@ namespace quarvis::rule {
 /// Numbers texts from 0 on in the order in which they are first met.
 ///
 /// A hash table with linear probing, at most half full, of slots that hold the hash beside the
-/// number, so that texts are compared only where their hashes agree: 32 to 64 bytes a text. Hashing
-/// takes a word at a time, a third of the time of `std::hash`.
+/// number, so that texts are compared only where their hashes agree: 32 to 64 bytes a text. A hash
+/// takes in a word of the text at a time.
 class Interner {
   public:
     using Number = std::uint32_t;
