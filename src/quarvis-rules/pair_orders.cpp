@@ -55,8 +55,8 @@ class TimesBlock {
     std::vector<Time> m_times;
 };
 
-/// About how many histories of a pair are visited: the better one of its two rules is met in half of
-/// them, and is given up when the other half leaves less than `least`.
+/// About how many histories of a pair are visited: the better one of its two rules is met in half
+/// of them, and is given up when the other half leaves less than `least`.
 std::size_t visitsOf(std::uint32_t count, std::uint32_t least) {
     if (count < least)
         return 0;
