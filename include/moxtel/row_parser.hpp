@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <moxtel/device.hpp>
 #include <moxtel/pointer.hpp>
@@ -15,6 +18,8 @@ namespace moxtel::io {
 ///     while (parser.hasRow())
 ///         while (parser.hasCell())
 ///             use(parser.nextCell());
+///
+/// or, where a row can be had as a whole, by `takeRow`.
 ///
 /// The format takes every syntactic decision; the parser consumes what stands between the cells.
 /// Some consequences: a row that begins with a delimiter loses its empty first cell, a delimiter at
@@ -79,6 +84,12 @@ class DelimitedRowParser {
     /// The cell from here on. The empty cell, with nothing consumed, at a line end, at a delimiter
     /// that no `hasCell` has consumed, and at the end of the data.
     std::string nextCell();
+
+    /// Takes the whole row that is next, after `hasRow`, if its cells stand in the buffer of the
+    /// input just as `hasCell` and `nextCell` would give them; they are then shown there until
+    /// anything is read from the input. Otherwise, and when the row has fewer than `least` cells,
+    /// false, with nothing consumed: the row is then to be read cell by cell.
+    bool takeRow(std::vector<std::string_view>& cells, std::size_t least);
 
   protected:
     /// The parser's share of its format; null where it keeps but a description of one.

@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <streambuf>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include <moxtel/device.hpp>
@@ -110,6 +111,14 @@ class TextReader : public TextStream {
     /// the end of the data; `end` is what `peek` gave there. It does what `peek` and `read` would
     /// one by one, in blocks where the device reads from a stream.
     std::string readUntil(char stop, int& end);
+
+    /// What comes next as it is in the data, without a call of the device: the character that was
+    /// peeked at and those after it that the stream's buffer holds. Empty when none was peeked at
+    /// or when they do not stand in one block. Valid until the next read from reader or device.
+    std::string_view atHand() const;
+
+    /// Reads `n` of the characters at hand, of which none is part of a line end or a byte 0xFF.
+    void skip(std::size_t n);
 
     /// Reads up to `len` bytes and translates them in place. Always 0: how many characters came of
     /// them is not reported. The bytes do not include a character that was only peeked at.

@@ -5,6 +5,8 @@
 
 #include <moxtel/exception.hpp>
 
+#include "find_stop.hpp"
+
 namespace moxtel::io {
 
 namespace {
@@ -110,6 +112,33 @@ std::string DelimitedRowParser::nextCell() {
         cell += m_src.readUntil(m_plainDelim, end);
     }
     return cell;
+}
+
+bool DelimitedRowParser::takeRow(std::vector<std::string_view>& cells, std::size_t least) {
+    cells.clear();
+    const std::string_view text = m_plain ? m_src.atHand() : std::string_view();
+    if (text.empty() || m_plainDelim == '\r')
+        return false;
+    const char* const end = text.data() + text.size();
+    const char* stop = text.data();
+    if (*stop != '\n') {
+        const char* begin = *stop == m_plainDelim ? stop + 1 : stop;
+        while (true) {
+            stop = findStop(begin, end, characterOf(m_plainDelim));
+            if (stop == end || *stop == '\r' || *stop == '\xff' || m_format->isQuote(*begin))
+                return false;
+            cells.emplace_back(begin, stop);
+            if (*stop == '\n')
+                break;
+            begin = stop + 1;
+        }
+    }
+    // The character after a line feed may belong to it.
+    if (end - stop == 1 || cells.size() < least)
+        return false;
+    m_src.skip(static_cast<std::size_t>(stop - text.data()));
+    m_src.read();
+    return true;
 }
 
 }  // namespace moxtel::io

@@ -1,46 +1,16 @@
 #include <moxtel/text.hpp>
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <istream>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
+#include "find_stop.hpp"
 
 namespace moxtel::io {
 
 namespace {
 
 constexpr int END = -1;
-
-int characterOf(char c) {
-    return static_cast<signed char>(c);
-}
-
-/// Whether `c` ends a run of plain characters. Both are characters as `TextReader::peek` gives
-/// them.
-bool endsRun(int c, int stop) {
-    return c == END || c == '\n' || c == '\r' || c == stop;
-}
-
-/// The first character that ends a run, or `end`.
-const char* findStop(const char* begin, const char* end, int stop) {
-#if defined(__SSE2__)
-    const __m128i stops[] = {_mm_set1_epi8(static_cast<char>(stop)), _mm_set1_epi8('\n'),
-                             _mm_set1_epi8('\r'), _mm_set1_epi8(END)};
-    for (; end - begin >= 16; begin += 16) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(begin));
-        __m128i found = _mm_setzero_si128();
-        for (const __m128i& character : stops)
-            found = _mm_or_si128(found, _mm_cmpeq_epi8(block, character));
-        if (const auto places = static_cast<unsigned>(_mm_movemask_epi8(found)))
-            return begin + std::countr_zero(places);
-    }
-#endif
-    return std::find_if(begin, end, [stop](char c) { return endsRun(characterOf(c), stop); });
-}
 
 int orDefault(int openFlags, OpenMode mode) {
     return openFlags == 0 ? static_cast<int>(mode) : openFlags;
@@ -138,6 +108,26 @@ std::string TextReader::readUntil(char stop, int& end) {
         end = peek();
     }
     return text;
+}
+
+std::string_view TextReader::atHand() const {
+    const std::streambuf* const ready = m_last != END ? m_ready() : nullptr;
+    if (ready == nullptr)
+        return {};
+    // What was peeked at mostly still stands before the others in the buffer.
+    const char* const begin = GetArea::begin(*ready);
+    if (begin == GetArea::past(*ready) || characterOf(begin[-1]) != m_last)
+        return {};
+    return {begin - 1, GetArea::end(*ready)};
+}
+
+void TextReader::skip(std::size_t n) {
+    if (n == 0)
+        return;
+    std::streambuf& buffer = *m_stream->rdbuf();
+    GetArea::skipTo(buffer, GetArea::begin(buffer) + n - 1);
+    m_last = END;
+    m_col += n;
 }
 
 std::size_t TextReader::read(char* buf, std::size_t len) {

@@ -108,12 +108,16 @@ Input openReferred(const MakeStream& make, const std::string& bytes) {
             {stream, other}};
 }
 
-void addWraps(std::vector<InputKind>& kinds, const std::string& buffer, const MakeStream& make) {
-    using std::bind_front;
-    kinds.push_back({buffer + ", istream", bind_front(openReferred<std::istream>, make)});
-    kinds.push_back({buffer + ", owned istream", bind_front(openOwned<std::istream>, make)});
-    kinds.push_back({buffer + ", iostream", bind_front(openReferred<std::iostream>, make)});
-    kinds.push_back({buffer + ", owned iostream", bind_front(openOwned<std::iostream>, make)});
+void addWraps(std::vector<InputKind>& kinds, const std::string& buffer, bool buffered,
+              const MakeStream& make) {
+    const auto add = [&](const std::string& wrap,
+                         Input (*open)(const MakeStream&, const std::string&)) {
+        kinds.push_back({buffer + ", " + wrap, std::bind_front(open, make), buffered});
+    };
+    add("istream", openReferred<std::istream>);
+    add("owned istream", openOwned<std::istream>);
+    add("iostream", openReferred<std::iostream>);
+    add("owned iostream", openOwned<std::iostream>);
 }
 
 Input openString(const std::string& bytes) {
@@ -140,15 +144,16 @@ Input openFile(const std::string& bytes) {
 std::vector<InputKind> inputKinds() {
     std::vector<InputKind> kinds = {
         {"string", openString}, {"block", openBlock}, {"file", openFile}};
-    addWraps(kinds, "string buffer",
+    addWraps(kinds, "string buffer", true,
              [](const std::string& bytes) { return std::make_unique<std::stringstream>(bytes); });
-    addWraps(kinds, "file buffer", [](const std::string& bytes) {
+    addWraps(kinds, "file buffer", true, [](const std::string& bytes) {
         return std::make_unique<std::fstream>(fileOf(bytes), std::ios::in | std::ios::binary);
     });
     for (const std::size_t chunk : {0U, 1U, 3U, 40U})
-        addWraps(kinds, "buffer of " + std::to_string(chunk), [chunk](const std::string& bytes) {
-            return std::make_unique<ChunkedStream>(bytes, chunk);
-        });
+        addWraps(kinds, "buffer of " + std::to_string(chunk), chunk > 1,
+                 [chunk](const std::string& bytes) {
+                     return std::make_unique<ChunkedStream>(bytes, chunk);
+                 });
     return kinds;
 }
 

@@ -30,6 +30,9 @@ struct Input {
 struct InputKind {
     std::string name;
     std::function<Input(const std::string& bytes)> open;
+
+    /// Whether it reads from a stream whose buffer holds several characters at a time.
+    bool buffered = false;
 };
 
 inline void PrintTo(const InputKind& kind, std::ostream* out) {

@@ -7,6 +7,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -91,6 +92,15 @@ class Draws {
     std::string m_special;
 };
 
+/// The cells from here on up to the end of the row.
+template <class Parser>
+std::vector<std::string> restOfRow(Parser& parser) {
+    std::vector<std::string> cells;
+    while (parser.hasCell())
+        cells.push_back(parser.nextCell());
+    return cells;
+}
+
 /// The call that the protocol asks for after one with that outcome.
 Call next(Call call, const std::string& outcome) {
     if (call == Call::NEXT_CELL || outcome.rfind("row 1", 0) == 0)
@@ -123,6 +133,40 @@ class RowParserBesidePlain : public ::testing::TestWithParam<InputKind> {
             call = byProtocol ? next(call, expected) : static_cast<Call>(draws.below(3));
         }
     }
+
+    /// Of the rows that were asked for as a whole, how many could be taken.
+    static std::size_t expectPlainRows(const Format& format, unsigned seed) {
+        Draws draws(seed, format);
+        const std::string bytes = draws.bytes();
+        const bool tells = draws.below(2) == 0;
+        Input input = GetParam().open(bytes);
+        OpenParser parser(DelimitedRowParser::createRFC4180(format.delim, format.quotes));
+        parser.open(input.device);
+        plain::RowParser plainParser(*input.source, format.delim,
+                                     format.quotes == nullptr ? "\"" : format.quotes);
+        std::vector<std::string_view> cells;
+        std::size_t taken = 0;
+        for (std::size_t i = 0; i < bytes.size() + 20; ++i) {
+            const std::size_t least = draws.below(4);
+            if (draws.below(2) == 0 && parser.takeRow(cells, least)) {
+                ++taken;
+                EXPECT_GE(cells.size(), least);
+                EXPECT_EQ(std::vector<std::string>(cells.begin(), cells.end()),
+                          restOfRow(plainParser))
+                    << GetParam().name << ", " << format.name() << ", seed " << seed << ", call "
+                    << i << " of " << ::testing::PrintToString(bytes);
+            }
+            const Call call =
+                draws.below(3) == 0 ? static_cast<Call>(draws.below(3)) : Call::HAS_ROW;
+            EXPECT_EQ(outcome(call, tells, parser, *input.device, input.stream),
+                      outcome(call, tells, plainParser, *input.source, input.sourceStream))
+                << GetParam().name << ", " << format.name() << ", seed " << seed << ", call " << i
+                << " of " << ::testing::PrintToString(bytes);
+            if (HasFailure())
+                break;
+        }
+        return taken;
+    }
 };
 
 TEST_P(RowParserBesidePlain, GivesTheSameTable) {
@@ -135,6 +179,17 @@ TEST_P(RowParserBesidePlain, GivesTheSameInWhateverOrderItIsCalled) {
     for (const Format& format : FORMATS)
         for (unsigned seed = 1000; seed < 1040; ++seed)
             ASSERT_NO_FATAL_FAILURE(expectPlainParsing(format, seed, false));
+}
+
+TEST_P(RowParserBesidePlain, TakesTheSameRows) {
+    for (const Format& format : FORMATS) {
+        std::size_t taken = 0;
+        for (unsigned seed = 2000; seed < 2080; ++seed) {
+            taken += expectPlainRows(format, seed);
+            ASSERT_FALSE(HasFailure());
+        }
+        EXPECT_EQ(taken > 0, GetParam().buffered && format.delim != '\r') << format.name();
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, RowParserBesidePlain, ::testing::ValuesIn(inputKinds()),

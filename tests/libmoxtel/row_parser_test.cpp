@@ -2,9 +2,11 @@
 
 #include <memory>
 #include <new>
+#include <optional>
 #include <random>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -306,6 +308,113 @@ TEST(RowParser, HasCellTakesOneDelimiterEachTime) {
 }
 
 // Opening.
+
+/// What a parser over a stream takes of `text` as a whole row; nothing when it takes none.
+std::optional<Row> rowTaken(DelimitedRowParser parser, const std::string& text, std::size_t least) {
+    std::istringstream in(text);
+    parser.open(in);
+    parser.hasRow();
+    std::vector<std::string_view> cells = {"from before"};
+    if (!parser.takeRow(cells, least))
+        return std::nullopt;
+    return Row(cells.begin(), cells.end());
+}
+
+std::optional<Row> rowTaken(const std::string& text, std::size_t least = 0) {
+    return rowTaken(DelimitedRowParser::createRFC4180(',', nullptr), text, least);
+}
+
+TEST(TakeRow, GivesTheCells) {
+    EXPECT_EQ(rowTaken("a,b c,d\nnext"), Row({"a", "b c", "d"}));
+    EXPECT_EQ(rowTaken("a,,b,\nnext"), Row({"a", "", "b", ""}));
+    EXPECT_EQ(rowTaken(",a\nnext"), Row({"a"}));
+    EXPECT_EQ(rowTaken(",\nnext"), Row({""}));
+    EXPECT_EQ(rowTaken("\nnext"), Row());
+    EXPECT_EQ(rowTaken("a,b\n\rnext"), Row({"a", "b"}));
+    EXPECT_EQ(rowTaken("a,15 \x80\xfe,c\"d\"\nnext"), Row({"a", "15 \x80\xfe", "c\"d\""}));
+}
+
+TEST(TakeRow, LeavesRowsThatDoNotStandInTheInputAsTheyAreRead) {
+    EXPECT_EQ(rowTaken("a,\"b\",c\nnext"), std::nullopt);
+    EXPECT_EQ(rowTaken("\"a\"\nnext"), std::nullopt);
+    EXPECT_EQ(rowTaken("a,\"\nnext"), std::nullopt);
+    EXPECT_EQ(rowTaken("a,b\r\nnext"), std::nullopt);
+    EXPECT_EQ(rowTaken("a,b\xff\nnext"), std::nullopt);
+    EXPECT_EQ(rowTaken("\xff\nnext"), std::nullopt);
+}
+
+TEST(TakeRow, LeavesTheLastRow) {
+    EXPECT_EQ(rowTaken("a,b"), std::nullopt);
+    EXPECT_EQ(rowTaken("a,b\n"), std::nullopt);
+    EXPECT_EQ(rowTaken(","), std::nullopt);
+    EXPECT_EQ(rowTaken("\n"), std::nullopt);
+    EXPECT_EQ(rowTaken(""), std::nullopt);
+}
+
+TEST(TakeRow, LeavesRowsOfFewerCellsThanAskedFor) {
+    EXPECT_EQ(rowTaken("a,b\nnext", 3), std::nullopt);
+    EXPECT_EQ(rowTaken("a,b\nnext", 2), Row({"a", "b"}));
+    EXPECT_EQ(rowTaken("\nnext", 1), std::nullopt);
+}
+
+TEST(TakeRow, HeedsTheFormat) {
+    EXPECT_EQ(
+        rowTaken(DelimitedRowParser::createEscaped(';', "'", '\\', '#'), "#a;b\\;c,\"d\nnext", 0),
+        Row({"#a", "b\\", "c,\"d"}));
+    EXPECT_EQ(rowTaken(DelimitedRowParser::createEscaped(';', "'", '\\', '#'), "a;'b'\nnext", 0),
+              std::nullopt);
+    EXPECT_EQ(rowTaken(DelimitedRowParser::createRFC4180('\r', nullptr), "a\rb\nnext", 0),
+              std::nullopt);
+    EXPECT_EQ(rowTaken(DelimitedRowParser::createRFC4180('\r', nullptr), "\ra\nnext", 0),
+              std::nullopt);
+}
+
+TEST(TakeRow, LeavesTheDecisionsToAFormatOfAnotherKind) {
+    class DotFormat : public RFC4180DelimitedRowFormat {
+      public:
+        DotFormat() : RFC4180DelimitedRowFormat(',', nullptr) {}
+        bool isDelim(int c) const override { return c == '.'; }
+    };
+    EXPECT_EQ(rowTaken(DelimitedRowParser(new DotFormat), "a,b\nnext", 0), std::nullopt);
+}
+
+TEST(TakeRow, GoesOnInTheNextRow) {
+    std::istringstream in("a,b\n\rc,\"d\"\n,e\nlast");
+    DelimitedRowParser parser = DelimitedRowParser::createRFC4180(in, ',', nullptr);
+    std::vector<std::string_view> cells;
+    Table table;
+    while (parser.hasRow())
+        if (parser.takeRow(cells, 0)) {
+            table.emplace_back(cells.begin(), cells.end());
+            table.back().push_back("taken");
+        } else {
+            table.emplace_back();
+            while (parser.hasCell())
+                table.back().push_back(parser.nextCell());
+        }
+    EXPECT_EQ(table, Table({{"a", "b", "taken"}, {"c", "d"}, {"e", "taken"}, {"last"}}));
+}
+
+TEST(TakeRow, WithoutAPeekedCharacterThereIsNone) {
+    std::istringstream in("a\nb\n");
+    DelimitedRowParser parser = DelimitedRowParser::createRFC4180(in, ',', nullptr);
+    std::vector<std::string_view> cells;
+    EXPECT_FALSE(parser.takeRow(cells, 0));
+    EXPECT_TRUE(parser.hasRow());
+    EXPECT_TRUE(parser.takeRow(cells, 0));
+    EXPECT_EQ(cells, std::vector<std::string_view>({"a"}));
+}
+
+TEST(TakeRow, WithoutAStreamThereIsNone) {
+    const std::string text = "a,b\nnext";
+    DelimitedRowParser parser = DelimitedRowParser::createRFC4180(',', nullptr);
+    std::string block = text;
+    parser.open(Device::wrapArray(block.data(), block.size(), OPEN_READ));
+    EXPECT_TRUE(parser.hasRow());
+    std::vector<std::string_view> cells;
+    EXPECT_FALSE(parser.takeRow(cells, 0));
+    EXPECT_EQ(tableOf(parser), Table({{"a", "b"}, {"next"}}));
+}
 
 TEST(RowParserOpen, AnotherTextIsReadFromItsStartWithTheSameFormat) {
     DelimitedRowParser parser = DelimitedRowParser::createRFC4180(';', "'");

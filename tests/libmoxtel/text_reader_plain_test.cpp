@@ -3,10 +3,12 @@
 
 #include <moxtel/text.hpp>
 
+#include <algorithm>
 #include <ios>
 #include <random>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -151,6 +153,36 @@ void expectPlainReading(const InputKind& kind, int acceptNewlines, unsigned seed
     }
 }
 
+/// How many characters were at hand.
+std::size_t expectPlainSkips(const InputKind& kind, unsigned seed) {
+    Draws draws(seed);
+    const std::string bytes = draws.input();
+    Input input = kind.open(bytes);
+    TextReader reader(input.device, TextStream::NL_DEFAULT);
+    plain::Reader plainReader(*input.source, TextStream::NL_DEFAULT);
+    std::size_t shown = 0;
+    for (int i = 0; i < 40; ++i) {
+        const std::string_view text = reader.atHand();
+        shown += text.size();
+        const std::size_t most = std::min(text.find_first_of("\n\r\xff"), text.size());
+        const std::size_t count = draws.oneIn(2) ? most : draws.below(most + 1);
+        const std::string expected(text.substr(0, count));
+        reader.skip(count);
+        std::string skipped;
+        while (skipped.size() < count)
+            skipped += static_cast<char>(plainReader.read());
+        EXPECT_EQ(skipped, expected) << kind.name << ", seed " << seed << ", call " << i;
+
+        Call call = draws.call();
+        call.kind = draws.oneIn(2) ? Call::PEEK : call.kind;
+        EXPECT_EQ(outcome(call, reader, *input.device, input.stream),
+                  outcome(call, plainReader, *input.source, input.sourceStream))
+            << kind.name << ", seed " << seed << ", call " << i << ": "
+            << ::testing::PrintToString(call);
+    }
+    return shown;
+}
+
 class TextReaderBesidePlain : public ::testing::TestWithParam<InputKind> {};
 
 TEST_P(TextReaderBesidePlain, DoesTheSameWhateverIsAccepted) {
@@ -177,6 +209,13 @@ TEST_P(TextReaderBesidePlain, ReadsBlocksOfEverySizeTheSame) {
                           outcome(call, plainReader, *input.source, input.sourceStream))
                     << "block " << i << " of " << size << ", accepting " << acceptNewlines;
         }
+}
+
+TEST_P(TextReaderBesidePlain, SkipsWhatIsAtHand) {
+    std::size_t shown = 0;
+    for (unsigned seed = 0; seed < 400 && !HasFailure(); ++seed)
+        shown += expectPlainSkips(GetParam(), seed);
+    EXPECT_EQ(shown > 0, GetParam().buffered);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, TextReaderBesidePlain, ::testing::ValuesIn(inputKinds()),

@@ -354,6 +354,60 @@ TEST(BlockRead, CountsNothingWhenTheDeviceFails) {
 
 // Devices and their lifetime.
 
+TEST(AtHand, IsWhatWasPeekedAtAndTheRestOfTheBuffer) {
+    std::istringstream in("ab\r\ncd");
+    TextReader reader(in, TextStream::NL_DEFAULT);
+    EXPECT_EQ(reader.atHand(), "");
+    reader.peek();
+    EXPECT_EQ(reader.atHand(), "ab\r\ncd");
+    reader.read();
+    EXPECT_EQ(reader.atHand(), "");
+    reader.peek();
+    EXPECT_EQ(reader.atHand(), "b\r\ncd");
+}
+
+TEST(AtHand, IsNothingWithoutAStreamOrABlock) {
+    TextReader none;
+    none.peek();
+    EXPECT_EQ(none.atHand(), "");
+
+    std::string block = "ab";
+    TextReader overBlock(Device::wrapArray(block.data(), block.size(), OPEN_READ), 0);
+    overBlock.peek();
+    EXPECT_EQ(overBlock.atHand(), "");
+
+    std::istringstream in("abc");
+    TextReader moved(in, TextStream::NL_DEFAULT);
+    moved.peek();
+    in.seekg(0);
+    EXPECT_EQ(moved.atHand(), "");
+    in.seekg(2);
+    EXPECT_EQ(moved.atHand(), "");
+    EXPECT_EQ(moved.readLine(), "ac");
+
+    std::istringstream ended("a");
+    TextReader last(ended, TextStream::NL_DEFAULT);
+    last.peek();
+    EXPECT_EQ(last.atHand(), "");
+}
+
+TEST(Skip, ReadsThatManyCharacters) {
+    std::istringstream in("abcd\ne");
+    TextReader reader(in, TextStream::NL_DEFAULT);
+    reader.skip(0);
+    reader.peek();
+    reader.skip(0);
+    EXPECT_EQ(reader.col(), 0U);
+    reader.skip(1);
+    EXPECT_EQ(reader.col(), 1U);
+    reader.peek();
+    reader.skip(2);
+    EXPECT_EQ(reader.col(), 3U);
+    EXPECT_EQ(reader.readLine(), "d");
+    EXPECT_EQ(reader.row(), 1U);
+    EXPECT_EQ(reader.read(), 'e');
+}
+
 TEST(TextReaderDevice, WithoutADeviceTheDataIsAtItsEnd) {
     TextReader reader;
     EXPECT_FALSE(reader.handle());

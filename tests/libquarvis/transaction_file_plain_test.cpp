@@ -43,12 +43,17 @@ Histories readPlainly(std::istream& in, char delim) {
     return histories;
 }
 
-/// A file of few entities, times and items, in any order, of which some bytes are then others.
+/// A file of few entities, times and items, in any order, of which some bytes are then others; now
+/// and then one that no buffer holds as a whole.
 std::string randomFile(std::mt19937& random, char delim) {
     std::string text = "header\n";
-    for (auto rows = random() % 30; rows > 0; --rows) {
-        text += 'e' + std::to_string(random() % 4) + delim + std::to_string(random() % 3);
-        for (auto items = random() % 20; items > 0; --items)
+    for (auto rows = random() % (random() % 100 == 0 ? 5000 : 30); rows > 0; --rows) {
+        const auto cells = random() % 20;  // without a time when there is but one
+        if (cells > 0)
+            text += 'e' + std::to_string(random() % 4);
+        if (cells > 1)
+            text += delim + std::to_string(random() % 3);
+        for (auto items = cells; items > 2; --items)
             text += delim + std::string(random() % 12, 'i') + std::to_string(random() % 8);
         text += '\n';
     }
