@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <cstddef>
 #include <iosfwd>
 #include <string>
@@ -112,6 +113,7 @@ class DelimitedRowParser {
     bool m_isDelim(int c) const {
         return m_plain ? c == static_cast<signed char>(m_plainDelim) : m_format->isDelim(c);
     }
+    bool m_isPlainQuote(char c) const { return m_plainQuotes[static_cast<unsigned char>(c)]; }
 
     mem::Pointer<DelimitedRowFormat> m_format;
 
@@ -119,6 +121,7 @@ class DelimitedRowParser {
     /// ends at `m_plainDelim` or at the end of the row.
     bool m_plain = false;
     char m_plainDelim = '\0';
+    std::bitset<256> m_plainQuotes;  ///< What `isQuote` of the format says of each byte.
 };
 
 }  // namespace moxtel::io

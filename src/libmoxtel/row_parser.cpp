@@ -28,8 +28,11 @@ DelimitedRowParser::DelimitedRowParser(const DelimitedRowFormat* format) : m_for
     const std::type_info& kind = typeid(*format);
     m_plain =
         kind == typeid(RFC4180DelimitedRowFormat) || kind == typeid(EscapedDelimitedRowFormat);
-    if (m_plain)
-        m_plainDelim = static_cast<const CharDelimitedRowFormat*>(format)->delim();
+    if (!m_plain)
+        return;
+    m_plainDelim = static_cast<const CharDelimitedRowFormat*>(format)->delim();
+    for (std::size_t c = 0; c < m_plainQuotes.size(); ++c)
+        m_plainQuotes[c] = format->isQuote(static_cast<int>(c));
 }
 
 DelimitedRowParser::DelimitedRowParser(Device* in, char delim, const char* quote, char escape)
@@ -102,7 +105,7 @@ std::string DelimitedRowParser::nextCell() {
     const int c = m_src.peek();
     if (c == '\n' || c == -1)
         return std::string();
-    if (!m_plain || m_format->isQuote(c))
+    if (!m_plain || m_isPlainQuote(static_cast<char>(c)))
         return m_format->readCell(m_src);
     int end = 0;
     std::string cell = m_src.readUntil(m_plainDelim, end);
@@ -125,7 +128,7 @@ bool DelimitedRowParser::takeRow(std::vector<std::string_view>& cells, std::size
         const char* begin = *stop == m_plainDelim ? stop + 1 : stop;
         while (true) {
             stop = findStop(begin, end, characterOf(m_plainDelim));
-            if (stop == end || *stop == '\r' || *stop == '\xff' || m_format->isQuote(*begin))
+            if (stop == end || *stop == '\r' || *stop == '\xff' || m_isPlainQuote(*begin))
                 return false;
             cells.emplace_back(begin, stop);
             if (*stop == '\n')
