@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -120,11 +121,13 @@ struct Reading {
     std::size_t peak;
 };
 
-/// What `read()`, which gives the histories, takes in a process of its own.
+/// What `read()`, which gives the histories, takes in a process of its own that has `mapped` bytes
+/// of memory before.
 template <class Read>
-Reading measured(Read read) {
+Reading measured(std::size_t mapped, Read read) {
     return bench::inChild([&] {
         const bench::MemoryPeak peak;
+        bench::mapHeap(mapped);
         const std::size_t heap = bench::heapInUse();
         const bench::Stopwatch watch;
         const auto histories = read();
@@ -133,44 +136,47 @@ Reading measured(Read read) {
     });
 }
 
+/// The ways to read a file.
+enum Way : std::size_t { LIBRARY, PLAIN, HINTED };
+
 struct Comparison {
-    Times library;
-    Times plain;
-    Times hinted;
-    Reading last;  // of the library
+    std::vector<Times> times;  // of each way
+    Reading last;              // of the library
     double bytes;
 
-    double ratio() const { return library.cpu.median() / plain.cpu.median(); }
-    double hintedRatio() const { return library.cpu.median() / hinted.cpu.median(); }
-    double nanosecondsPerByte() const { return library.cpu.median() / bytes * 1e9; }
+    double seconds(Way way) const { return times[way].cpu.median(); }
+    double ratio(Way baseline) const { return seconds(LIBRARY) / seconds(baseline); }
+    double nanosecondsPerByte(Way way) const { return seconds(way) / bytes * 1e9; }
 };
 
-/// Throws when they disagree.
-Comparison compare(const std::string& path, std::size_t runs) {
+/// Reads the file in each way up to `lastWay`, in processes that have `mapped` bytes of memory
+/// before. Throws when they disagree.
+Comparison compare(const std::string& path, std::size_t runs, Way lastWay, std::size_t mapped) {
     const auto readByLibrary = [&] {
         TransactionSet txns;
         txns.readInto(path, '\t');
         return txns;
     };
-    Reading library{};
-    Reading plain{};
-    Reading hinted{};
-    std::vector<Times> times = bench::inTurns(
-        runs, {[&] {
-                   library = measured(readByLibrary);
-                   return library.time;
-               },
-               [&] {
-                   plain = measured([&] { return readPlainly<Placed>(path); });
-                   return plain.time;
-               },
-               [&] {
-                   hinted = measured([&] { return readPlainly<PlacedByHints>(path); });
-                   return hinted.time;
-               }});
-    bench::check(library.content.digest == plain.content.digest, "not the content of " + path);
-    bench::check(library.content.digest == hinted.content.digest, "not the content of " + path);
-    return {times[0], times[1], times[2], library,
+    std::vector<Reading> readings(lastWay + 1);
+    std::vector<std::function<Seconds()>> ways = {
+        [&] {
+            readings[LIBRARY] = measured(mapped, readByLibrary);
+            return readings[LIBRARY].time;
+        },
+        [&] {
+            readings[PLAIN] = measured(mapped, [&] { return readPlainly<Placed>(path); });
+            return readings[PLAIN].time;
+        },
+        [&] {
+            readings[HINTED] = measured(mapped, [&] { return readPlainly<PlacedByHints>(path); });
+            return readings[HINTED].time;
+        }};
+    ways.resize(lastWay + 1);
+    std::vector<Times> times = bench::inTurns(runs, ways);
+    for (const Reading& reading : readings)
+        bench::check(reading.content.digest == readings[LIBRARY].content.digest,
+                     "not the content of " + path);
+    return {std::move(times), readings[LIBRARY],
             static_cast<double>(std::filesystem::file_size(path))};
 }
 
@@ -185,14 +191,14 @@ class FileTable {
           m_runs(runs) {}
 
     void measure(const std::string& name, const std::string& path) {
-        const Comparison both = compare(path, m_runs);
+        const Comparison both = compare(path, m_runs, HINTED, 0);
         const Reading& last = both.last;
         const double perCell =
             static_cast<double>(last.heap) / static_cast<double>(last.content.cells);
         m_table.row({name, bench::fixed(both.bytes / 1e6, 1), bench::grouped(last.content.cells),
-                     m_speed(both, both.library.cpu.median()), m_range(both, both.library),
-                     m_speed(both, both.plain.cpu.median()), bench::fixed(both.ratio(), 2),
-                     m_speed(both, both.hinted.cpu.median()), bench::fixed(both.hintedRatio(), 2),
+                     m_speed(both, both.seconds(LIBRARY)), m_range(both),
+                     m_speed(both, both.seconds(PLAIN)), bench::fixed(both.ratio(PLAIN), 2),
+                     m_speed(both, both.seconds(HINTED)), bench::fixed(both.ratio(HINTED), 2),
                      bench::fixed(perCell, 1), bench::megabytes(last.peak)});
     }
 
@@ -205,8 +211,9 @@ class FileTable {
     static std::string m_speed(const Comparison& both, double seconds) {
         return bench::fixed(both.bytes / 1e6 / seconds, 1);
     }
-    static std::string m_range(const Comparison& both, const Times& times) {
-        return m_speed(both, times.cpu.greatest()) + ".." + m_speed(both, times.cpu.least());
+    static std::string m_range(const Comparison& both) {
+        const auto& cpu = both.times[LIBRARY].cpu;
+        return m_speed(both, cpu.greatest()) + ".." + m_speed(both, cpu.least());
     }
 
     Table m_table;
@@ -233,27 +240,40 @@ void compareFiles(const Arguments& arguments) {
     table.measure("rows of 8 items, keys shuffled", RowTable{rows / 8 + 1, 4, 8, 10'000, true});
 }
 
-/// Rows of 8 items, from 1 MB up to the size asked for, in steps of 4.
+/// Rows of 8 items, from 1 MB up to `most`, in steps of 4. The memory for them is the system's to
+/// give, at a price of its own; so the same is measured with that memory given before.
+void follow(const Table& table, std::size_t most, bool shuffled, std::size_t runs) {
+    std::vector<Comparison> given;
+    for (std::size_t megabytes = 1; megabytes <= most; megabytes *= 4) {
+        RowTable rows;
+        rows.rows = megabytes * 1'000'000 / rows.rowSize();
+        rows.shuffled = shuffled;
+        const TempFile file([&](std::ostream& os) { rows.write(os); });
+        const Comparison asking = compare(file.path(), runs, PLAIN, 0);
+        const std::size_t heap = asking.last.heap;
+        given.push_back(compare(file.path(), runs, PLAIN, heap + heap / 8));
+        std::vector<std::string> row = {std::to_string(megabytes) + " MB",
+                                        shuffled ? "shuffled" : "in order"};
+        for (const Way way : {LIBRARY, PLAIN})
+            row.push_back(bench::fixed(asking.nanosecondsPerByte(way), 2));
+        row.push_back(bench::fixed(asking.ratio(PLAIN), 2));
+        for (const Way way : {LIBRARY, PLAIN}) {
+            const double cost = given.back().nanosecondsPerByte(way);
+            row.push_back(bench::fixed(cost, 2));
+            row.push_back(bench::fixed(cost / given.front().nanosecondsPerByte(way), 2));
+        }
+        row.push_back(bench::fixed(given.back().ratio(PLAIN), 2));
+        row.push_back(bench::megabytes(heap));
+        table.row(row);
+    }
+}
+
 void follow(const Arguments& arguments) {
     const Table table("Growth of reading: nanoseconds of processor time per byte",
-                      {"file", "keys", "here", "getline", "ratio", "growth", "peak, MB"});
-    for (const bool shuffled : {false, true}) {
-        double before = 0;
-        for (std::size_t megabytes = 1; megabytes <= arguments.megabytes; megabytes *= 4) {
-            RowTable rows;
-            rows.rows = megabytes * 1'000'000 / rows.rowSize();
-            rows.shuffled = shuffled;
-            const TempFile file([&](std::ostream& os) { rows.write(os); });
-            const Comparison both = compare(file.path(), arguments.runs);
-            const double cost = both.nanosecondsPerByte();
-            table.row({std::to_string(megabytes) + " MB", shuffled ? "shuffled" : "in order",
-                       bench::fixed(cost, 2), bench::fixed(cost / both.ratio(), 2),
-                       bench::fixed(both.ratio(), 2),
-                       before == 0 ? "" : bench::fixed(cost / before, 2),
-                       bench::megabytes(both.last.peak)});
-            before = cost;
-        }
-    }
+                {"file", "keys", "here", "getline", "ratio", "given memory: here", "to 1 MB",
+                 "getline", "to 1 MB", "ratio", "heap, MB"});
+    for (const bool shuffled : {false, true})
+        follow(table, arguments.megabytes, shuffled, arguments.runs);
 }
 
 void run(const Arguments& arguments) {

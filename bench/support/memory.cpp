@@ -2,7 +2,9 @@
 
 #include <malloc.h>
 
+#include <cstdlib>
 #include <fstream>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -23,6 +25,18 @@ std::size_t statusBytes(const std::string& field) {
 std::size_t heapInUse() {
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
+}
+
+void mapHeap(std::size_t size) {
+    constexpr std::size_t page = 4096;
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, -1);
+    auto* const block = static_cast<volatile char*>(std::malloc(size));
+    if (block == nullptr)
+        throw std::bad_alloc();
+    for (std::size_t i = 0; i < size; i += page)
+        block[i] = 0;
+    std::free(const_cast<char*>(block));
 }
 
 MemoryPeak::MemoryPeak() {
