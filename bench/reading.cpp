@@ -270,8 +270,8 @@ void follow(const Table& table, std::size_t most, bool shuffled, std::size_t run
 
 void follow(const Arguments& arguments) {
     const Table table("Growth of reading: nanoseconds of processor time per byte",
-                {"file", "keys", "here", "getline", "ratio", "given memory: here", "to 1 MB",
-                 "getline", "to 1 MB", "ratio", "heap, MB"});
+                      {"file", "keys", "here", "getline", "ratio", "given memory: here", "to 1 MB",
+                       "getline", "to 1 MB", "ratio", "heap, MB"});
     for (const bool shuffled : {false, true})
         follow(table, arguments.megabytes, shuffled, arguments.runs);
 }

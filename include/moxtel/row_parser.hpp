@@ -20,7 +20,14 @@ namespace moxtel::io {
 ///         while (parser.hasCell())
 ///             use(parser.nextCell());
 ///
-/// or, where a row can be had as a whole, by `takeRow`.
+/// What is done with a row cell by cell can be done faster with many rows as a whole:
+///
+///     while (parser.hasRow())
+///         if (parser.takeRow(cells, 0))
+///             use(cells);
+///         else
+///             while (parser.hasCell())
+///                 use(parser.nextCell());
 ///
 /// The format takes every syntactic decision; the parser consumes what stands between the cells.
 /// Some consequences: a row that begins with a delimiter loses its empty first cell, a delimiter at
@@ -86,10 +93,12 @@ class DelimitedRowParser {
     /// that no `hasCell` has consumed, and at the end of the data.
     std::string nextCell();
 
-    /// Takes the whole row that is next, after `hasRow`, if its cells stand in the buffer of the
-    /// input just as `hasCell` and `nextCell` would give them; they are then shown there until
-    /// anything is read from the input. Otherwise, and when the row has fewer than `least` cells,
-    /// false, with nothing consumed: the row is then to be read cell by cell.
+    /// Takes the whole row that is next, after `hasRow`, where its cells stand in the buffer of a
+    /// stream just as `hasCell` and `nextCell` would give them: `cells` shows them there until
+    /// anything is done with the parser or its input. False, with nothing consumed and `cells`
+    /// unspecified, for a row of fewer than `least` cells and for one that cannot be had so: with
+    /// quotes or carriage returns, of many kilobytes, across the end of the buffer, the last one,
+    /// in a format of another kind. It is then to be read cell by cell.
     bool takeRow(std::vector<std::string_view>& cells, std::size_t least);
 
   protected:

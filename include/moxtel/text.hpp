@@ -112,12 +112,13 @@ class TextReader : public TextStream {
     /// one by one, in blocks where the device reads from a stream.
     std::string readUntil(char stop, int& end);
 
-    /// What comes next as it is in the data, without a call of the device: the character that was
-    /// peeked at and those after it that the stream's buffer holds. Empty when none was peeked at
-    /// or when they do not stand in one block. Valid until the next read from reader or device.
+    /// What comes next as it is in the data, in the buffer of the stream that the device reads
+    /// from: the character that was peeked at and at least one after it. Empty where they do not
+    /// stand there. Valid until anything is done with the reader, the device or the stream.
     std::string_view atHand() const;
 
-    /// Reads `n` of the characters at hand, of which none is part of a line end or a byte 0xFF.
+    /// Reads `n` characters, no more than are at hand. None of them may be part of a line end or a
+    /// byte 0xFF.
     void skip(std::size_t n);
 
     /// Reads up to `len` bytes and translates them in place. Always 0: how many characters came of

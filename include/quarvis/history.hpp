@@ -31,10 +31,7 @@ class History {
 
     /// The item set at `t`, created empty when absent; in constant time where `t` comes after all
     /// others.
-    ItemSet& operator[](Time t) noexcept {
-        const bool last = m_data.empty() || m_data.rbegin()->first < t;
-        return last ? m_data.try_emplace(m_data.end(), t)->second : m_data[t];
-    }
+    ItemSet& operator[](Time t) noexcept { return m_data.try_emplace(m_data.end(), t)->second; }
 
     /// Whether there is a transaction at `t`.
     bool contains(Time t) const { return m_data.contains(t); }
@@ -101,8 +98,9 @@ class TransactionSet {
     /// transaction. Nothing is rejected: a time that is not a number is 0, and a row without a time
     /// cell takes it from the row after it.
     ///
-    /// Reading costs at most two map lookups a row and a set insertion an item. What the stream throws
-    /// propagates; the rows read before stay.
+    /// Reading costs at most two map lookups a row and a set insertion an item, and the memory for
+    /// the items of one row. What the stream throws propagates; what was read before stays, of the
+    /// row at hand its items too.
     void readInto(std::istream& in, char delim);
 
     /// As above from the file `path`; one that cannot be opened reads as empty.

@@ -11,6 +11,7 @@
 /// Where a run of plain characters ends.
 namespace moxtel::io {
 
+/// A byte as the character that `TextReader::peek` gives for it.
 inline int characterOf(char c) {
     return static_cast<signed char>(c);
 }
@@ -21,7 +22,7 @@ inline bool endsRun(int c, int stop) {
     return c == -1 || c == '\n' || c == '\r' || c == stop;
 }
 
-/// The first character that ends a run, or `end`.
+/// The first character from `begin` on that ends a run, `stop` among them; or `end`.
 inline const char* findStop(const char* begin, const char* end, int stop) {
 #if defined(__SSE2__)
     const __m128i stops[] = {_mm_set1_epi8(static_cast<char>(stop)), _mm_set1_epi8('\n'),

@@ -1,6 +1,5 @@
 #include <moxtel/text.hpp>
 
-#include <algorithm>
 #include <cstring>
 #include <istream>
 

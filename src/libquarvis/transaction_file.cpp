@@ -3,7 +3,9 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -21,82 +23,122 @@ using moxtel::string::parse;
 
 namespace {
 
-/// The rows of a file, one after the other.
-class Rows {
+/// Where the items of rows go. Rows of one entity, or of one transaction, often follow each other,
+/// and so do entities in their order.
+class Places {
   public:
-    Rows(std::istream& in, char delim)
-        : m_parser(DelimitedRowParser::createRFC4180(in, delim, nullptr)) {}
+    explicit Places(std::map<std::string, History>& histories)
+        : m_histories(histories), m_entity(histories.end()) {}
 
-    /// Whether there was another row, which is then the one that the others tell of.
-    bool next() {
-        if (!m_parser.hasRow())
-            return false;
-        if (!m_parser.takeRow(m_cells, 2))
-            m_readCells();
-        return true;
+    /// The transaction, created empty when absent.
+    ItemSet& at(std::string_view key, History::Time time) {
+        const int order = m_entity == m_histories.end() ? -1 : key.compare(m_entity->first);
+        if (order != 0) {
+            // A key that is not the last one would cost a further comparison with that.
+            m_entity = order > 0 && m_entity == std::prev(m_histories.end())
+                           ? m_histories.try_emplace(m_histories.end(), std::string(key))
+                           : m_histories.try_emplace(std::string(key)).first;
+            m_transaction = nullptr;
+        }
+        if (m_transaction == nullptr || time != m_time) {
+            m_transaction = &m_entity->second[time];
+            m_time = time;
+        }
+        return *m_transaction;
     }
-
-    std::string_view key() const { return m_cells[0]; }
-    History::Time time() const { return parse<History::Time>(std::string(m_cells[1])); }
-    std::span<const std::string_view> items() const { return std::span(m_cells).subspan(2); }
 
   private:
-    void m_readCells() {
-        m_texts.clear();
-        // A missing cell is no error: what follows the line end is read in its place.
-        for (int i = 0; i < 2; ++i) {
-            m_parser.hasCell();
-            m_texts.push_back(m_parser.nextCell());
-        }
-        while (m_parser.hasCell())
-            m_texts.push_back(m_parser.nextCell());
-        m_cells.assign(m_texts.begin(), m_texts.end());
-    }
-
-    DelimitedRowParser m_parser;
-    std::vector<std::string_view> m_cells;
-    std::vector<std::string> m_texts;  ///< Cells that are in no buffer.
+    std::map<std::string, History>& m_histories;
+    std::map<std::string, History>::iterator m_entity;
+    ItemSet* m_transaction = nullptr;
+    History::Time m_time = 0;
 };
 
 /// Puts the items of a row into their set, in order: that takes a set less time than to find a
 /// place for each, and sorting them by their first bytes as numbers takes less than comparing
 /// names.
-class SortedItems {
+class Sorter {
   public:
-    void put(std::span<const std::string_view> items, ItemSet& target) {
-        if (items.size() == 1 && !items[0].empty()) {
-            target.add(Item(items[0]));
+    /// The texts, of strings, are moved away; empty ones are no items.
+    template <class Text>
+    void put(std::span<Text> texts, ItemSet& target) {
+        if (texts.size() == 1 && !texts[0].empty()) {
+            target.add(Item(std::move(texts[0])));
             return;
         }
         m_order.clear();
-        for (const std::string_view item : items)
-            if (!item.empty())
-                m_order.push_back({s_firstBytes(item), item});
-        std::sort(m_order.begin(), m_order.end());
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            if (!texts[i].empty())
+                m_order.push_back({s_firstBytes(texts[i]), i});
+        std::sort(m_order.begin(), m_order.end(), [&](const Place& a, const Place& b) {
+            return a.firstBytes != b.firstBytes ? a.firstBytes < b.firstBytes
+                                                : texts[a.text] < texts[b.text];
+        });
         for (const Place& place : m_order)
-            target.add(Item(place.item));
+            target.add(Item(std::move(texts[place.text])));
     }
 
   private:
     struct Place {
         std::uint64_t firstBytes;
-        std::string_view item;
-
-        bool operator<(const Place& other) const {
-            return firstBytes != other.firstBytes ? firstBytes < other.firstBytes
-                                                  : item < other.item;
-        }
+        std::size_t text;
     };
 
     /// Numbers that are in the order of the texts, or equal; a text that ends counts as going on
     /// with zeros.
-    static std::uint64_t s_firstBytes(std::string_view item) {
+    static std::uint64_t s_firstBytes(std::string_view text) {
         std::uint64_t bytes = 0;
-        std::memcpy(&bytes, item.data(), std::min(item.size(), sizeof(bytes)));
+        std::memcpy(&bytes, text.data(), std::min(text.size(), sizeof(bytes)));
         return moxtel::toHostEndian64(bytes, moxtel::ENDIAN_BIG);
     }
 
     std::vector<Place> m_order;
+};
+
+/// Reads the rows of a file.
+class Rows {
+  public:
+    Rows(std::istream& in, char delim, Places places)
+        : m_parser(DelimitedRowParser::createRFC4180(in, delim, nullptr)), m_places(places) {}
+
+    /// Reads a row; whether there was one. What was read of a row when the stream throws, stays.
+    bool readRow() {
+        if (!m_parser.hasRow())
+            return false;
+        if (m_parser.takeRow(m_cells, 2))
+            m_sorter.put(std::span(m_cells).subspan(2),
+                         m_places.at(m_cells[0], s_timeOf(std::string(m_cells[1]))));
+        else
+            m_readCells();
+        return true;
+    }
+
+  private:
+    void m_readCells() {
+        // A missing cell is no error: what follows the line end is read in its place.
+        m_parser.hasCell();
+        const std::string key = m_parser.nextCell();
+        m_parser.hasCell();
+        ItemSet& target = m_places.at(key, s_timeOf(m_parser.nextCell()));
+        m_items.clear();
+        try {
+            while (m_parser.hasCell())
+                if (Item item = m_parser.nextCell(); !item.empty())
+                    m_items.push_back(std::move(item));
+        } catch (...) {
+            m_sorter.put(std::span(m_items), target);
+            throw;
+        }
+        m_sorter.put(std::span(m_items), target);
+    }
+
+    static History::Time s_timeOf(const std::string& cell) { return parse<History::Time>(cell); }
+
+    DelimitedRowParser m_parser;
+    Places m_places;
+    Sorter m_sorter;
+    std::vector<std::string_view> m_cells;  ///< Of a row that stands in the buffer of the stream.
+    std::vector<Item> m_items;              ///< Of any other.
 };
 
 }  // namespace
@@ -104,29 +146,9 @@ class SortedItems {
 void TransactionSet::readInto(std::istream& in, char delim) {
     std::string header;
     std::getline(in, header);
-    Rows rows(in, delim);
-    SortedItems items;
-    // Rows of one entity, or of one transaction, often follow each other, and so do entities in
-    // their order.
-    auto entity = m_data.end();
-    History::Time lastTime = 0;
-    ItemSet* transaction = nullptr;
-    while (rows.next()) {
-        const int order = entity == m_data.end() ? -1 : rows.key().compare(entity->first);
-        if (order != 0) {
-            std::string key(rows.key());
-            entity = order > 0 && entity == std::prev(m_data.end())
-                         ? m_data.try_emplace(m_data.end(), std::move(key))
-                         : m_data.try_emplace(std::move(key)).first;
-            transaction = nullptr;
-        }
-        const History::Time time = rows.time();
-        if (transaction == nullptr || time != lastTime) {
-            transaction = &entity->second[time];
-            lastTime = time;
-        }
-        items.put(rows.items(), *transaction);
-    }
+    Rows rows(in, delim, Places(m_data));
+    while (rows.readRow())
+        continue;
 }
 
 void TransactionSet::readInto(const std::string& path, char delim) {

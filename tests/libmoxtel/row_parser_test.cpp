@@ -307,7 +307,7 @@ TEST(RowParser, HasCellTakesOneDelimiterEachTime) {
     EXPECT_FALSE(parser.hasCell());
 }
 
-// Opening.
+// Whole rows.
 
 /// What a parser over a stream takes of `text` as a whole row; nothing when it takes none.
 std::optional<Row> rowTaken(DelimitedRowParser parser, const std::string& text, std::size_t least) {
@@ -355,6 +355,12 @@ TEST(TakeRow, LeavesRowsOfFewerCellsThanAskedFor) {
     EXPECT_EQ(rowTaken("a,b\nnext", 3), std::nullopt);
     EXPECT_EQ(rowTaken("a,b\nnext", 2), Row({"a", "b"}));
     EXPECT_EQ(rowTaken("\nnext", 1), std::nullopt);
+}
+
+TEST(TakeRow, LeavesRowsOfManyKilobytes) {
+    const std::string longest((1 << 16) - 2, 'a');
+    EXPECT_EQ(rowTaken(longest + "\nnext"), Row({longest}));
+    EXPECT_EQ(rowTaken(longest + "a\nnext"), std::nullopt);
 }
 
 TEST(TakeRow, HeedsTheFormat) {
@@ -415,6 +421,8 @@ TEST(TakeRow, WithoutAStreamThereIsNone) {
     EXPECT_FALSE(parser.takeRow(cells, 0));
     EXPECT_EQ(tableOf(parser), Table({{"a", "b"}, {"next"}}));
 }
+
+// Opening.
 
 TEST(RowParserOpen, AnotherTextIsReadFromItsStartWithTheSameFormat) {
     DelimitedRowParser parser = DelimitedRowParser::createRFC4180(';', "'");

@@ -352,7 +352,7 @@ TEST(BlockRead, CountsNothingWhenTheDeviceFails) {
     EXPECT_EQ(reader.col(), 0U);
 }
 
-// Devices and their lifetime.
+// What is at hand.
 
 TEST(AtHand, IsWhatWasPeekedAtAndTheRestOfTheBuffer) {
     std::istringstream in("ab\r\ncd");
@@ -407,6 +407,8 @@ TEST(Skip, ReadsThatManyCharacters) {
     EXPECT_EQ(reader.row(), 1U);
     EXPECT_EQ(reader.read(), 'e');
 }
+
+// Devices and their lifetime.
 
 TEST(TextReaderDevice, WithoutADeviceTheDataIsAtItsEnd) {
     TextReader reader;

@@ -251,6 +251,22 @@ TEST(TransactionFile, WhatTheStreamThrowsPropagatesAndTheRowsBeforeStay) {
     EXPECT_EQ(historiesOf(transactions), (Histories{{"e1", {{3, {"ab"}}}}, {"e2", {{4, {"cd"}}}}}));
 }
 
+TEST(TransactionFile, OfARowInWhichTheStreamThrowsTheItemsBeforeStay) {
+    const auto historiesBefore = [](const std::string& text) {
+        std::istringstream in(text);
+        in.exceptions(std::ios::eofbit);
+        TransactionSet transactions;
+        EXPECT_THROW(transactions.readInto(in, '\t'), std::ios::failure) << text;
+        return historiesOf(transactions);
+    };
+    EXPECT_EQ(historiesBefore("h\ne1\t3\tcd\tab\n"), (Histories{{"e1", {{3, {"ab", "cd"}}}}}));
+    EXPECT_EQ(historiesBefore("h\ne1\t3\tcd\tab\tbroken"),
+              (Histories{{"e1", {{3, {"ab", "cd"}}}}}));
+    EXPECT_EQ(historiesBefore("h\ne1\t3\t"), (Histories{{"e1", {{3, {}}}}}));
+    EXPECT_EQ(historiesBefore("h\ne1\t3"), NOTHING);
+    EXPECT_EQ(historiesBefore("h\ne1"), NOTHING);
+}
+
 TEST(TransactionFilePath, ReadsTheFile) {
     const TempDir dir;
     const std::string path = dir.write("transactions", "h\ne1,3,ab,cd\n");
