@@ -34,7 +34,8 @@ class Places {
     ItemSet& at(std::string_view key, History::Time time) {
         const int order = m_entity == m_histories.end() ? -1 : key.compare(m_entity->first);
         if (order != 0) {
-            // A key that is not the last one would cost a further comparison with that.
+            // A hint in vain costs a comparison of keys: it is given where the last row had the
+            // last key.
             m_entity = order > 0 && m_entity == std::prev(m_histories.end())
                            ? m_histories.try_emplace(m_histories.end(), std::string(key))
                            : m_histories.try_emplace(std::string(key)).first;
