@@ -71,16 +71,16 @@ class Sorter {
         for (std::size_t i = 0; i < texts.size(); ++i)
             if (!texts[i].empty())
                 m_order.push_back({s_firstBytes(texts[i]), i});
-        std::sort(m_order.begin(), m_order.end(), [&](const Place& a, const Place& b) {
+        std::sort(m_order.begin(), m_order.end(), [&](const Entry& a, const Entry& b) {
             return a.firstBytes != b.firstBytes ? a.firstBytes < b.firstBytes
                                                 : texts[a.text] < texts[b.text];
         });
-        for (const Place& place : m_order)
-            target.add(Item(std::move(texts[place.text])));
+        for (const Entry& entry : m_order)
+            target.add(Item(std::move(texts[entry.text])));
     }
 
   private:
-    struct Place {
+    struct Entry {
         std::uint64_t firstBytes;
         std::size_t text;
     };
@@ -93,7 +93,7 @@ class Sorter {
         return moxtel::toHostEndian64(bytes, moxtel::ENDIAN_BIG);
     }
 
-    std::vector<Place> m_order;
+    std::vector<Entry> m_order;
 };
 
 /// Reads the rows of a file.

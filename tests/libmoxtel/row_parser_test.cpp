@@ -335,20 +335,14 @@ TEST(TakeRow, GivesTheCells) {
 }
 
 TEST(TakeRow, LeavesRowsThatDoNotStandInTheInputAsTheyAreRead) {
-    EXPECT_EQ(rowTaken("a,\"b\",c\nnext"), std::nullopt);
-    EXPECT_EQ(rowTaken("\"a\"\nnext"), std::nullopt);
-    EXPECT_EQ(rowTaken("a,\"\nnext"), std::nullopt);
-    EXPECT_EQ(rowTaken("a,b\r\nnext"), std::nullopt);
-    EXPECT_EQ(rowTaken("a,b\xff\nnext"), std::nullopt);
-    EXPECT_EQ(rowTaken("\xff\nnext"), std::nullopt);
+    for (const std::string text : {"a,\"b\",c\nnext", "\"a\"\nnext", "a,\"\nnext", "a,b\r\nnext",
+                                   "a,b\xff\nnext", "\xff\nnext"})
+        EXPECT_EQ(rowTaken(text), std::nullopt) << text;
 }
 
 TEST(TakeRow, LeavesTheLastRow) {
-    EXPECT_EQ(rowTaken("a,b"), std::nullopt);
-    EXPECT_EQ(rowTaken("a,b\n"), std::nullopt);
-    EXPECT_EQ(rowTaken(","), std::nullopt);
-    EXPECT_EQ(rowTaken("\n"), std::nullopt);
-    EXPECT_EQ(rowTaken(""), std::nullopt);
+    for (const std::string text : {"a,b", "a,b\n", ",", "\n", ""})
+        EXPECT_EQ(rowTaken(text), std::nullopt) << text;
 }
 
 TEST(TakeRow, LeavesRowsOfFewerCellsThanAskedFor) {
