@@ -11,8 +11,8 @@
 
 #include "chunk_buffer.hpp"
 #include "input.hpp"
-#include "libquarvis/rule_files.hpp"
 #include "targets.hpp"
+#include "unit/quarvis/rule_files.hpp"
 
 namespace fuzz {
 

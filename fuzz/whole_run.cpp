@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "input.hpp"
-#include "quarvis-rules/outcome.hpp"
-#include "quarvis-rules/table.hpp"
+#include "oracle/outcome.hpp"
+#include "oracle/table.hpp"
 #include "targets.hpp"
 
 namespace fuzz {

@@ -10,7 +10,7 @@
 #include "digest.hpp"
 #include "memory.hpp"
 #include "mine.hpp"
-#include "quarvis-rules/plain_mine.hpp"
+#include "oracle/plain_mine.hpp"
 #include "quiet.hpp"
 #include "search.hpp"
 

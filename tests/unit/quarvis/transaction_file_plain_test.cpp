@@ -1,0 +1,111 @@
+/// Transaction files beside a reading of them byte by byte into the standard containers.
+
+#include <ios>
+#include <istream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include <moxtel/parse.hpp>
+
+#include <quarvis/history.hpp>
+
+#include "support/plain_input.hpp"
+#include "support/temp_dir.hpp"
+#include "transactions.hpp"
+
+namespace {
+
+using quarvis::rule::History;
+using quarvis::rule::TransactionSet;
+using quarvis::test::Histories;
+using quarvis::test::historiesOf;
+
+void readPlainly(Histories& histories, std::istream& in, char delim) {
+    std::string header;
+    std::getline(in, header);
+    moxtel::io::plain::StreamSource source(in);
+    moxtel::io::plain::RowParser rows(source, delim, "\"");
+    while (rows.hasRow()) {
+        rows.hasCell();
+        const std::string key = rows.nextCell();
+        rows.hasCell();
+        const auto time = moxtel::string::parse<History::Time>(rows.nextCell());
+        auto& items = histories[key][time];
+        while (rows.hasCell()) {
+            const std::string item = rows.nextCell();
+            if (!item.empty())
+                items.insert(item);
+        }
+    }
+}
+
+/// Whether `read(in)` ended in a failure of a stream over `text` that throws at `thrown`, and the
+/// state of the stream.
+template <class Read>
+std::pair<bool, std::ios::iostate> outcome(const std::string& text, std::ios::iostate thrown,
+                                           Read read) {
+    std::istringstream in(text);
+    in.exceptions(thrown);
+    try {
+        read(in);
+    } catch (const std::ios::failure&) {
+        return {true, in.rdstate()};
+    }
+    return {false, in.rdstate()};
+}
+
+/// A file of few entities, times and items, in any order, of which some bytes are then others; now
+/// and then one that no buffer holds as a whole.
+std::string randomFile(std::mt19937& random, char delim) {
+    std::string text = "header\n";
+    for (auto rows = random() % (random() % 100 == 0 ? 5000 : 30); rows > 0; --rows) {
+        const auto cells = random() % 20;  // without a time when there is but one
+        if (cells > 0)
+            text += 'e' + std::to_string(random() % 4);
+        if (cells > 1)
+            text += delim + std::to_string(random() % 3);
+        for (auto items = cells; items > 2; --items)
+            text += delim + std::string(random() % 12, 'i') + std::to_string(random() % 8);
+        text += '\n';
+    }
+    const std::string special = std::string("\n\r\"\"\xff ") + delim;
+    for (auto changes = random() % 3 == 0 ? random() % 20 : 0; changes > 0; --changes)
+        text[random() % text.size()] = random() % 2 == 0 ? special[random() % special.size()]
+                                                         : static_cast<char>(random() % 256);
+    return text;
+}
+
+TEST(TransactionFileBesidePlain, HoldsTheSame) {
+    const support::TempDir dir;
+    for (unsigned seed = 0; seed < 2000; ++seed) {
+        std::mt19937 random(seed);
+        const char delim = "\t,;\xff\""[random() % 5];
+        const std::string text = randomFile(random, delim);
+        const std::ios::iostate thrown = random() % 4 != 0   ? std::ios::goodbit
+                                         : random() % 2 == 0 ? std::ios::eofbit
+                                                             : std::ios::failbit;
+        Histories expected;
+        const auto expectedOutcome =
+            outcome(text, thrown, [&](std::istream& in) { readPlainly(expected, in, delim); });
+
+        TransactionSet transactions;
+        EXPECT_EQ(
+            outcome(text, thrown, [&](std::istream& in) { transactions.readInto(in, delim); }),
+            expectedOutcome)
+            << "seed " << seed;
+        ASSERT_EQ(historiesOf(transactions), expected)
+            << "seed " << seed << ": " << ::testing::PrintToString(text);
+
+        if (expectedOutcome.first)
+            continue;
+        TransactionSet fromFile;
+        fromFile.readInto(dir.write("file", text), delim);
+        ASSERT_EQ(historiesOf(fromFile), expected) << "file of seed " << seed;
+    }
+}
+
+}  // namespace

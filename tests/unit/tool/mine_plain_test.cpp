@@ -1,0 +1,307 @@
+#include "mine.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "oracle/every_table.hpp"
+#include "oracle/outcome.hpp"
+#include "oracle/random_table.hpp"
+#include "oracle/table.hpp"
+
+namespace mining_tests {
+namespace {
+
+std::string describe(const Configuration& config) {
+    std::ostringstream text;
+    text << "minCount " << config.minCount << ", minSupport " << config.minSupport
+         << ", minConfidence " << config.minConfidence << ", minLift " << config.minLift
+         << ", maxConviction " << config.maxConviction << ", maxOrder " << config.maxOrder
+         << ", windowSize " << config.windowSize;
+    return text.str();
+}
+
+/// Whether the mining does with the transactions what its plain form does.
+testing::AssertionResult agree(const Configuration& config,
+                               const quarvis::rule::TransactionSet& txns) {
+    const Outcome expected = plainOutcome(config, txns);
+    const Outcome mined = minedOutcome(config, txns);
+    if (mined == expected)
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "with " << describe(config) << " the mining gives\n"
+                                       << mined << "instead of\n"
+                                       << expected;
+}
+
+testing::AssertionResult agree(const Configuration& config, const Table& table) {
+    testing::AssertionResult result = agree(config, transactionsOf(table));
+    if (!result)
+        result << "for\n" << table;
+    return result;
+}
+
+struct Setting {
+    std::string name;
+    std::uint32_t minCount;
+    std::uint32_t maxOrder;
+    std::uint32_t windowSize;
+};
+
+std::ostream& operator<<(std::ostream& os, const Setting& setting) {
+    return os << setting.name;
+}
+
+std::string nameOf(const testing::TestParamInfo<Setting>& setting) {
+    return setting.param.name;
+}
+
+class EveryTableOf : public testing::TestWithParam<Setting> {
+  protected:
+    /// The number of tables of up to `number` histories; it stops at the first that does not agree.
+    static std::size_t upTo(std::size_t number, const std::vector<TableHistory>& histories) {
+        Configuration config;
+        config.minCount = GetParam().minCount;
+        config.maxOrder = GetParam().maxOrder;
+        config.windowSize = GetParam().windowSize;
+        return forEveryTable(histories, number, [&config](const Table& table) {
+            const testing::AssertionResult result = agree(config, table);
+            EXPECT_TRUE(result);
+            return result;
+        });
+    }
+};
+
+class EveryTableOfThreeTimes : public EveryTableOf {};
+
+TEST_P(EveryTableOfThreeTimes, MinesAsInThePlainForm) {
+    // Of the 124 histories: 1 + 124 + 124 * 125 / 2.
+    EXPECT_EQ(7'875U, upTo(2, allHistories({1, 2, 4}, {"p", "q"})));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Settings, EveryTableOfThreeTimes,
+    testing::Values(Setting{"MinCount0", 0, 0, 0}, Setting{"MinCount0Window1", 0, 3, 1},
+                    Setting{"MinCount1", 1, 0, 0}, Setting{"MinCount1Window1", 1, 0, 1},
+                    Setting{"MinCount1Window2", 1, 0, 2}, Setting{"MinCount1Window3", 1, 0, 3},
+                    Setting{"MinCount2", 2, 0, 0}, Setting{"MinCount2Window1", 2, 1, 1},
+                    Setting{"MinCount2Window2", 2, 2, 2}, Setting{"MinCount2Window3", 2, 0, 3}),
+    nameOf);
+
+class EveryTableOfThreeTimesAndThreeHistories : public EveryTableOf {};
+
+TEST_P(EveryTableOfThreeTimesAndThreeHistories, MinesAsInThePlainForm) {
+    // Of the 124 histories: 1 + 124 + 124 * 125 / 2 + 124 * 125 * 126 / 6.
+    EXPECT_EQ(333'375U, upTo(3, allHistories({1, 2, 4}, {"p", "q"})));
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfThreeTimesAndThreeHistories,
+                         testing::Values(Setting{"MinCount2Window2", 2, 0, 2}), nameOf);
+
+class EveryTableOfFourItems : public EveryTableOf {};
+
+TEST_P(EveryTableOfFourItems, MinesAsInThePlainForm) {
+    // Of the 288 histories: 1 + 288 + 288 * 289 / 2.
+    EXPECT_EQ(41'905U, upTo(2, allHistories({1, 3}, {"p", "q", "r", "s"})));
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfFourItems,
+                         testing::Values(Setting{"MinCount1", 1, 0, 0},
+                                         Setting{"MinCount2", 2, 0, 0},
+                                         Setting{"MinCount2MaxOrder3Window2", 2, 3, 2}),
+                         nameOf);
+
+class EveryHistoryOfFourItems : public EveryTableOf {};
+
+TEST_P(EveryHistoryOfFourItems, MinesAsInThePlainForm) {
+    EXPECT_EQ(289U, upTo(1, allHistories({1, 3}, {"p", "q", "r", "s"})));
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, EveryHistoryOfFourItems,
+                         testing::Values(Setting{"MinCount0", 0, 0, 0},
+                                         Setting{"MinCount0MaxOrder6Window2", 0, 6, 2},
+                                         Setting{"MinCount1Window1", 1, 0, 1},
+                                         Setting{"MinCount1MaxOrder2Window2", 1, 2, 2}),
+                         nameOf);
+
+std::vector<std::string> names(std::size_t number) {
+    std::vector<std::string> all;
+    for (std::size_t i = 0; i < number; ++i)
+        all.push_back("item" + std::to_string(i));
+    return all;
+}
+
+/// Names of which each comes as often as the weights tell.
+std::vector<std::string> weighted(const std::vector<std::size_t>& weights) {
+    std::vector<std::string> all;
+    for (std::size_t i = 0; i < weights.size(); ++i)
+        all.insert(all.end(), weights[i], "item" + std::to_string(i));
+    return all;
+}
+
+/// Names of which four come often and hundreds hardly ever.
+std::vector<std::string> fewAmongMany() {
+    std::vector<std::size_t> weights(300, 1);
+    std::fill_n(weights.begin() + 100, 4, 100);
+    return weighted(weights);
+}
+
+/// Tables of a shape, as many as take a few seconds at most.
+struct Series {
+    TableShape shape;
+    std::size_t tables;
+};
+
+std::ostream& operator<<(std::ostream& os, const Series& series) {
+    return os << series.shape;
+}
+
+/// Shapes that the brute force would take too long for.
+std::vector<Series> largeTables() {
+    // Histories, transactions, items of a transaction, last time, least count.
+    return {
+        {{"Thousands", names(5), 4000, 3, 3, 6}, 80},
+        {{"ThousandsSkewed", weighted({500, 3, 200, 1, 500, 60, 12}), 3000, 3, 4, 9, 2}, 80},
+        {{"HundredsSkewed", weighted({100, 4, 100, 1, 30, 100, 10}), 300, 4, 6, 9, 1}, 200},
+        {{"NineItemsInMost", names(9), 4, 5, 12, 12}, 200},
+        {{"TwelveItemsInMost", names(12), 4, 9, 6, 12, 2}, 20},
+        {{"DenseHistories", names(8), 40, 6, 5, 20, 3}, 200},
+        {{"HundredsOfItems", fewAmongMany(), 30, 4, 6, 30, 2}, 300},
+        {{"HundredsOfItemsInFewHistories", names(300), 4, 3, 4, 30, 1}, 200},
+        {{"OneLongHistory", names(6), 1, 120, 2, 200}, 500},
+    };
+}
+
+std::vector<Series> allTables() {
+    std::vector<Series> all = largeTables();
+    for (const TableShape& shape : tableShapes())
+        all.push_back({shape, 2000});
+    return all;
+}
+
+/// The settings of a random case, with a table of this shape.
+RandomCase caseOf(const TableShape& shape, std::uint64_t seed) {
+    RandomCase drawn = randomCase(seed);
+    drawn.table = randomTable(shape, seed);
+    drawn.config.minCount = std::max(drawn.config.minCount, shape.leastMinCount);
+    return drawn;
+}
+
+constexpr std::uint64_t FIRST_SEED = 1'000'000;
+
+class RandomTablesOfShape : public testing::TestWithParam<Series> {};
+
+TEST_P(RandomTablesOfShape, MineAsInThePlainForm) {
+    for (std::uint64_t seed = FIRST_SEED; seed < FIRST_SEED + GetParam().tables; ++seed) {
+        const RandomCase drawn = caseOf(GetParam().shape, seed);
+        ASSERT_TRUE(agree(drawn.config, drawn.table)) << "seed " << seed;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, RandomTablesOfShape, testing::ValuesIn(allTables()),
+                         [](const auto& series) { return series.param.shape.name; });
+
+/// Agreement means little where there is nothing to agree on.
+TEST(LargeRandomTables, ManyHaveRules) {
+    for (const Series& series : largeTables()) {
+        constexpr std::uint64_t tables = 20;
+        std::size_t withRules = 0;
+        for (std::uint64_t seed = FIRST_SEED; seed < FIRST_SEED + tables; ++seed) {
+            const RandomCase drawn = caseOf(series.shape, seed);
+            withRules += minedOutcome(drawn.config, drawn.table).rules.empty() ? 0 : 1;
+        }
+        EXPECT_GE(withRules, tables / 10) << series;
+    }
+}
+
+TEST(Orders, FarBeyondTheLargestSetAreReportedAsInThePlainForm) {
+    Configuration config;
+    config.minCount = 1;
+    config.maxOrder = 20'000;
+    EXPECT_TRUE(agree(config, tableOf({"1:a 2:b,c", "1:c 2:a"})));
+}
+
+/// Real histories, from the folder that the environment variable QUARVIS_DATA names. They are too
+/// many and too large to be part of this project.
+struct RealRun {
+    std::string file;
+    std::size_t histories;  ///< The first of the file, or ALL.
+    std::uint32_t minCount;
+    std::uint32_t maxOrder;
+    std::uint32_t windowSize;
+};
+
+constexpr std::size_t ALL = std::numeric_limits<std::size_t>::max();
+
+std::ostream& operator<<(std::ostream& os, const RealRun& run) {
+    return os << run.file << " -c " << run.minCount << " -o " << run.maxOrder << " -w "
+              << run.windowSize;
+}
+
+/// The rows of the first `number` entities of a transaction file, and its header.
+std::string rowsOf(std::istream& file, std::size_t number) {
+    std::set<std::string> entities;
+    std::string rows;
+    std::string row;
+    std::getline(file, row);
+    rows += row + '\n';
+    while (std::getline(file, row)) {
+        const std::string entity = row.substr(0, row.find('\t'));
+        if (entities.size() < number)
+            entities.insert(entity);
+        if (entities.contains(entity))
+            rows += row + '\n';
+    }
+    return rows;
+}
+
+class RealHistories : public testing::TestWithParam<RealRun> {};
+
+TEST_P(RealHistories, AreMinedAsInThePlainForm) {
+    const RealRun& run = GetParam();
+    const char* const folder = std::getenv("QUARVIS_DATA");
+    if (folder == nullptr)
+        GTEST_SKIP() << "QUARVIS_DATA names no folder.";
+    std::ifstream file(std::filesystem::path(folder) / run.file);
+    if (!file.is_open())
+        GTEST_SKIP() << "There is no " << run.file << " in " << folder << '.';
+    std::istringstream rows(rowsOf(file, run.histories));
+    quarvis::rule::TransactionSet txns;
+    txns.readInto(rows, '\t');
+
+    Configuration config;
+    config.minCount = run.minCount;
+    config.maxOrder = run.maxOrder;
+    config.windowSize = run.windowSize;
+    const Outcome expected = plainOutcome(config, txns);
+    EXPECT_FALSE(expected.itemSets.empty());
+    // Not printed: there may be thousands of rules.
+    EXPECT_TRUE(minedOutcome(config, txns) == expected);
+}
+
+constexpr std::uint32_t DAY = 24 * 60 * 60;
+
+INSTANTIATE_TEST_SUITE_P(Runs, RealHistories,
+                         testing::Values(RealRun{"log_traffic_fines.tsv", ALL, 20, 0, 0},
+                                         RealRun{"log_traffic_fines.tsv", ALL, 100, 0, 90 * DAY},
+                                         RealRun{"synthea27.tsv", ALL, 10, 1, 0},
+                                         RealRun{"synthea27.tsv", ALL, 8, 1, 3650},
+                                         RealRun{"synthea27.tsv", ALL, 23, 2, 0},
+                                         RealRun{"online_retail.tsv", 40, 6, 0, 0},
+                                         RealRun{"online_retail_lines.tsv", 40, 7, 0, 0},
+                                         RealRun{"completejourney_types.tsv", 150, 25, 0, 0},
+                                         RealRun{"completejourney_types.tsv", 60, 10, 0,
+                                                 28 * DAY}));
+
+}  // namespace
+}  // namespace mining_tests
