@@ -7,17 +7,21 @@
 #include <vector>
 
 #include "input.hpp"
+#include "oracle/mine.hpp"
 #include "oracle/outcome.hpp"
+#include "oracle/settings.hpp"
 #include "oracle/table.hpp"
+#include "support/conversion.hpp"
 #include "targets.hpp"
 
 namespace fuzz {
 
 namespace {
 
-using mining_tests::Outcome;
-using mining_tests::Table;
-using mining_tests::TableHistory;
+using oracle::History;
+using oracle::Outcome;
+using oracle::Settings;
+using oracle::Table;
 
 // Larger tables are merely expensive: every item makes the rules three times as many, and the plain
 // miner goes through all histories for each of them. This many histories fill more than one word of
@@ -51,16 +55,16 @@ std::uint32_t numberOf(std::uint8_t code) {
     return code < 240 ? code : std::numeric_limits<std::uint32_t>::max() - (255U - code);
 }
 
-Configuration configurationOf(Input& input) {
-    Configuration config;
-    config.minCount = numberOf(input.byte());
-    config.maxOrder = input.byte() % (MOST_ORDER + 1);
-    config.windowSize = numberOf(input.byte());
-    config.minSupport = thresholdOf(input.byte());
-    config.minConfidence = thresholdOf(input.byte());
-    config.minLift = thresholdOf(input.byte());
-    config.maxConviction = thresholdOf(input.byte());
-    return config;
+Settings settingsOf(Input& input) {
+    Settings settings;
+    settings.minCount = numberOf(input.byte());
+    settings.maxOrder = input.byte() % (MOST_ORDER + 1);
+    settings.windowSize = numberOf(input.byte());
+    settings.minSupport = thresholdOf(input.byte());
+    settings.minConfidence = thresholdOf(input.byte());
+    settings.minLift = thresholdOf(input.byte());
+    settings.maxConviction = thresholdOf(input.byte());
+    return settings;
 }
 
 /// Each row has three bytes: the history, the time, and a bit for each item; the two highest
@@ -70,7 +74,7 @@ Table tableOf(Input& input) {
     const std::string* const names = NAMES[kind % std::size(NAMES)];
     const std::uint32_t timeUnit = kind < 128 ? 1 : 0x01010101;
 
-    std::vector<TableHistory> histories(MOST_HISTORIES);
+    std::vector<History> histories(MOST_HISTORIES);
     for (std::size_t row = 0; row < MOST_ROWS && !input.empty(); ++row) {
         const std::size_t first = input.byte() % MOST_HISTORIES;
         const std::uint32_t time = input.byte() * timeUnit;
@@ -83,7 +87,7 @@ Table tableOf(Input& input) {
                     items.insert(names[item]);
         }
     }
-    std::erase_if(histories, [](const TableHistory& history) { return history.empty(); });
+    std::erase_if(histories, [](const History& history) { return history.empty(); });
     return {histories};
 }
 
@@ -91,11 +95,10 @@ Table tableOf(Input& input) {
 
 void fuzzWholeRun(Bytes bytes) {
     Input input(bytes);
-    const Configuration config = configurationOf(input);
+    const Settings settings = settingsOf(input);
     const Table table = tableOf(input);
-    const quarvis::rule::TransactionSet txns = mining_tests::transactionsOf(table);
-    const Outcome expected = mining_tests::plainOutcome(config, txns);
-    const Outcome mined = mining_tests::minedOutcome(config, txns);
+    const Outcome expected = oracle::mine(settings, table);
+    const Outcome mined = support::mined(settings, table);
     if (mined == expected)
         return;
     std::ostringstream message;

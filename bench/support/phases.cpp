@@ -10,9 +10,10 @@
 #include "digest.hpp"
 #include "memory.hpp"
 #include "mine.hpp"
-#include "oracle/plain_mine.hpp"
+#include "oracle/mine.hpp"
 #include "quiet.hpp"
 #include "search.hpp"
+#include "support/conversion.hpp"
 
 namespace bench {
 
@@ -20,32 +21,43 @@ namespace {
 
 using quarvis::rule::FrequentSets;
 using quarvis::rule::HistoryIndex;
-using quarvis::rule::ItemSet;
 using quarvis::rule::ItemSetHistogram;
 using quarvis::rule::RuleHistogram;
 using quarvis::rule::RuleSet;
 using quarvis::rule::TransactionSet;
 
-void add(Digest& digest, const ItemSet& items) {
-    digest.add(std::uint64_t{items.size()});
-    for (const auto& item : items)
-        digest.add(item);
+/// The figures of a rule, which the mining and the oracle name alike.
+template <class Figures>
+void addFigures(Digest& digest, const Figures& figures) {
+    digest.add(std::uint64_t{figures.count});
+    digest.add(std::uint64_t{figures.icount});
+    for (const double measure : {figures.support, figures.confidence, figures.lift,
+                                 figures.conviction, figures.probability, figures.certainty})
+        digest.add(measure);
 }
 
 std::uint64_t digestOf(const ItemSetHistogram& itemSets, const RuleSet& rules) {
     Digest digest;
     for (const auto& [items, count] : itemSets) {
-        add(digest, items);
+        digest.add(items.toString());
         digest.add(std::uint64_t{count});
     }
     for (const auto& [rule, stats] : rules) {
-        add(digest, rule.antecedent());
-        add(digest, rule.subsequent());
-        digest.add(std::uint64_t{stats.count});
-        digest.add(std::uint64_t{stats.icount});
-        for (const double measure : {stats.support, stats.confidence, stats.lift, stats.conviction,
-                                     stats.probability, stats.certainty})
-            digest.add(measure);
+        digest.add(rule.toString());
+        addFigures(digest, stats);
+    }
+    return digest.value();
+}
+
+std::uint64_t digestOf(const oracle::Outcome& outcome) {
+    Digest digest;
+    for (const oracle::Outcome::ItemSet& items : outcome.itemSets) {
+        digest.add(items.text);
+        digest.add(std::uint64_t{items.count});
+    }
+    for (const oracle::Outcome::Rule& rule : outcome.rules) {
+        digest.add(rule.text);
+        addFigures(digest, rule);
     }
     return digest.value();
 }
@@ -148,11 +160,12 @@ WholeRun mined(const Configuration& config, const TransactionSet& txns) {
 
 WholeRun minedPlainly(const Configuration& config, const TransactionSet& txns) {
     return inChild([&] {
-        const Quiet quiet;
+        const oracle::Settings settings = support::settingsOf(config);
+        const oracle::Table table = support::tableOf(txns);
         const Stopwatch watch;
-        const quarvis::rule::plain::Result result = quarvis::rule::plain::mine(config, txns);
+        const oracle::Outcome outcome = oracle::mine(settings, table);
         const Seconds time = watch.elapsed();
-        return WholeRun{time, digestOf(result.itemSets, result.rules)};
+        return WholeRun{time, digestOf(outcome)};
     });
 }
 

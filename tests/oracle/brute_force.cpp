@@ -1,4 +1,4 @@
-#include "brute_force.hpp"
+#include "oracle/brute_force.hpp"
 
 #include <algorithm>
 #include <bit>
@@ -7,14 +7,12 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
-namespace brute_force {
-
-using mining_tests::Outcome;
-using mining_tests::Table;
+namespace oracle {
 
 namespace {
 
@@ -23,15 +21,17 @@ constexpr double INFINITE = std::numeric_limits<double>::infinity();
 /// A set of items, bit i for the i-th item of the table in byte order.
 using Set = std::uint32_t;
 
+constexpr std::size_t MOST_ITEMS = std::numeric_limits<Set>::digits - 1;
+
 /// The sets of items by time.
-using History = std::map<std::uint64_t, Set>;
+using SetHistory = std::map<Time, Set>;
 
 /// Antecedent and subsequent.
 using Rule = std::pair<Set, Set>;
 
 struct Problem {
     std::vector<std::string> items;
-    std::vector<History> histories;
+    std::vector<SetHistory> histories;
 };
 
 bool isWithin(Set inner, Set outer) {
@@ -51,10 +51,12 @@ Problem numbered(const Table& table) {
         for (const auto& [time, items] : history)
             names.insert(items.begin(), items.end());
 
+    if (names.size() > MOST_ITEMS)
+        throw std::invalid_argument("too many items for the brute force");
     Problem problem;
     problem.items.assign(names.begin(), names.end());
     for (const auto& history : table.histories) {
-        History& numbers = problem.histories.emplace_back();
+        SetHistory& numbers = problem.histories.emplace_back();
         for (const auto& [time, items] : history)
             for (Set& set = numbers[time]; const std::string& item : items)
                 set |= Set{1} << std::distance(names.begin(), names.find(item));
@@ -65,7 +67,7 @@ Problem numbered(const Table& table) {
 /// The number of histories that hold the set, at one time or over several.
 std::size_t countOf(Set set, const Problem& problem) {
     return static_cast<std::size_t>(std::count_if(
-        problem.histories.begin(), problem.histories.end(), [set](const History& history) {
+        problem.histories.begin(), problem.histories.end(), [set](const SetHistory& history) {
             Set all = 0;
             for (const auto& [time, items] : history)
                 all |= items;
@@ -100,7 +102,7 @@ std::vector<Rule> proposedRules(const std::map<Set, std::size_t>& sets) {
 }
 
 /// Whether the item occurs before `time`, at most the window before it; 0 is no window.
-bool occursBefore(std::uint64_t time, Set item, const History& history, std::uint64_t window) {
+bool occursBefore(Time time, Set item, const SetHistory& history, Time window) {
     return std::any_of(history.begin(), history.end(), [&](const auto& transaction) {
         return transaction.first < time && isWithin(item, transaction.second) &&
                (window == 0 || time - transaction.first <= window);
@@ -109,7 +111,7 @@ bool occursBefore(std::uint64_t time, Set item, const History& history, std::uin
 
 /// Whether the rule holds at some time: everything of the subsequent is there and nothing of it was
 /// before, the antecedent is not all there and everything of it was before.
-bool holds(const Rule& rule, const History& history, std::uint64_t window) {
+bool holds(const Rule& rule, const SetHistory& history, Time window) {
     const std::vector<Set> as = singleItems(rule.first);
     const std::vector<Set> ss = singleItems(rule.second);
     return std::any_of(history.begin(), history.end(), [&](const auto& transaction) {
@@ -173,17 +175,17 @@ Outcome::Rule measured(const Rule& rule, std::size_t count, const Problem& probl
     return result;
 }
 
-bool passes(const Outcome::Rule& rule, const Configuration& config) {
-    return rule.count >= config.minCount && rule.support >= config.minSupport &&
-           rule.confidence >= config.minConfidence && rule.lift >= config.minLift &&
-           rule.conviction <= config.maxConviction;
+bool passes(const Outcome::Rule& rule, const Settings& settings) {
+    return rule.count >= settings.minCount && rule.support >= settings.minSupport &&
+           rule.confidence >= settings.minConfidence && rule.lift >= settings.minLift &&
+           rule.conviction <= settings.maxConviction;
 }
 
 /// The levels of a run, with its results and messages so far.
 class Run {
   public:
-    Run(const Configuration& config, const Table& table)
-        : m_config(config), m_problem(numbered(table)) {}
+    Run(const Settings& settings, const Table& table)
+        : m_settings(settings), m_problem(numbered(table)) {}
 
     Outcome outcome() {
         m_levels();
@@ -205,7 +207,7 @@ class Run {
     void m_say(const std::string& text) { m_messages += "\t ... " + text + '\n'; }
 
     std::map<Set, std::size_t> m_recordFrequent(int size) {
-        auto sets = frequentSets(size, m_config.minCount, m_problem);
+        auto sets = frequentSets(size, m_settings.minCount, m_problem);
         for (const auto& [set, count] : sets)
             m_itemSets[sortKey(set)] = {braced(set, m_problem), count};
         return sets;
@@ -215,15 +217,15 @@ class Run {
         m_say("calculated " + std::to_string(m_recordFrequent(1).size()) +
               " frequent item sets of size 1. ");
         std::size_t sets = m_level(1);
-        if (sets == 0 || m_config.maxOrder == 1)
+        if (sets == 0 || m_settings.maxOrder == 1)
             return;
-        if (m_config.maxOrder == 0) {
+        if (m_settings.maxOrder == 0) {
             m_say("mining rules until there are no more frequent item sets.");
             for (int order = 2; sets > 2; ++order)
                 sets = m_level(order);
         } else {
-            m_say("rules up to order " + std::to_string(m_config.maxOrder) + " will be mined.");
-            for (int order = 2; order <= static_cast<int>(m_config.maxOrder); ++order)
+            m_say("rules up to order " + std::to_string(m_settings.maxOrder) + " will be mined.");
+            for (int order = 2; order <= static_cast<int>(m_settings.maxOrder); ++order)
                 m_level(order);
         }
     }
@@ -249,16 +251,17 @@ class Run {
     /// A rule that holds nowhere is none, whatever the least count.
     void m_deduce(const Rule& rule) {
         const auto count = static_cast<std::size_t>(std::count_if(
-            m_problem.histories.begin(), m_problem.histories.end(),
-            [&](const History& history) { return holds(rule, history, m_config.windowSize); }));
+            m_problem.histories.begin(), m_problem.histories.end(), [&](const SetHistory& history) {
+                return holds(rule, history, m_settings.windowSize);
+            }));
         if (count == 0)
             return;
         const Outcome::Rule result = measured(rule, count, m_problem);
-        if (passes(result, m_config))
+        if (passes(result, m_settings))
             m_rules[{sortKey(rule.first), sortKey(rule.second)}] = result;
     }
 
-    const Configuration& m_config;
+    const Settings& m_settings;
     const Problem m_problem;
     std::map<SortKey, Outcome::ItemSet> m_itemSets;
     std::map<std::pair<SortKey, SortKey>, Outcome::Rule> m_rules;
@@ -267,8 +270,8 @@ class Run {
 
 }  // namespace
 
-Outcome mine(const Configuration& config, const Table& table) {
-    return Run(config, table).outcome();
+Outcome bruteForce(const Settings& settings, const Table& table) {
+    return Run(settings, table).outcome();
 }
 
-}  // namespace brute_force
+}  // namespace oracle

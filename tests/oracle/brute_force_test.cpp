@@ -1,29 +1,30 @@
-#include "brute_force.hpp"
+#include "oracle/brute_force.hpp"
 
+#include <cstdint>
 #include <limits>
+#include <stdexcept>
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "outcome.hpp"
-#include "table.hpp"
+#include "oracle/outcome.hpp"
+#include "oracle/settings.hpp"
+#include "oracle/table.hpp"
 
+namespace oracle {
 namespace {
 
-using mining_tests::Outcome;
-using mining_tests::Table;
-using mining_tests::tableOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
-Outcome outcomeOf(const Table& table, std::uint32_t minCount, std::uint32_t window = 0) {
-    Configuration config;
-    config.minCount = minCount;
-    config.windowSize = window;
-    return brute_force::mine(config, table);
+Outcome outcomeOf(const Table& table, std::uint32_t minCount, Time window = 0) {
+    Settings settings;
+    settings.minCount = minCount;
+    settings.windowSize = window;
+    return bruteForce(settings, table);
 }
 
 TEST(BruteForce, RulesOfTwoTransactions) {
@@ -59,12 +60,12 @@ TEST(BruteForce, AnAgeOfExactlyTheWindowIsWithinIt) {
     EXPECT_THAT(outcomeOf(tableOf({"1:a 5:b"}), 1, 3).ruleTexts(), IsEmpty());
 }
 
-TEST(BruteForce, OutcomesThatDifferInOneFigureAreDifferent) {
-    const Outcome outcome = outcomeOf(tableOf({"1:a 2:b"}), 1);
-    Outcome other = outcome;
-    EXPECT_EQ(outcome, other);
-    other.rules[0].certainty = 1;
-    EXPECT_NE(outcome, other);
+TEST(BruteForce, MoreItemsThanBitsAreRefused) {
+    Table table = tableOf({"1:"});
+    for (char item = 'A'; item < 'A' + 32; ++item)
+        table.histories[0][1].insert(std::string(1, item));
+    EXPECT_THROW(outcomeOf(table, 1), std::invalid_argument);
 }
 
 }  // namespace
+}  // namespace oracle

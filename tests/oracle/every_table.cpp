@@ -1,14 +1,14 @@
-#include "every_table.hpp"
+#include "oracle/every_table.hpp"
 
-namespace mining_tests {
+namespace oracle {
 
-std::vector<TableHistory> allHistories(const std::vector<std::uint32_t>& times,
-                                       const std::vector<std::string>& items) {
-    std::vector<TableHistory> histories = {{}};
-    for (const std::uint32_t time : times)
+std::vector<History> allHistories(const std::vector<Time>& times,
+                                  const std::vector<std::string>& items) {
+    std::vector<History> histories = {{}};
+    for (const Time time : times)
         for (std::size_t shorter = histories.size(); shorter-- > 0;)
             for (unsigned subset = 0; subset < 1U << items.size(); ++subset) {
-                TableHistory history = histories[shorter];
+                History history = histories[shorter];
                 auto& transaction = history[time];
                 for (std::size_t i = 0; i < items.size(); ++i)
                     if ((subset >> i & 1U) != 0)
@@ -23,7 +23,7 @@ namespace {
 
 class Walk {
   public:
-    Walk(const std::vector<TableHistory>& histories, const std::function<bool(const Table&)>& visit)
+    Walk(const std::vector<History>& histories, const std::function<bool(const Table&)>& visit)
         : m_histories(histories), m_visit(visit) {}
 
     bool goOn(std::size_t number, std::size_t first) {
@@ -42,7 +42,7 @@ class Walk {
     std::size_t tables() const { return m_tables; }
 
   private:
-    const std::vector<TableHistory>& m_histories;
+    const std::vector<History>& m_histories;
     const std::function<bool(const Table&)>& m_visit;
     Table m_table;
     std::size_t m_tables = 0;
@@ -50,11 +50,11 @@ class Walk {
 
 }  // namespace
 
-std::size_t forEveryTable(const std::vector<TableHistory>& histories, std::size_t number,
+std::size_t forEveryTable(const std::vector<History>& histories, std::size_t number,
                           const std::function<bool(const Table&)>& visit) {
     Walk walk(histories, visit);
     walk.goOn(number, 0);
     return walk.tables();
 }
 
-}  // namespace mining_tests
+}  // namespace oracle

@@ -1,16 +1,22 @@
-#include "outcome.hpp"
+#include "oracle/outcome.hpp"
 
+#include <array>
+#include <cstdio>
 #include <limits>
 #include <sstream>
 
-#include "mine.hpp"
-#include "plain_mine.hpp"
-#include "support/error_output.hpp"
+namespace oracle {
 
-namespace mining_tests {
+namespace {
 
-using quarvis::rule::ItemSetHistogram;
-using quarvis::rule::MiningResult;
+/// Six significant digits, and none after the point that are zero.
+std::string rounded(double value) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.6g", value);
+    return text.data();
+}
+
+}  // namespace
 
 std::vector<std::string> Outcome::ruleTexts() const {
     std::vector<std::string> texts;
@@ -18,6 +24,26 @@ std::vector<std::string> Outcome::ruleTexts() const {
     for (const Rule& rule : rules)
         texts.push_back(rule.text);
     return texts;
+}
+
+std::string Outcome::rulesFile() const {
+    std::string file =
+        "Rule\tCount\tA union S\tSupport\tConfidence\tLift\tConviction\tProbability\tCertainty\n";
+    for (const Rule& rule : rules) {
+        file += rule.text + '\t' + std::to_string(rule.count) + '\t' + std::to_string(rule.icount);
+        for (const double measure : {rule.support, rule.confidence, rule.lift, rule.conviction,
+                                     rule.probability, rule.certainty})
+            file += '\t' + rounded(measure);
+        file += '\n';
+    }
+    return file;
+}
+
+std::string Outcome::itemSetFile() const {
+    std::string file = "Count\tItem Set\n";
+    for (const ItemSet& items : itemSets)
+        file += std::to_string(items.count) + '\t' + items.text + '\n';
+    return file;
 }
 
 std::ostream& operator<<(std::ostream& os, const Outcome::Rule& rule) {
@@ -41,37 +67,4 @@ std::ostream& operator<<(std::ostream& os, const Outcome& outcome) {
     return os << outcome.messages;
 }
 
-namespace {
-
-Outcome outcomeOf(const quarvis::rule::RuleSet& rules, const ItemSetHistogram& itemSets,
-                  const std::string& messages) {
-    Outcome outcome;
-    outcome.messages = messages;
-    for (const auto& [items, count] : itemSets)
-        outcome.itemSets.push_back({items.toString(), count});
-    for (const auto& [rule, stats] : rules)
-        outcome.rules.push_back({rule.toString(), stats.count, stats.icount, stats.support,
-                                 stats.confidence, stats.lift, stats.conviction, stats.probability,
-                                 stats.certainty});
-    return outcome;
-}
-
-}  // namespace
-
-Outcome minedOutcome(const Configuration& config, const quarvis::rule::TransactionSet& txns) {
-    const support::ErrorOutput messages;
-    const MiningResult result = quarvis::rule::mine(config, txns);
-    return outcomeOf(result.rules(), result.itemSets(), messages.text());
-}
-
-Outcome minedOutcome(const Configuration& config, const Table& table) {
-    return minedOutcome(config, transactionsOf(table));
-}
-
-Outcome plainOutcome(const Configuration& config, const quarvis::rule::TransactionSet& txns) {
-    const support::ErrorOutput messages;
-    const quarvis::rule::plain::Result result = quarvis::rule::plain::mine(config, txns);
-    return outcomeOf(result.rules, result.itemSets, messages.text());
-}
-
-}  // namespace mining_tests
+}  // namespace oracle

@@ -5,12 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "config.hpp"
-#include "table.hpp"
+namespace oracle {
 
-namespace mining_tests {
-
-/// All that a run of the mining shows: its results in the order of their files, and its messages.
+/// All that a run shows: its results in the order of their files, and its messages.
 struct Outcome {
     struct Rule {
         std::string text;
@@ -34,23 +31,21 @@ struct Outcome {
 
     std::vector<Rule> rules;
     std::vector<ItemSet> itemSets;
-    std::string messages;  ///< Standard error, whole.
+    std::string messages;  ///< What the search reports on standard error, whole.
 
     bool operator==(const Outcome&) const = default;
 
     /// The texts alone.
     std::vector<std::string> ruleTexts() const;
+
+    /// The bytes of the files that the tool writes.
+    std::string rulesFile() const;
+    std::string itemSetFile() const;
 };
 
+/// Every digit of the measures, unlike the rules file.
 std::ostream& operator<<(std::ostream& os, const Outcome::Rule& rule);
 std::ostream& operator<<(std::ostream& os, const Outcome::ItemSet& items);
 std::ostream& operator<<(std::ostream& os, const Outcome& outcome);
 
-/// The outcome of `quarvis::rule::mine`.
-Outcome minedOutcome(const Configuration& config, const Table& table);
-Outcome minedOutcome(const Configuration& config, const quarvis::rule::TransactionSet& txns);
-
-/// The outcome of `quarvis::rule::plain::mine`.
-Outcome plainOutcome(const Configuration& config, const quarvis::rule::TransactionSet& txns);
-
-}  // namespace mining_tests
+}  // namespace oracle

@@ -1,12 +1,12 @@
-#include "random_table.hpp"
+#include "oracle/random_table.hpp"
 
 #include <algorithm>
-#include <initializer_list>
 #include <limits>
-#include <random>
 #include <set>
 
-namespace mining_tests {
+#include "oracle/draws.hpp"
+
+namespace oracle {
 
 namespace {
 
@@ -14,24 +14,8 @@ using namespace std::string_literals;
 
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-constexpr std::uint32_t LARGEST = std::numeric_limits<std::uint32_t>::max();
-
-/// Draws that the standard fixes for every platform, unlike those of its distributions.
-class Draws {
-  public:
-    explicit Draws(std::uint64_t seed) : m_engine(seed) {}
-
-    /// A number from 0 to `last`.
-    std::uint64_t upTo(std::uint64_t last) { return m_engine() % (last + 1); }
-
-    template <class Value>
-    Value oneOf(std::initializer_list<Value> values) {
-        return values.begin()[upTo(values.size() - 1)];
-    }
-
-  private:
-    std::mt19937_64 m_engine;
-};
+/// The greatest time that a transaction file may have.
+constexpr Time LARGEST = std::numeric_limits<std::uint32_t>::max();
 
 std::vector<std::string> plainNames(std::size_t number) {
     std::vector<std::string> names;
@@ -40,31 +24,31 @@ std::vector<std::string> plainNames(std::size_t number) {
     return names;
 }
 
-void drawThresholds(Configuration& config, std::size_t histories, Draws& draws) {
+void drawThresholds(Settings& settings, std::size_t histories, Draws& draws) {
     const double share =
         static_cast<double>(draws.upTo(histories)) / static_cast<double>(histories);
-    config.minSupport = draws.oneOf({0.0, 0.0, share, 1.0});
-    config.minConfidence = draws.oneOf({0.0, 0.0, share, 0.5, 1.0});
-    config.minLift = draws.oneOf({0.0, 0.0, -1.0, 0.5, 1.0, 1.5});
-    config.maxConviction = draws.oneOf({INFINITE, INFINITE, 0.5, 1.0, 2.0, 1e300});
+    settings.minSupport = draws.oneOf({0.0, 0.0, share, 1.0});
+    settings.minConfidence = draws.oneOf({0.0, 0.0, share, 0.5, 1.0});
+    settings.minLift = draws.oneOf({0.0, 0.0, -1.0, 0.5, 1.0, 1.5});
+    settings.maxConviction = draws.oneOf({INFINITE, INFINITE, 0.5, 1.0, 2.0, 1e300});
     if (draws.upTo(15) == 0)
-        config.*draws.oneOf({&Configuration::minSupport, &Configuration::minConfidence,
-                             &Configuration::minLift, &Configuration::maxConviction}) =
-            NOT_A_NUMBER;
+        settings.*draws.oneOf({&Settings::minSupport, &Settings::minConfidence, &Settings::minLift,
+                               &Settings::maxConviction}) = NOT_A_NUMBER;
 }
 
-Configuration randomSettings(const TableShape& shape, std::size_t histories, std::uint64_t seed) {
+Settings randomSettings(const TableShape& shape, std::size_t histories, std::uint64_t seed) {
     Draws draws(seed);
-    Configuration config;
+    Settings settings;
     const auto anyCount = static_cast<std::uint32_t>(draws.upTo(5));
-    config.minCount = std::max(shape.leastMinCount, draws.oneOf({1U, 1U, 2U, anyCount}));
+    settings.minCount = std::max(shape.leastMinCount, draws.oneOf({1U, 1U, 2U, anyCount}));
     const auto anyOrder = static_cast<std::uint32_t>(draws.upTo(8));
-    config.maxOrder = draws.oneOf({0U, anyOrder});
-    const auto anyWindow = static_cast<std::uint32_t>(draws.upTo(shape.lastTime));
-    config.windowSize = draws.oneOf({0U, 0U, 1U, 2U, 4U, anyWindow, anyWindow, LARGEST});
+    settings.maxOrder = draws.oneOf({0U, anyOrder});
+    const Time anyWindow = draws.upTo(shape.lastTime);
+    settings.windowSize =
+        draws.oneOf({Time{0}, Time{0}, Time{1}, Time{2}, Time{4}, anyWindow, anyWindow, LARGEST});
     if (draws.upTo(1) == 0)
-        drawThresholds(config, histories, draws);
-    return config;
+        drawThresholds(settings, histories, draws);
+    return settings;
 }
 
 }  // namespace
@@ -101,10 +85,10 @@ Table randomTable(const TableShape& shape, std::uint64_t seed) {
     Draws draws(seed);
     Table table;
     table.histories.resize(1 + draws.upTo(shape.histories - 1));
-    for (TableHistory& history : table.histories) {
+    for (History& history : table.histories) {
         const std::size_t transactions = 1 + draws.upTo(shape.transactions - 1);
         for (std::size_t t = 0; t < transactions; ++t) {
-            const auto time = static_cast<std::uint32_t>(draws.upTo(shape.lastTime));
+            const Time time = draws.upTo(shape.lastTime);
             std::set<std::string> items;
             const std::size_t number = draws.upTo(shape.itemsOfTransaction);
             for (std::size_t i = 0; i < number; ++i)
@@ -120,8 +104,8 @@ RandomCase randomCase(std::uint64_t seed) {
     RandomCase result;
     result.shape = shape.name;
     result.table = randomTable(shape, seed);
-    result.config = randomSettings(shape, result.table.histories.size(), ~seed);
+    result.settings = randomSettings(shape, result.table.histories.size(), ~seed);
     return result;
 }
 
-}  // namespace mining_tests
+}  // namespace oracle

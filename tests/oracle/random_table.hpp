@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "config.hpp"
-#include "table.hpp"
+#include "oracle/settings.hpp"
+#include "oracle/table.hpp"
 
-namespace mining_tests {
+namespace oracle {
 
 /// What random tables of a kind look like. Each number is drawn anew for each table, history or
 /// transaction, from 1 to its greatest value; a transaction may also be without items.
@@ -19,7 +19,7 @@ struct TableShape {
     std::size_t histories;            ///< Greatest number of histories.
     std::size_t transactions;         ///< Greatest number of transactions of a history.
     std::size_t itemsOfTransaction;   ///< Greatest number of items of a transaction.
-    std::uint32_t lastTime;           ///< Times are drawn from 0 to this one.
+    Time lastTime;                    ///< Times are drawn from 0 to this one.
     std::uint32_t leastMinCount = 0;  ///< Below it the frequent sets would be too many.
 };
 
@@ -34,7 +34,7 @@ Table randomTable(const TableShape& shape, std::uint64_t seed);
 struct RandomCase {
     std::string shape;
     Table table;
-    Configuration config;
+    Settings settings;
 };
 
 /// A table of the shape number `seed` % the number of shapes, and settings that suit it. In half of
@@ -42,4 +42,4 @@ struct RandomCase {
 /// the table may have.
 RandomCase randomCase(std::uint64_t seed);
 
-}  // namespace mining_tests
+}  // namespace oracle

@@ -1,4 +1,4 @@
-#include "random_table.hpp"
+#include "oracle/random_table.hpp"
 
 #include <set>
 #include <sstream>
@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace mining_tests {
+namespace oracle {
 namespace {
 
 using testing::Each;
@@ -40,7 +40,7 @@ TEST_P(RandomTable, KeepsToItsShape) {
         EXPECT_THAT(table.histories, SizeIs(testing::Le(shape.histories)));
         EXPECT_THAT(table.histories,
                     Each(SizeIs(testing::AllOf(Gt(0), testing::Le(shape.transactions)))));
-        for (const TableHistory& history : table.histories)
+        for (const History& history : table.histories)
             for (const auto& [time, items] : history) {
                 EXPECT_LE(time, shape.lastTime);
                 EXPECT_THAT(items, SizeIs(testing::Le(shape.itemsOfTransaction)));
@@ -58,13 +58,13 @@ INSTANTIATE_TEST_SUITE_P(Shapes, RandomTable, testing::ValuesIn(tableShapes()), 
 TEST(RandomCase, EverySettingIsDrawn) {
     std::set<std::uint32_t> minCounts;
     std::set<std::uint32_t> maxOrders;
-    std::set<std::uint32_t> windows;
+    std::set<Time> windows;
     std::set<std::string> shapes;
     for (std::uint64_t seed = 0; seed < 1000; ++seed) {
         const RandomCase drawn = randomCase(seed);
-        minCounts.insert(drawn.config.minCount);
-        maxOrders.insert(drawn.config.maxOrder);
-        windows.insert(drawn.config.windowSize);
+        minCounts.insert(drawn.settings.minCount);
+        maxOrders.insert(drawn.settings.maxOrder);
+        windows.insert(drawn.settings.windowSize);
         shapes.insert(drawn.shape);
     }
     EXPECT_THAT(minCounts, testing::ElementsAre(0, 1, 2, 3, 4, 5));
@@ -74,4 +74,4 @@ TEST(RandomCase, EverySettingIsDrawn) {
 }
 
 }  // namespace
-}  // namespace mining_tests
+}  // namespace oracle

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <map>
@@ -8,34 +9,38 @@
 #include <string>
 #include <vector>
 
-#include <quarvis/rule.hpp>
+namespace oracle {
 
-/// Tables of transactions as the tests of the mining make them.
-namespace mining_tests {
+using Time = std::uint64_t;
 
-/// The items that one entity had at each time; at least one time.
-using TableHistory = std::map<std::uint32_t, std::set<std::string>>;
+/// Items in byte order.
+using Items = std::set<std::string>;
 
-/// The histories of all entities. Their keys are left out: nothing that is mined depends on them.
+/// The items that one entity had at each time.
+using History = std::map<Time, Items>;
+
+/// The histories of all entities.
 struct Table {
-    std::vector<TableHistory> histories;
+    std::vector<History> histories;
+
+    /// The names of the entities, or none: then `entityOf` makes them up.
+    std::vector<std::string> entities = {};
 };
+
+/// The name of a history's entity. Names that are made up are in byte order as the histories are.
+std::string entityOf(const Table& table, std::size_t history);
 
 /// A table in short form, a text for each history: "1:a,b 5:c 7:" has a and b at time 1, c at 5 and
 /// a transaction without items at 7. No item is empty or holds a comma or a blank.
 Table tableOf(std::initializer_list<const char*> histories);
 
-/// The item set of "a,b"; the empty text is the empty set.
-quarvis::rule::ItemSet itemsOf(const std::string& names);
+/// The items of "a,b"; the empty text has none.
+Items itemsOf(const std::string& names);
 
-/// The short form of a history, for messages.
-std::string shortForm(const TableHistory& history);
+/// The short form of a history.
+std::string shortForm(const History& history);
 
 /// The short forms of the histories, a line each.
 std::ostream& operator<<(std::ostream& os, const Table& table);
 
-/// One history, or all of them in the table's order, as the mining takes them.
-quarvis::rule::History historyOf(const TableHistory& history);
-quarvis::rule::TransactionSet transactionsOf(const Table& table);
-
-}  // namespace mining_tests
+}  // namespace oracle

@@ -12,18 +12,23 @@
 
 #include "oracle/table.hpp"
 #include "searched.hpp"
+#include "support/conversion.hpp"
 #include "support/error_output.hpp"
 
 namespace quarvis::rule {
 namespace {
 
-using mining_tests::itemsOf;
 using mining_tests::Searched;
-using mining_tests::Table;
-using mining_tests::tableOf;
+using oracle::Table;
+using oracle::tableOf;
 using support::ErrorOutput;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+Rule ruleOf(const char* antecedent, const char* subsequent) {
+    return Rule(support::itemSetOf(oracle::itemsOf(antecedent)),
+                support::itemSetOf(oracle::itemsOf(subsequent)));
+}
 
 constexpr double INF = std::numeric_limits<double>::infinity();
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
@@ -223,7 +228,7 @@ TEST(AssembledRules, SupportIsOfTheRuleAndTheOtherMeasuresOfTheItems) {
     const Searched all(fourHistories(), 1);
     const RuleSet rules = rulesOf(unfiltered(), all, {{0, 2, 0, 0, 1}});
     ASSERT_EQ(1U, rules.size());
-    const RuleSet::Stats& stats = rules.at(Rule(itemsOf("a"), itemsOf("b")));
+    const RuleSet::Stats& stats = rules.at(ruleOf("a", "b"));
     EXPECT_EQ(1U, stats.count);
     EXPECT_EQ(2U, stats.icount);
     EXPECT_EQ(0.25, stats.support);
@@ -237,7 +242,7 @@ TEST(AssembledRules, SupportIsOfTheRuleAndTheOtherMeasuresOfTheItems) {
 TEST(AssembledRules, TellsTheSidesApart) {
     const Searched all(fourHistories(), 1);
     const RuleSet rules = rulesOf(unfiltered(), all, {{0, 2, 1, 1, 2}});
-    const RuleSet::Stats& stats = rules.at(Rule(itemsOf("b"), itemsOf("a")));
+    const RuleSet::Stats& stats = rules.at(ruleOf("b", "a"));
     EXPECT_EQ(2U, stats.count);
     EXPECT_EQ(2U, stats.icount);
     EXPECT_EQ(0.5, stats.support);
@@ -252,7 +257,7 @@ TEST(AssembledRules, CountsAreThoseOfSetsOfSeveralItems) {
     // {a,b} is in three histories, c in three, all of them in two.
     const Searched all(tableOf({"1:a,b 2:c", "1:a,b,c", "1:a,b", "1:c", "1:a"}), 1);
     const RuleSet rules = rulesOf(unfiltered(), all, {{0, 3, 0, 1, 1}});
-    const RuleSet::Stats& stats = rules.at(Rule(itemsOf("a,b"), itemsOf("c")));
+    const RuleSet::Stats& stats = rules.at(ruleOf("a,b", "c"));
     EXPECT_EQ(2U, stats.icount);
     EXPECT_EQ(0.2, stats.support);
     EXPECT_DOUBLE_EQ(2.0 / 3, stats.confidence);

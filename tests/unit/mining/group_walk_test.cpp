@@ -17,9 +17,9 @@ namespace quarvis::rule {
 namespace {
 
 using mining_tests::Searched;
-using mining_tests::Table;
-using mining_tests::tableOf;
-using mining_tests::TableShape;
+using oracle::Table;
+using oracle::tableOf;
+using oracle::TableShape;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -116,7 +116,7 @@ TableShape frequentAndRare() {
 }
 
 std::vector<TableShape> shapes() {
-    std::vector<TableShape> all = mining_tests::tableShapes();
+    std::vector<TableShape> all = oracle::tableShapes();
     all.push_back(frequentAndRare());
     return all;
 }

@@ -9,14 +9,15 @@
 
 #include "oracle/random_table.hpp"
 #include "oracle/table.hpp"
+#include "support/conversion.hpp"
 
 namespace quarvis::rule {
 namespace {
 
-using mining_tests::Table;
-using mining_tests::tableOf;
-using mining_tests::TableShape;
-using mining_tests::transactionsOf;
+using oracle::Table;
+using oracle::tableOf;
+using oracle::TableShape;
+using support::transactionsOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -144,7 +145,7 @@ struct Model {
                         item.histories.push_back(history);
                         item.times.emplace_back();
                     }
-                    item.times.back().push_back(time);
+                    item.times.back().push_back(static_cast<std::uint32_t>(time));
                 }
         std::erase_if(items,
                       [minCount](const auto& i) { return i.second.times.size() < minCount; });
@@ -183,7 +184,7 @@ void expectIndexOf(const Table& table, std::size_t minCount) {
 }
 
 TEST(HistoryIndex, HoldsEveryOccurrenceOfARandomTable) {
-    for (const TableShape& shape : mining_tests::tableShapes())
+    for (const TableShape& shape : oracle::tableShapes())
         for (std::uint64_t seed = 0; seed < 30; ++seed)
             ASSERT_NO_FATAL_FAILURE(expectIndexOf(randomTable(shape, seed), seed % 4))
                 << shape << ", seed " << seed;

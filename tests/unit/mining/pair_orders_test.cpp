@@ -17,10 +17,9 @@ namespace quarvis::rule {
 namespace {
 
 using mining_tests::Searched;
-using mining_tests::Table;
-using mining_tests::TableHistory;
-using mining_tests::tableOf;
-using mining_tests::TableShape;
+using oracle::Table;
+using oracle::tableOf;
+using oracle::TableShape;
 
 /// The histories in which `a` first occurs before `b`, or after it, whichever are more; told by the
 /// transactions.
@@ -73,7 +72,7 @@ TEST(PairOrders, CountTheHistoriesInWhichOneItemComesFirst) {
 TEST(PairOrders, AreThoseOfTheTransactions) {
     std::size_t counted = 0;
     std::size_t pairs = 0;
-    for (const TableShape& shape : mining_tests::tableShapes())
+    for (const TableShape& shape : oracle::tableShapes())
         for (std::uint64_t seed = 0; seed < 20; ++seed) {
             const Searched all(randomTable(shape, seed), std::max(1U, shape.leastMinCount), 2);
             pairs += all.sets.level(2).size();
@@ -88,7 +87,7 @@ TEST(PairOrders, AreThoseOfMoreHistoriesThanAreTakenAtATime) {
         std::mt19937_64 random(histories);
         Table table;
         for (std::size_t i = 0; i < histories; ++i) {
-            TableHistory history;
+            oracle::History history;
             for (int item = 0; item < 10; ++item)
                 history[static_cast<std::uint32_t>(random() % 4)].insert(
                     std::string(1, static_cast<char>('a' + random() % 5)));
@@ -100,9 +99,9 @@ TEST(PairOrders, AreThoseOfMoreHistoriesThanAreTakenAtATime) {
 
 /// The last item is frequent with one other item only, but would be compared with all.
 TEST(PairOrders, AreNotCountedWhereVisitsAreLessWork) {
-    TableHistory all;
-    TableHistory most;
-    TableHistory lastTwo;
+    oracle::History all;
+    oracle::History most;
+    oracle::History lastTwo;
     for (std::size_t item = 0; item < 60; ++item) {
         const std::string name = std::to_string(100 + item);
         all[1].insert(name);

@@ -9,20 +9,21 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "oracle/plain_proposals.hpp"
-#include "oracle/plain_rule_counting.hpp"
-#include "oracle/plain_search.hpp"
 #include "oracle/random_table.hpp"
 #include "oracle/table.hpp"
+#include "plain_proposals.hpp"
+#include "plain_rule_counting.hpp"
+#include "plain_search.hpp"
 #include "searched.hpp"
+#include "support/conversion.hpp"
 
 namespace quarvis::rule {
 namespace {
 
 using mining_tests::Searched;
-using mining_tests::Table;
-using mining_tests::tableOf;
-using mining_tests::TableShape;
+using oracle::Table;
+using oracle::tableOf;
+using oracle::TableShape;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
@@ -256,7 +257,8 @@ TEST_P(CountedRules, AreThoseOfThePlainCounting) {
     for (std::uint64_t seed = 0; seed < 60; ++seed) {
         const auto anyCount = static_cast<std::uint32_t>(seed / 7 % 4);
         const std::uint32_t minCount = std::max(anyCount, GetParam().leastMinCount);
-        const std::uint32_t window[] = {0, 1, 2, 3, 5, GetParam().lastTime / 2, 4294967295U};
+        const std::uint32_t window[] = {
+            0, 1, 2, 3, 5, static_cast<std::uint32_t>(GetParam().lastTime / 2), 4294967295U};
         const Searched all(randomTable(GetParam(), seed), minCount, 6);
         std::vector<std::string> counted;
         for (const CountedRule& rule : countedIn(all, minCount, window[seed % 7]).rules)
@@ -269,7 +271,7 @@ TEST_P(CountedRules, AreThoseOfThePlainCounting) {
 
 std::vector<TableShape> shapes() {
     // The plain search takes too long over fourteen items.
-    std::vector<TableShape> all = mining_tests::tableShapes();
+    std::vector<TableShape> all = oracle::tableShapes();
     std::erase_if(all, [](const TableShape& shape) { return shape.name == "Wide"; });
     return all;
 }
@@ -303,7 +305,7 @@ class LargeSet : public testing::Test {
     /// "0-34 2".
     static std::vector<std::string> rulesOf(const std::vector<Times>& histories,
                                             std::uint32_t minCount, std::uint32_t window) {
-        const TransactionSet txns = transactionsOf(tableAt(histories));
+        const TransactionSet txns = support::transactionsOf(tableAt(histories));
         const HistoryIndex index(txns, minCount);
         const auto count = static_cast<std::uint32_t>(histories.size());
         FrequentSets sets;

@@ -10,19 +10,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "oracle/plain_search.hpp"
 #include "oracle/random_table.hpp"
 #include "oracle/table.hpp"
+#include "plain_search.hpp"
 #include "searched.hpp"
 
 namespace quarvis::rule {
 namespace {
 
 using mining_tests::Searched;
-using mining_tests::Table;
-using mining_tests::TableHistory;
-using mining_tests::tableOf;
-using mining_tests::TableShape;
+using oracle::Table;
+using oracle::tableOf;
+using oracle::TableShape;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -130,7 +129,7 @@ TableShape skewed() {
 
 std::vector<TableShape> shapes() {
     // The plain search takes too long over fourteen items.
-    std::vector<TableShape> all = mining_tests::tableShapes();
+    std::vector<TableShape> all = oracle::tableShapes();
     std::erase_if(all, [](const TableShape& shape) { return shape.name == "Wide"; });
     all.push_back(skewed());
     return all;
@@ -145,7 +144,7 @@ Table neighbours(std::size_t items) {
     Table table;
     const auto nameOf = [](std::size_t item) { return std::to_string(10'000 + item); };
     for (std::size_t item = 0; item < items; item += 2) {
-        TableHistory history;
+        oracle::History history;
         for (std::size_t i = 0; i < 6; ++i)
             history[1].insert(nameOf((item + i) % items));
         history[2].insert(nameOf(random() % items));

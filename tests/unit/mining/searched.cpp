@@ -3,6 +3,7 @@
 #include <span>
 
 #include "search.hpp"
+#include "support/conversion.hpp"
 
 namespace mining_tests {
 
@@ -20,7 +21,7 @@ std::string joined(const quarvis::rule::HistoryIndex& index, std::span<const Ran
 }  // namespace
 
 Searched::Searched(const Table& table, std::uint32_t minCount, std::size_t maxSize)
-    : txns(transactionsOf(table)), index(txns, minCount) {
+    : txns(support::transactionsOf(table)), index(txns, minCount) {
     Configuration config;
     config.minCount = minCount;
     sets.add(oneSets(index), {});

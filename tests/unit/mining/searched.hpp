@@ -14,6 +14,8 @@
 
 namespace mining_tests {
 
+using oracle::Table;
+
 /// A table with its index and with the frequent sets of every size up to `maxSize` or, when that is
 /// 0, up to the first size without any.
 class Searched {

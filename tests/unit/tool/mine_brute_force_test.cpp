@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,38 +13,41 @@
 #include "oracle/every_table.hpp"
 #include "oracle/outcome.hpp"
 #include "oracle/random_table.hpp"
+#include "oracle/settings.hpp"
 #include "oracle/table.hpp"
 #include "replayed_seeds.hpp"
+#include "support/conversion.hpp"
 
-namespace mining_tests {
 namespace {
 
-std::string describe(const Configuration& config) {
-    std::ostringstream text;
-    text << "minCount " << config.minCount << ", minSupport " << config.minSupport
-         << ", minConfidence " << config.minConfidence << ", minLift " << config.minLift
-         << ", maxConviction " << config.maxConviction << ", maxOrder " << config.maxOrder
-         << ", windowSize " << config.windowSize;
-    return text.str();
-}
+using mining_tests::REPLAYED_SEEDS;
+using oracle::allHistories;
+using oracle::bruteForce;
+using oracle::Outcome;
+using oracle::RandomCase;
+using oracle::randomCase;
+using oracle::Settings;
+using oracle::Table;
+using oracle::tableShapes;
+using support::mined;
 
 /// Whether the mining does with the table what the brute force does.
-testing::AssertionResult agree(const Configuration& config, const Table& table) {
-    const Outcome expected = brute_force::mine(config, table);
-    const Outcome mined = minedOutcome(config, table);
+testing::AssertionResult agree(const Settings& settings, const Table& table) {
+    const Outcome expected = bruteForce(settings, table);
+    const Outcome found = mined(settings, table);
     const bool isNumberRight =
-        mined.messages.ends_with(" have " + std::to_string(mined.rules.size()) + " rules.\n");
-    if (mined == expected && isNumberRight)
+        found.messages.ends_with(" have " + std::to_string(found.rules.size()) + " rules.\n");
+    if (found == expected && isNumberRight)
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "with " << describe(config) << "\nthe table\n"
+    return testing::AssertionFailure() << "with " << settings << "\nthe table\n"
                                        << table << "gives\n"
-                                       << mined << "instead of\n"
+                                       << found << "instead of\n"
                                        << expected;
 }
 
 testing::AssertionResult agree(std::uint64_t seed) {
     const RandomCase drawn = randomCase(seed);
-    const testing::AssertionResult result = agree(drawn.config, drawn.table);
+    const testing::AssertionResult result = agree(drawn.settings, drawn.table);
     return result ? result
                   : testing::AssertionFailure()
                         << "seed " << seed << ", " << drawn.shape << ", " << result.message();
@@ -66,17 +68,17 @@ class EveryTable : public testing::TestWithParam<Setting> {
   protected:
     /// Compares the tables of up to a number of histories over three items at these times, and
     /// stops at the first that does not agree; the number of tables.
-    static std::size_t upTo(std::size_t number, const std::vector<std::uint32_t>& times) {
-        Configuration config;
-        config.minCount = GetParam().minCount;
-        config.maxOrder = GetParam().maxOrder;
-        config.windowSize = GetParam().windowSize;
-        return forEveryTable(allHistories(times, {"p", "q", "r"}), number,
-                             [&config](const Table& table) {
-                                 const testing::AssertionResult result = agree(config, table);
-                                 EXPECT_TRUE(result);
-                                 return static_cast<bool>(result);
-                             });
+    static std::size_t upTo(std::size_t number, const std::vector<oracle::Time>& times) {
+        Settings settings;
+        settings.minCount = GetParam().minCount;
+        settings.maxOrder = GetParam().maxOrder;
+        settings.windowSize = GetParam().windowSize;
+        return oracle::forEveryTable(
+            allHistories(times, {"p", "q", "r"}), number, [&settings](const Table& table) {
+                const testing::AssertionResult result = agree(settings, table);
+                EXPECT_TRUE(result);
+                return static_cast<bool>(result);
+            });
     }
 };
 
@@ -154,7 +156,7 @@ TEST(RandomTablesOfEveryShape, ManyHaveRules) {
     std::vector<std::size_t> withRules(tableShapes().size());
     for (std::uint64_t seed = 0; seed < each * withRules.size(); ++seed) {
         const RandomCase drawn = randomCase(seed);
-        if (!minedOutcome(drawn.config, drawn.table).rules.empty())
+        if (!mined(drawn.settings, drawn.table).rules.empty())
             ++withRules[seed % withRules.size()];
     }
     EXPECT_THAT(withRules, testing::Each(testing::Ge(each / 5)));
@@ -163,11 +165,10 @@ TEST(RandomTablesOfEveryShape, ManyHaveRules) {
 TEST(Histories, TheirOrderDoesNotMatter) {
     for (std::uint64_t seed = 0; seed < 200; ++seed) {
         RandomCase drawn = randomCase(seed);
-        const Outcome before = minedOutcome(drawn.config, drawn.table);
+        const Outcome before = mined(drawn.settings, drawn.table);
         std::reverse(drawn.table.histories.begin(), drawn.table.histories.end());
-        EXPECT_EQ(minedOutcome(drawn.config, drawn.table), before) << "seed " << seed;
+        EXPECT_EQ(mined(drawn.settings, drawn.table), before) << "seed " << seed;
     }
 }
 
 }  // namespace
-}  // namespace mining_tests

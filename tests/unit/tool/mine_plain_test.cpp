@@ -16,39 +16,37 @@
 #include <gtest/gtest.h>
 
 #include "oracle/every_table.hpp"
+#include "oracle/mine.hpp"
 #include "oracle/outcome.hpp"
 #include "oracle/random_table.hpp"
+#include "oracle/settings.hpp"
 #include "oracle/table.hpp"
+#include "support/conversion.hpp"
 
-namespace mining_tests {
 namespace {
 
-std::string describe(const Configuration& config) {
-    std::ostringstream text;
-    text << "minCount " << config.minCount << ", minSupport " << config.minSupport
-         << ", minConfidence " << config.minConfidence << ", minLift " << config.minLift
-         << ", maxConviction " << config.maxConviction << ", maxOrder " << config.maxOrder
-         << ", windowSize " << config.windowSize;
-    return text.str();
-}
+using oracle::allHistories;
+using oracle::History;
+using oracle::Outcome;
+using oracle::RandomCase;
+using oracle::randomCase;
+using oracle::Settings;
+using oracle::Table;
+using oracle::tableOf;
+using oracle::TableShape;
+using oracle::tableShapes;
+using support::mined;
 
-/// Whether the mining does with the transactions what its plain form does.
-testing::AssertionResult agree(const Configuration& config,
-                               const quarvis::rule::TransactionSet& txns) {
-    const Outcome expected = plainOutcome(config, txns);
-    const Outcome mined = minedOutcome(config, txns);
-    if (mined == expected)
+/// Whether the mining does with the table what its plain form does.
+testing::AssertionResult agree(const Settings& settings, const Table& table) {
+    const Outcome expected = oracle::mine(settings, table);
+    const Outcome found = mined(settings, table);
+    if (found == expected)
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "with " << describe(config) << " the mining gives\n"
-                                       << mined << "instead of\n"
+    return testing::AssertionFailure() << "with " << settings << "\nthe table\n"
+                                       << table << "gives\n"
+                                       << found << "instead of\n"
                                        << expected;
-}
-
-testing::AssertionResult agree(const Configuration& config, const Table& table) {
-    testing::AssertionResult result = agree(config, transactionsOf(table));
-    if (!result)
-        result << "for\n" << table;
-    return result;
 }
 
 struct Setting {
@@ -69,13 +67,13 @@ std::string nameOf(const testing::TestParamInfo<Setting>& setting) {
 class EveryTableOf : public testing::TestWithParam<Setting> {
   protected:
     /// The number of tables of up to `number` histories; it stops at the first that does not agree.
-    static std::size_t upTo(std::size_t number, const std::vector<TableHistory>& histories) {
-        Configuration config;
-        config.minCount = GetParam().minCount;
-        config.maxOrder = GetParam().maxOrder;
-        config.windowSize = GetParam().windowSize;
-        return forEveryTable(histories, number, [&config](const Table& table) {
-            const testing::AssertionResult result = agree(config, table);
+    static std::size_t upTo(std::size_t number, const std::vector<History>& histories) {
+        Settings settings;
+        settings.minCount = GetParam().minCount;
+        settings.maxOrder = GetParam().maxOrder;
+        settings.windowSize = GetParam().windowSize;
+        return oracle::forEveryTable(histories, number, [&settings](const Table& table) {
+            const testing::AssertionResult result = agree(settings, table);
             EXPECT_TRUE(result);
             return result;
         });
@@ -192,8 +190,8 @@ std::vector<Series> allTables() {
 /// The settings of a random case, with a table of this shape.
 RandomCase caseOf(const TableShape& shape, std::uint64_t seed) {
     RandomCase drawn = randomCase(seed);
-    drawn.table = randomTable(shape, seed);
-    drawn.config.minCount = std::max(drawn.config.minCount, shape.leastMinCount);
+    drawn.table = oracle::randomTable(shape, seed);
+    drawn.settings.minCount = std::max(drawn.settings.minCount, shape.leastMinCount);
     return drawn;
 }
 
@@ -204,7 +202,7 @@ class RandomTablesOfShape : public testing::TestWithParam<Series> {};
 TEST_P(RandomTablesOfShape, MineAsInThePlainForm) {
     for (std::uint64_t seed = FIRST_SEED; seed < FIRST_SEED + GetParam().tables; ++seed) {
         const RandomCase drawn = caseOf(GetParam().shape, seed);
-        ASSERT_TRUE(agree(drawn.config, drawn.table)) << "seed " << seed;
+        ASSERT_TRUE(agree(drawn.settings, drawn.table)) << "seed " << seed;
     }
 }
 
@@ -218,17 +216,17 @@ TEST(LargeRandomTables, ManyHaveRules) {
         std::size_t withRules = 0;
         for (std::uint64_t seed = FIRST_SEED; seed < FIRST_SEED + tables; ++seed) {
             const RandomCase drawn = caseOf(series.shape, seed);
-            withRules += minedOutcome(drawn.config, drawn.table).rules.empty() ? 0 : 1;
+            withRules += mined(drawn.settings, drawn.table).rules.empty() ? 0 : 1;
         }
         EXPECT_GE(withRules, tables / 10) << series;
     }
 }
 
 TEST(Orders, FarBeyondTheLargestSetAreReportedAsInThePlainForm) {
-    Configuration config;
-    config.minCount = 1;
-    config.maxOrder = 20'000;
-    EXPECT_TRUE(agree(config, tableOf({"1:a 2:b,c", "1:c 2:a"})));
+    Settings settings;
+    settings.minCount = 1;
+    settings.maxOrder = 20'000;
+    EXPECT_TRUE(agree(settings, tableOf({"1:a 2:b,c", "1:c 2:a"})));
 }
 
 /// Real histories, from the folder that the environment variable QUARVIS_DATA names. They are too
@@ -279,14 +277,14 @@ TEST_P(RealHistories, AreMinedAsInThePlainForm) {
     quarvis::rule::TransactionSet txns;
     txns.readInto(rows, '\t');
 
-    Configuration config;
-    config.minCount = run.minCount;
-    config.maxOrder = run.maxOrder;
-    config.windowSize = run.windowSize;
-    const Outcome expected = plainOutcome(config, txns);
+    Settings settings;
+    settings.minCount = run.minCount;
+    settings.maxOrder = run.maxOrder;
+    settings.windowSize = run.windowSize;
+    const Outcome expected = oracle::mine(settings, support::tableOf(txns));
     EXPECT_FALSE(expected.itemSets.empty());
     // Not printed: there may be thousands of rules.
-    EXPECT_TRUE(minedOutcome(config, txns) == expected);
+    EXPECT_TRUE(mined(support::configurationOf(settings), txns) == expected);
 }
 
 constexpr std::uint32_t DAY = 24 * 60 * 60;
@@ -304,4 +302,3 @@ INSTANTIATE_TEST_SUITE_P(Runs, RealHistories,
                                                  28 * DAY}));
 
 }  // namespace
-}  // namespace mining_tests

@@ -10,25 +10,31 @@
 #include <gtest/gtest.h>
 
 #include "oracle/outcome.hpp"
+#include "oracle/settings.hpp"
 #include "oracle/table.hpp"
+#include "support/conversion.hpp"
 #include "support/error_output.hpp"
 
-namespace mining_tests {
 namespace {
 
+using oracle::Outcome;
+using oracle::Settings;
+using oracle::Table;
+using oracle::tableOf;
+using support::mined;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr double INF = std::numeric_limits<double>::infinity();
 
-Configuration settings(std::uint32_t minCount, std::uint32_t maxOrder = 0,
-                       std::uint32_t windowSize = 0) {
-    Configuration config;
-    config.minCount = minCount;
-    config.maxOrder = maxOrder;
-    config.windowSize = windowSize;
-    return config;
+Settings settingsOf(std::uint32_t minCount, std::uint32_t maxOrder = 0,
+                    std::uint32_t windowSize = 0) {
+    Settings settings;
+    settings.minCount = minCount;
+    settings.maxOrder = maxOrder;
+    settings.windowSize = windowSize;
+    return settings;
 }
 
 /// The lines as the mining writes them.
@@ -39,26 +45,26 @@ std::string messagesOf(std::initializer_list<const char*> lines) {
     return messages;
 }
 
-std::string messages(const Configuration& config, std::initializer_list<const char*> histories) {
-    return minedOutcome(config, tableOf(histories)).messages;
+std::string messages(const Settings& settings, std::initializer_list<const char*> histories) {
+    return mined(settings, tableOf(histories)).messages;
 }
 
-std::vector<std::string> rules(const Configuration& config,
+std::vector<std::string> rules(const Settings& settings,
                                std::initializer_list<const char*> histories) {
-    return minedOutcome(config, tableOf(histories)).ruleTexts();
+    return mined(settings, tableOf(histories)).ruleTexts();
 }
 
 /// The item sets with their counts.
-std::vector<std::string> itemSets(const Configuration& config,
+std::vector<std::string> itemSets(const Settings& settings,
                                   std::initializer_list<const char*> histories) {
     std::vector<std::string> sets;
-    for (const Outcome::ItemSet& items : minedOutcome(config, tableOf(histories)).itemSets)
+    for (const Outcome::ItemSet& items : mined(settings, tableOf(histories)).itemSets)
         sets.push_back(items.text + ' ' + std::to_string(items.count));
     return sets;
 }
 
 TEST(MineLevels, AnEmptyTransactionSetHasNoRulesOfOrderOne) {
-    const Outcome outcome = minedOutcome(settings(1), Table());
+    const Outcome outcome = mined(settingsOf(1), Table());
     EXPECT_EQ(messagesOf({"calculated 0 frequent item sets of size 1. ",
                           "calculated 0 frequent item sets of size 2 with 0 proposed rules.",
                           "no rules of order 1 found.", "preparing rules for reporting.",
@@ -70,12 +76,12 @@ TEST(MineLevels, AnEmptyTransactionSetHasNoRulesOfOrderOne) {
 
 TEST(MineLevels, MinCountZeroKeepsEverySet) {
     EXPECT_THAT(
-        itemSets(settings(0), {"1:a", "1:b 2:c"}),
+        itemSets(settingsOf(0), {"1:a", "1:b 2:c"}),
         ElementsAre("{a,b,c} 0", "{a,b} 0", "{a,c} 0", "{a} 1", "{b,c} 1", "{b} 1", "{c} 1"));
 }
 
 TEST(MineLevels, MinCountZeroKeepsNoRuleThatFiresNowhere) {
-    EXPECT_THAT(rules(settings(0), {"1:a", "1:b 2:c"}), ElementsAre("b => c"));
+    EXPECT_THAT(rules(settingsOf(0), {"1:a", "1:b 2:c"}), ElementsAre("b => c"));
 }
 
 TEST(MineLevels, MinCountBeyondTheHistoriesEmptiesTheFirstLevel) {
@@ -83,12 +89,12 @@ TEST(MineLevels, MinCountBeyondTheHistoriesEmptiesTheFirstLevel) {
                           "calculated 0 frequent item sets of size 2 with 0 proposed rules.",
                           "no rules of order 1 found.", "preparing rules for reporting.",
                           "have 0 rules."}),
-              messages(settings(3), {"1:a 2:b", "1:a 2:b"}));
-    EXPECT_THAT(itemSets(settings(3), {"1:a 2:b", "1:a 2:b"}), IsEmpty());
+              messages(settingsOf(3), {"1:a 2:b", "1:a 2:b"}));
+    EXPECT_THAT(itemSets(settingsOf(3), {"1:a 2:b", "1:a 2:b"}), IsEmpty());
 }
 
 TEST(MineLevels, AnItemCountsHistoriesNotTransactions) {
-    EXPECT_THAT(itemSets(settings(1), {"1:a 2:a 3:a 4:a 5:a"}), ElementsAre("{a} 1"));
+    EXPECT_THAT(itemSets(settingsOf(1), {"1:a 2:a 3:a 4:a 5:a"}), ElementsAre("{a} 1"));
 }
 
 TEST(MineLevels, NoProposalsAtSizeTwoEndTheSearch) {
@@ -97,8 +103,8 @@ TEST(MineLevels, NoProposalsAtSizeTwoEndTheSearch) {
                           "calculated 0 frequent item sets of size 2 with 0 proposed rules.",
                           "no rules of order 1 found.", "preparing rules for reporting.",
                           "have 0 rules."}),
-              messages(settings(1, 5), histories));
-    EXPECT_THAT(itemSets(settings(1, 5), histories), ElementsAre("{a} 1", "{b} 1"));
+              messages(settingsOf(1, 5), histories));
+    EXPECT_THAT(itemSets(settingsOf(1, 5), histories), ElementsAre("{a} 1", "{b} 1"));
 }
 
 TEST(MineLevels, MaxOrderOneMinesPairsOnly) {
@@ -107,9 +113,9 @@ TEST(MineLevels, MaxOrderOneMinesPairsOnly) {
                           "calculated 3 frequent item sets of size 2 with 6 proposed rules.",
                           "deducing rules of order 1.", "preparing rules for reporting.",
                           "have 3 rules."}),
-              messages(settings(1, 1), histories));
-    EXPECT_THAT(rules(settings(1, 1), histories), ElementsAre("a => b", "a => c", "b => c"));
-    EXPECT_THAT(itemSets(settings(1, 1), histories),
+              messages(settingsOf(1, 1), histories));
+    EXPECT_THAT(rules(settingsOf(1, 1), histories), ElementsAre("a => b", "a => c", "b => c"));
+    EXPECT_THAT(itemSets(settingsOf(1, 1), histories),
                 ElementsAre("{a,b} 1", "{a,c} 1", "{a} 1", "{b,c} 1", "{b} 1", "{c} 1"));
 }
 
@@ -122,8 +128,8 @@ TEST(MineLevels, ThreeSetsOfSizeTwoLeadToSizeThree) {
                           "calculated 1 frequent item sets of size 3 with 5 proposed rules.",
                           "deducing rules of order 2.", "preparing rules for reporting.",
                           "have 4 rules."}),
-              messages(settings(1), histories));
-    EXPECT_THAT(rules(settings(1), histories),
+              messages(settingsOf(1), histories));
+    EXPECT_THAT(rules(settingsOf(1), histories),
                 ElementsAre("{a,b} => c", "a => b", "a => c", "b => c"));
 }
 
@@ -133,7 +139,7 @@ TEST(MineLevels, TwoSetsOfSizeTwoEndTheSearch) {
                           "deducing rules of order 1.",
                           "mining rules until there are no more frequent item sets.",
                           "preparing rules for reporting.", "have 2 rules."}),
-              messages(settings(1), {"1:a 2:b", "1:b 2:c"}));
+              messages(settingsOf(1), {"1:a 2:b", "1:b 2:c"}));
 }
 
 TEST(MineLevels, TwoSetsAreJoinedWhenAnOrderIsAskedFor) {
@@ -143,7 +149,7 @@ TEST(MineLevels, TwoSetsAreJoinedWhenAnOrderIsAskedFor) {
                           "calculated 0 frequent item sets of size 3 with 0 proposed rules.",
                           "deducing rules of order 2.", "preparing rules for reporting.",
                           "have 2 rules."}),
-              messages(settings(1, 2), {"1:a 2:b", "1:b 2:c"}));
+              messages(settingsOf(1, 2), {"1:a 2:b", "1:b 2:c"}));
 }
 
 TEST(MineLevels, EveryOrderAskedForIsTriedThoughTheSetsRunOut) {
@@ -159,28 +165,30 @@ TEST(MineLevels, EveryOrderAskedForIsTriedThoughTheSetsRunOut) {
                           "calculated 0 frequent item sets of size 6 with 0 proposed rules.",
                           "deducing rules of order 5.", "preparing rules for reporting.",
                           "have 4 rules."}),
-              messages(settings(1, 5), {"1:a 2:b 3:c"}));
+              messages(settingsOf(1, 5), {"1:a 2:b 3:c"}));
 }
 
 TEST(MineLevels, TheOrderAskedForIsTheLast) {
     EXPECT_THAT(
-        itemSets(settings(1, 2), {"1:a,b,c,d"}),
+        itemSets(settingsOf(1, 2), {"1:a,b,c,d"}),
         ElementsAre("{a,b,c} 1", "{a,b,d} 1", "{a,b} 1", "{a,c,d} 1", "{a,c} 1", "{a,d} 1", "{a} 1",
                     "{b,c,d} 1", "{b,c} 1", "{b,d} 1", "{b} 1", "{c,d} 1", "{c} 1", "{d} 1"));
 }
 
 TEST(MineLevels, MinSupportDoesNotPruneItemSets) {
-    Configuration config = settings(1);
-    config.minSupport = 2;
-    EXPECT_THAT(itemSets(config, {"1:a 2:b"}), ElementsAre("{a,b} 1", "{a} 1", "{b} 1"));
-    EXPECT_THAT(rules(config, {"1:a 2:b"}), IsEmpty());
+    Settings settings = settingsOf(1);
+    settings.minSupport = 2;
+    EXPECT_THAT(itemSets(settings, {"1:a 2:b"}), ElementsAre("{a,b} 1", "{a} 1", "{b} 1"));
+    EXPECT_THAT(rules(settings, {"1:a 2:b"}), IsEmpty());
 }
 
 TEST(MineLevels, VerboseChangesNothing) {
-    Configuration config = settings(1);
-    const std::string quiet = messages(config, {"1:a 2:b"});
+    const quarvis::rule::TransactionSet txns = support::transactionsOf(tableOf({"1:a 2:b"}));
+    Configuration config;
+    config.minCount = 1;
+    const Outcome quiet = mined(config, txns);
     config.verbose = true;
-    EXPECT_EQ(quiet, messages(config, {"1:a 2:b"}));
+    EXPECT_EQ(quiet, mined(config, txns));
 }
 
 struct WindowRow {
@@ -204,29 +212,29 @@ TEST(MineWindows, Table) {
         {"0:a 4294967295:b", 4294967295, {"a => b"}},
     };
     for (const WindowRow& row : rows)
-        EXPECT_EQ(row.rules, rules(settings(1, 0, row.window), {row.history}))
+        EXPECT_EQ(row.rules, rules(settingsOf(1, 0, row.window), {row.history}))
             << row.history << " with window " << row.window;
 }
 
 TEST(MineWindows, ARuleThatFiresInTwoHistoriesCountsTwo) {
-    const Outcome outcome = minedOutcome(settings(1), tableOf({"1:a 2:b", "1:a 2:b 3:a 4:b"}));
+    const Outcome outcome = mined(settingsOf(1), tableOf({"1:a 2:b", "1:a 2:b 3:a 4:b"}));
     ASSERT_THAT(outcome.ruleTexts(), ElementsAre("a => b"));
     EXPECT_EQ(2U, outcome.rules[0].count);
 }
 
 TEST(MineWindows, ItemSetsAreCountedWithoutTheWindow) {
-    EXPECT_THAT(itemSets(settings(1, 0, 1), {"1:a 100:b"}),
+    EXPECT_THAT(itemSets(settingsOf(1, 0, 1), {"1:a 100:b"}),
                 ElementsAre("{a,b} 1", "{a} 1", "{b} 1"));
 }
 
 TEST(MineRuleOrder, RulesOfTwoTransactions) {
-    EXPECT_THAT(rules(settings(1), {"2:c,d 3:a,b"}),
+    EXPECT_THAT(rules(settingsOf(1), {"2:c,d 3:a,b"}),
                 ElementsAre("{c,d} => {a,b}", "{c,d} => a", "{c,d} => b", "c => {a,b}", "c => a",
                             "c => b", "d => {a,b}", "d => a", "d => b"));
 }
 
 TEST(MineMeasures, OfFourHistories) {
-    const Outcome outcome = minedOutcome(settings(1), tableOf({"1:a 2:s", "1:a,s", "1:s", "1:s"}));
+    const Outcome outcome = mined(settingsOf(1), tableOf({"1:a 2:s", "1:a,s", "1:s", "1:s"}));
     ASSERT_THAT(outcome.rules, testing::SizeIs(1));
     EXPECT_EQ((Outcome::Rule{.text = "a => s",
                              .count = 1,
@@ -248,39 +256,39 @@ Table thresholdTable() {
 TEST(MineThresholds, AreInclusive) {
     struct Row {
         const char* threshold;
-        void (*set)(Configuration& config, double value);
+        void (*set)(Settings& settings, double value);
         double inclusive;
         double exclusive;
     };
     const Row rows[] = {
-        {"minCount", [](Configuration& c, double v) { c.minCount = static_cast<std::uint32_t>(v); },
-         2, 3},
-        {"minSupport", [](Configuration& c, double v) { c.minSupport = v; }, 0.25, 0.250001},
-        {"minConfidence", [](Configuration& c, double v) { c.minConfidence = v; }, 0.75, 0.750001},
-        {"minLift", [](Configuration& c, double v) { c.minLift = v; }, 1.5, 1.500001},
-        {"maxConviction", [](Configuration& c, double v) { c.maxConviction = v; }, 2, 1.999999},
+        {"minCount", [](Settings& c, double v) { c.minCount = static_cast<std::uint32_t>(v); }, 2,
+         3},
+        {"minSupport", [](Settings& c, double v) { c.minSupport = v; }, 0.25, 0.250001},
+        {"minConfidence", [](Settings& c, double v) { c.minConfidence = v; }, 0.75, 0.750001},
+        {"minLift", [](Settings& c, double v) { c.minLift = v; }, 1.5, 1.500001},
+        {"maxConviction", [](Settings& c, double v) { c.maxConviction = v; }, 2, 1.999999},
     };
     for (const Row& row : rows) {
-        Configuration config = settings(1);
-        row.set(config, row.inclusive);
-        EXPECT_THAT(minedOutcome(config, thresholdTable()).ruleTexts(), ElementsAre("a => s"))
+        Settings settings = settingsOf(1);
+        row.set(settings, row.inclusive);
+        EXPECT_THAT(mined(settings, thresholdTable()).ruleTexts(), ElementsAre("a => s"))
             << row.threshold;
-        row.set(config, row.exclusive);
-        EXPECT_THAT(minedOutcome(config, thresholdTable()).ruleTexts(), IsEmpty()) << row.threshold;
+        row.set(settings, row.exclusive);
+        EXPECT_THAT(mined(settings, thresholdTable()).ruleTexts(), IsEmpty()) << row.threshold;
     }
 }
 
 TEST(MineThresholds, ARuleBelowMinCountIsDroppedThoughItsItemsAreFrequent) {
-    const Outcome outcome = minedOutcome(settings(2), tableOf({"1:a 2:b", "1:a,b"}));
+    const Outcome outcome = mined(settingsOf(2), tableOf({"1:a 2:b", "1:a,b"}));
     EXPECT_THAT(outcome.ruleTexts(), IsEmpty());
     EXPECT_THAT(outcome.itemSets, testing::SizeIs(3));
     EXPECT_THAT(outcome.messages, HasSubstr("\t ... have 0 rules.\n"));
 }
 
 TEST(MineThresholds, OnlyTheRulesThatPassAreCountedInTheMessage) {
-    Configuration config = settings(1);
-    config.minSupport = 0.6;
-    const Outcome outcome = minedOutcome(config, tableOf({"1:a 2:b", "1:a 2:b", "1:a,b 2:c"}));
+    Settings settings = settingsOf(1);
+    settings.minSupport = 0.6;
+    const Outcome outcome = mined(settings, tableOf({"1:a 2:b", "1:a 2:b", "1:a,b 2:c"}));
     EXPECT_THAT(outcome.ruleTexts(), ElementsAre("a => b"));
     EXPECT_THAT(outcome.messages, HasSubstr("\t ... have 1 rules.\n"));
 }
@@ -293,8 +301,8 @@ TEST(MiningResult, IsEmptyBeforeMining) {
 
 TEST(MiningResult, HandsOutACopyOfTheItemSets) {
     const support::ErrorOutput ignored;
-    const quarvis::rule::MiningResult result =
-        quarvis::rule::MiningResult::mine(settings(1), transactionsOf(tableOf({"1:a 2:b"})));
+    const quarvis::rule::MiningResult result = quarvis::rule::MiningResult::mine(
+        support::configurationOf(settingsOf(1)), support::transactionsOf(tableOf({"1:a 2:b"})));
     quarvis::rule::ItemSetHistogram copy = result.itemSets();
     copy.erase(copy.begin());
     EXPECT_EQ(2U, copy.size());
@@ -302,9 +310,9 @@ TEST(MiningResult, HandsOutACopyOfTheItemSets) {
 }
 
 TEST(MiningResult, IsTheSameWhenMinedAgain) {
-    const quarvis::rule::TransactionSet txns = transactionsOf(tableOf({"1:a 2:b"}));
-    EXPECT_EQ(minedOutcome(settings(1), txns), minedOutcome(settings(1), txns));
+    const quarvis::rule::TransactionSet txns = support::transactionsOf(tableOf({"1:a 2:b"}));
+    const Configuration config = support::configurationOf(settingsOf(1));
+    EXPECT_EQ(mined(config, txns), mined(config, txns));
 }
 
 }  // namespace
-}  // namespace mining_tests

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "oracle/numbered.hpp"
+
+namespace oracle {
+
+/// An item set and the histories that have all its items, at whatever times, in ascending order.
+/// Their number is the count of the set.
+struct FrequentSet {
+    NumberedItems items;
+    std::vector<std::size_t> histories;
+
+    std::size_t count() const { return histories.size(); }
+};
+
+/// The frequent sets of one size, in lexicographic order of their items.
+using Level = std::vector<FrequentSet>;
+
+/// The items that are in `minCount` histories or more.
+Level firstLevel(const NumberedTable& table, std::size_t minCount);
+
+/// The frequent sets with one item more than those of `level`. Two sets that differ in their last
+/// item alone make one; each frequent set is made once, since all that it contains are frequent.
+Level nextLevel(const Level& level, std::size_t minCount);
+
+}  // namespace oracle

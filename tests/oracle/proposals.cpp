@@ -1,0 +1,43 @@
+#include "oracle/proposals.hpp"
+
+#include <limits>
+#include <stdexcept>
+
+namespace oracle {
+
+namespace {
+
+NumberedItems sideOf(Split split, const NumberedItems& items, bool ofAntecedent) {
+    NumberedItems side;
+    for (std::size_t i = 0; i < items.size(); ++i)
+        if (isOfAntecedent(split, i) == ofAntecedent)
+            side.push_back(items[i]);
+    return side;
+}
+
+}  // namespace
+
+std::vector<Split> proposedSplits(std::size_t items) {
+    if (items >= std::numeric_limits<Split>::digits)
+        throw std::invalid_argument("too many items for a split");
+    std::vector<Split> splits;
+    for (std::size_t first = 0; first < items; ++first) {
+        Split run = 0;
+        for (std::size_t last = first; last < items; ++last) {
+            run |= Split{1} << last;
+            if (last - first + 1 < items)
+                splits.push_back(run);
+        }
+    }
+    return splits;
+}
+
+NumberedItems antecedentOf(Split split, const NumberedItems& items) {
+    return sideOf(split, items, true);
+}
+
+NumberedItems subsequentOf(Split split, const NumberedItems& items) {
+    return sideOf(split, items, false);
+}
+
+}  // namespace oracle

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <ostream>
+
+namespace oracle {
+
+/// What a run is asked for. All bounds are inclusive.
+struct Settings {
+    /// Histories that an item set must be in to be frequent, and that a rule must count in.
+    std::uint32_t minCount = 5;
+
+    double minSupport = 0;
+    double minConfidence = 0;
+    double minLift = 0;
+    double maxConviction = std::numeric_limits<double>::infinity();
+
+    std::uint32_t maxOrder = 0;    ///< Greatest order of a rule; 0: until the search runs out.
+    std::uint64_t windowSize = 0;  ///< In units of time; 0: no window.
+};
+
+std::ostream& operator<<(std::ostream& os, const Settings& settings);
+
+}  // namespace oracle
