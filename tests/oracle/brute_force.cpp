@@ -87,9 +87,9 @@ std::map<Set, std::size_t> frequentSets(int size, std::size_t minCount, const Pr
     return frequent;
 }
 
-/// The rules proposed from the sets: any run of neighbours among the items of a set implies the
-/// others, of which there must be some.
-std::vector<Rule> proposedRules(const std::map<Set, std::size_t>& sets) {
+/// The rules by runs: any run of neighbours among the items of a set implies the others, of which
+/// there must be some.
+std::vector<Rule> rulesByRuns(const std::map<Set, std::size_t>& sets) {
     std::vector<Rule> rules;
     for (const auto& [set, count] : sets)
         for (const Set first : singleItems(set))
@@ -98,6 +98,16 @@ std::vector<Rule> proposedRules(const std::map<Set, std::size_t>& sets) {
                 if (first <= last && (set & ~span) != 0)
                     rules.emplace_back(set & span, set & ~span);
             }
+    return rules;
+}
+
+/// All rules: any part of a set implies the rest. Counting down through the numbers whose bits are
+/// in the set passes all its parts.
+std::vector<Rule> allRules(const std::map<Set, std::size_t>& sets) {
+    std::vector<Rule> rules;
+    for (const auto& [set, count] : sets)
+        for (Set part = (set - 1) & set; part != 0; part = (part - 1) & set)
+            rules.emplace_back(part, set & ~part);
     return rules;
 }
 
@@ -234,7 +244,7 @@ class Run {
     /// first level ends where it has nothing to deduce.
     std::size_t m_level(int order) {
         const auto sets = m_recordFrequent(order + 1);
-        const std::vector<Rule> rules = proposedRules(sets);
+        const std::vector<Rule> rules = m_settings.allSplits ? allRules(sets) : rulesByRuns(sets);
         m_say("calculated " + std::to_string(sets.size()) + " frequent item sets of size " +
               std::to_string(order + 1) + " with " + std::to_string(rules.size()) +
               " proposed rules.");

@@ -60,6 +60,16 @@ TEST(BruteForce, AnAgeOfExactlyTheWindowIsWithinIt) {
     EXPECT_THAT(outcomeOf(tableOf({"1:a 5:b"}), 1, 3).ruleTexts(), IsEmpty());
 }
 
+TEST(BruteForce, AllSplitsLetTheOuterItemsImplyTheMiddleOne) {
+    Settings settings;
+    settings.minCount = 1;
+    settings.allSplits = true;
+    const Outcome outcome = bruteForce(settings, tableOf({"1:a 2:c 3:b"}));
+    EXPECT_THAT(outcome.ruleTexts(), ElementsAre("{a,c} => b", "a => b", "a => c", "c => b"));
+    EXPECT_THAT(outcome.messages,
+                testing::HasSubstr("1 frequent item sets of size 3 with 6 proposed rules.\n"));
+}
+
 TEST(BruteForce, MoreItemsThanBitsAreRefused) {
     Table table = tableOf({"1:"});
     for (char item = 'A'; item < 'A' + 32; ++item)

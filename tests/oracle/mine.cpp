@@ -101,7 +101,7 @@ class Miner {
         m_recordLevel();
         m_splits.clear();
         if (!m_level.empty())
-            m_splits = proposedSplits(size);
+            m_splits = m_settings.allSplits ? allSplits(size) : splitsByRuns(size);
         const std::size_t rules = m_level.size() * m_splits.size();
         m_say("calculated " + std::to_string(m_level.size()) + " frequent item sets of size " +
               std::to_string(size) + " with " + std::to_string(rules) + " proposed rules.");

@@ -7,6 +7,11 @@ namespace oracle {
 
 namespace {
 
+void checkSize(std::size_t items) {
+    if (items >= std::numeric_limits<Split>::digits)
+        throw std::invalid_argument("too many items for a split");
+}
+
 NumberedItems sideOf(Split split, const NumberedItems& items, bool ofAntecedent) {
     NumberedItems side;
     for (std::size_t i = 0; i < items.size(); ++i)
@@ -17,9 +22,8 @@ NumberedItems sideOf(Split split, const NumberedItems& items, bool ofAntecedent)
 
 }  // namespace
 
-std::vector<Split> proposedSplits(std::size_t items) {
-    if (items >= std::numeric_limits<Split>::digits)
-        throw std::invalid_argument("too many items for a split");
+std::vector<Split> splitsByRuns(std::size_t items) {
+    checkSize(items);
     std::vector<Split> splits;
     for (std::size_t first = 0; first < items; ++first) {
         Split run = 0;
@@ -29,6 +33,15 @@ std::vector<Split> proposedSplits(std::size_t items) {
                 splits.push_back(run);
         }
     }
+    return splits;
+}
+
+std::vector<Split> allSplits(std::size_t items) {
+    checkSize(items);
+    std::vector<Split> splits;
+    const Split whole = (Split{1} << items) - 1;
+    for (Split split = 1; split < whole; ++split)
+        splits.push_back(split);
     return splits;
 }
 

@@ -18,7 +18,10 @@ inline bool isOfAntecedent(Split split, std::size_t item) {
 
 /// The splits that are proposed for a set of so many items: each run of neighbours but the whole
 /// set is an antecedent. Throws `std::invalid_argument` for more than 63 items.
-std::vector<Split> proposedSplits(std::size_t items);
+std::vector<Split> splitsByRuns(std::size_t items);
+
+/// Every split there is; the same limit, and as many as two to the power of the items.
+std::vector<Split> allSplits(std::size_t items);
 
 /// The two sides.
 NumberedItems antecedentOf(Split split, const NumberedItems& items);

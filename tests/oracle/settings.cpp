@@ -6,7 +6,8 @@ std::ostream& operator<<(std::ostream& os, const Settings& settings) {
     return os << "minCount " << settings.minCount << ", minSupport " << settings.minSupport
               << ", minConfidence " << settings.minConfidence << ", minLift " << settings.minLift
               << ", maxConviction " << settings.maxConviction << ", maxOrder " << settings.maxOrder
-              << ", windowSize " << settings.windowSize;
+              << ", windowSize " << settings.windowSize
+              << (settings.allSplits ? ", all splits" : "");
 }
 
 }  // namespace oracle

@@ -18,6 +18,10 @@ struct Settings {
 
     std::uint32_t maxOrder = 0;    ///< Greatest order of a rule; 0: until the search runs out.
     std::uint64_t windowSize = 0;  ///< In units of time; 0: no window.
+
+    /// Whether every split of a frequent set into two sides is proposed, not only those whose
+    /// antecedent is a run of neighbours.
+    bool allSplits = false;
 };
 
 std::ostream& operator<<(std::ostream& os, const Settings& settings);

@@ -44,6 +44,8 @@ TransactionSet entitiesOf(const oracle::Table& table) {
 }  // namespace
 
 Configuration configurationOf(const oracle::Settings& settings) {
+    if (settings.allSplits)
+        throw std::invalid_argument("the tool proposes rules by runs only");
     Configuration config;
     config.minCount = settings.minCount;
     config.minSupport = settings.minSupport;

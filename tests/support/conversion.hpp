@@ -13,7 +13,8 @@
 /// The types of the oracle and those of the product, each as the other.
 namespace support {
 
-/// Throws `std::out_of_range` for a window that the tool cannot have.
+/// Throws `std::out_of_range` for a window that the tool cannot have, and `std::invalid_argument`
+/// for all splits: the tool proposes rules by runs.
 Configuration configurationOf(const oracle::Settings& settings);
 oracle::Settings settingsOf(const Configuration& config);
 

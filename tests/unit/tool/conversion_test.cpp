@@ -48,6 +48,9 @@ TEST(TableAsTransactions, WhatTheToolCannotHaveIsRefused) {
     oracle::Settings settings;
     settings.windowSize = 4294967296;
     EXPECT_THROW(support::configurationOf(settings), std::out_of_range);
+    settings = {};
+    settings.allSplits = true;
+    EXPECT_THROW(support::configurationOf(settings), std::invalid_argument);
 }
 
 TEST(TableAsAFile, IsReadAsTheTableInEveryForm) {
