@@ -76,10 +76,8 @@ const std::vector<Case>& knownCases() {
     return CASES;
 }
 
-/// A run that the plain miner ends within about a minute, on so many of the most frequent items (0:
-/// on all). It counts every pair of items by a pass over all histories, so with all items of a
-/// large file it would not end; and of fewer histories so many sets would be frequent at a count
-/// that is as low beside their number that it would not end either.
+/// A run of the plain miner, on so many of the most frequent items (0: on all). It compares the
+/// lists of histories of every pair of items, so it takes long with all items of a large file.
 struct PlainCase {
     Case run;
     std::size_t items;

@@ -24,8 +24,8 @@ using oracle::Settings;
 using oracle::Table;
 
 // Larger tables are merely expensive: every item makes the rules three times as many, and the plain
-// miner goes through all histories for each of them. This many histories fill more than one word of
-// the bitmaps of the mining. Orders beyond the number of items only add messages.
+// miner tests each of them in every history of its items. This many histories fill more than one
+// word of the bitmaps of the mining. Orders beyond the number of items only add messages.
 constexpr std::size_t MOST_ROWS = 12;
 constexpr std::size_t MOST_HISTORIES = 66;
 constexpr std::size_t ITEMS = 5;
