@@ -8,8 +8,6 @@
 #include <string>
 #include <thread>
 
-#include "bit_kernels.hpp"
-
 namespace bench {
 
 namespace {
@@ -72,7 +70,6 @@ void printEnvironment() {
     std::printf("compiler:  g++ %s\n", __VERSION__);
 #endif
     std::printf("flags:     %s\n", BUILD_FLAGS);
-    std::printf("kernels:   %s\n", quarvis::rule::bitKernels().name);
     std::printf("version:   %s\n", version().c_str());
 #if !defined(__OPTIMIZE__)
     std::printf("WARNING: this build is not optimised; its figures mean nothing.\n");

@@ -5,6 +5,7 @@
 
 #include <moxtel/cmdline.hpp>
 
+#include "bit_kernels.hpp"
 #include "environment.hpp"
 
 namespace bench {
@@ -73,6 +74,7 @@ int runProgram(int argc, char** argv, void (*body)(const Arguments&)) {
         return 1;
     }
     printEnvironment();
+    std::printf("kernels:   %s\n", quarvis::rule::bitKernels().name);
     try {
         body(arguments);
     } catch (const std::exception& failure) {

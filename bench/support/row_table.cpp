@@ -1,12 +1,11 @@
 #include "row_table.hpp"
 
-#include <cstdio>
-#include <numeric>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "digits.hpp"
 #include "draws.hpp"
+#include "shuffle.hpp"
 
 namespace bench {
 
@@ -25,13 +24,6 @@ std::uint64_t mixed(std::uint64_t n) {
     return n ^ (n >> 31);
 }
 
-void appendDigits(std::string& text, char prefix, std::size_t number, std::size_t width) {
-    text += prefix;
-    text.append(width - 1, '0');
-    for (std::size_t at = text.size(); number != 0; number /= 10)
-        text[--at] = static_cast<char>('0' + number % 10);
-}
-
 }  // namespace
 
 std::size_t RowTable::rowSize() const {
@@ -39,22 +31,20 @@ std::size_t RowTable::rowSize() const {
 }
 
 void RowTable::write(std::ostream& os) const {
-    std::vector<std::uint32_t> order(rows);
-    std::iota(order.begin(), order.end(), 0U);
     Draws draws(SEED);
-    for (std::size_t left = shuffled ? rows : 0; left > 1; --left)
-        std::swap(order[left - 1], order[draws.below(left)]);
+    const std::vector<std::uint32_t> order = shuffledNumbers(shuffled ? rows : 0, draws);
 
     os << "entity\ttime\titems\n";
     std::string line;
-    for (const std::uint32_t row : order) {
+    for (std::size_t i = 0; i < rows; ++i) {
+        const std::size_t row = shuffled ? order[i] : i;
         line.clear();
         appendDigits(line, 'e', row / rowsOfEntity, 9);
         line += '\t';
         appendDigits(line, '1', row % rowsOfEntity, 9);
-        for (std::uint64_t i = 0; i < itemsOfRow; ++i) {
+        for (std::size_t cell = 0; cell < itemsOfRow; ++cell) {
             line += '\t';
-            appendDigits(line, 'i', mixed(row * std::uint64_t{itemsOfRow} + i) % items, 8);
+            appendDigits(line, 'i', mixed(row * itemsOfRow + cell) % items, 8);
         }
         os << line << '\n';
     }
