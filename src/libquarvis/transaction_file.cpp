@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <iterator>
 #include <map>
 #include <span>
@@ -11,15 +10,11 @@
 #include <vector>
 
 #include <moxtel/integer.hpp>
-#include <moxtel/parse.hpp>
-#include <moxtel/table.hpp>
 
 #include <quarvis/history.hpp>
+#include <quarvis/transaction_reader.hpp>
 
 namespace quarvis::rule {
-
-using moxtel::io::DelimitedRowParser;
-using moxtel::string::parse;
 
 namespace {
 
@@ -60,23 +55,20 @@ class Places {
 /// names.
 class Sorter {
   public:
-    /// The texts, of strings, are moved away; empty ones are no items.
-    template <class Text>
-    void put(std::span<Text> texts, ItemSet& target) {
-        if (texts.size() == 1 && !texts[0].empty()) {
-            target.add(Item(std::move(texts[0])));
+    void put(std::span<const std::string_view> texts, ItemSet& target) {
+        if (texts.size() == 1) {
+            target.add(Item(texts[0]));
             return;
         }
         m_order.clear();
         for (std::size_t i = 0; i < texts.size(); ++i)
-            if (!texts[i].empty())
-                m_order.push_back({s_firstBytes(texts[i]), i});
+            m_order.push_back({s_firstBytes(texts[i]), i});
         std::sort(m_order.begin(), m_order.end(), [&](const Entry& a, const Entry& b) {
             return a.firstBytes != b.firstBytes ? a.firstBytes < b.firstBytes
                                                 : texts[a.text] < texts[b.text];
         });
         for (const Entry& entry : m_order)
-            target.add(Item(std::move(texts[entry.text])));
+            target.add(Item(texts[entry.text]));
     }
 
   private:
@@ -96,69 +88,19 @@ class Sorter {
     std::vector<Entry> m_order;
 };
 
-/// Reads the rows of a file.
-class Rows {
-  public:
-    Rows(std::istream& in, char delim, Places places)
-        : m_parser(DelimitedRowParser::createRFC4180(in, delim, nullptr)), m_places(places) {}
-
-    /// Reads a row; whether there was one. What was read of a row when the stream throws, stays.
-    bool readRow() {
-        if (!m_parser.hasRow())
-            return false;
-        if (m_parser.takeRow(m_cells, 2))
-            m_sorter.put(std::span(m_cells).subspan(2),
-                         m_places.at(m_cells[0], s_timeOf(std::string(m_cells[1]))));
-        else
-            m_readCells();
-        return true;
-    }
-
-  private:
-    void m_readCells() {
-        // A missing cell is no error: what follows the line end is read in its place.
-        m_parser.hasCell();
-        const std::string key = m_parser.nextCell();
-        m_parser.hasCell();
-        ItemSet& target = m_places.at(key, s_timeOf(m_parser.nextCell()));
-        m_items.clear();
-        try {
-            while (m_parser.hasCell())
-                if (Item item = m_parser.nextCell(); !item.empty())
-                    m_items.push_back(std::move(item));
-        } catch (...) {
-            m_sorter.put(std::span(m_items), target);
-            throw;
-        }
-        m_sorter.put(std::span(m_items), target);
-    }
-
-    static History::Time s_timeOf(const std::string& cell) { return parse<History::Time>(cell); }
-
-    DelimitedRowParser m_parser;
-    Places m_places;
-    Sorter m_sorter;
-    std::vector<std::string_view> m_cells;  ///< Of a row that stands in the buffer of the stream.
-    std::vector<Item> m_items;              ///< Of any other.
-};
-
 }  // namespace
 
 void TransactionSet::readInto(std::istream& in, char delim) {
-    std::string header;
-    std::getline(in, header);
-    Rows rows(in, delim, Places(m_data));
-    while (rows.readRow())
-        continue;
+    TransactionReader rows(in, delim);
+    Places places(m_data);
+    Sorter sorter;
+    while (rows.next())
+        sorter.put(rows.items(), places.at(rows.entity(), rows.time()));
 }
 
 void TransactionSet::readInto(const std::string& path, char delim) {
-    // Larger than a stream's own: a row that reaches over its end is read cell by cell.
-    std::vector<char> buffer(1 << 16);
-    std::ifstream in;
-    in.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-    in.open(path);
-    readInto(in, delim);
+    TransactionFile file(path);
+    readInto(file.stream(), delim);
 }
 
 }  // namespace quarvis::rule
