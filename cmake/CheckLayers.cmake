@@ -1,7 +1,8 @@
 # cmake -DROOT=<source tree> -P CheckLayers.cmake
 #
 # Fails, naming file and line, when a layer includes a header of a layer above it. The support
-# library may include nothing of the rule model or the tool, the rule model nothing of the tool.
+# library may include nothing of the others, the rule model nothing of the engine or the tool, the
+# engine nothing of the tool, nor of the two libraries: it stands on the standard library alone.
 # (The tool's own folder is on no include path but its own, so its bare header names are out of
 # reach already.)
 
@@ -10,6 +11,9 @@ set(VIOLATIONS "")
 function(check_layer layer forbidden)
     foreach(directory IN LISTS ARGN)
         file(GLOB_RECURSE sources ${ROOT}/${directory}/*.hpp ${ROOT}/${directory}/*.cpp)
+        if(NOT layer STREQUAL mining)
+            list(FILTER sources EXCLUDE REGEX "/include/quarvis/mining/")
+        endif()
         foreach(source IN LISTS sources)
             file(STRINGS ${source} includes REGEX "^[ \t]*#[ \t]*include[ \t]*[<\"]")
             foreach(line IN LISTS includes)
@@ -25,7 +29,9 @@ function(check_layer layer forbidden)
 endfunction()
 
 check_layer(moxtel "quarvis" include/moxtel src/libmoxtel)
-check_layer(quarvis "quarvis-rules" include/quarvis src/libquarvis)
+check_layer(quarvis "quarvis-rules|quarvis/mining" include/quarvis src/libquarvis)
+check_layer(mining "quarvis-rules|moxtel|quarvis/[^m]|quarvis/m[^i]" include/quarvis/mining
+            src/libmining)
 
 if(VIOLATIONS)
     list(JOIN VIOLATIONS "\n  " text)

@@ -1,4 +1,4 @@
-# What `cmake --install` puts into a prefix: the tool, the headers, both kinds of both libraries, a
+# What `cmake --install` puts into a prefix: the tool, the headers, both kinds of all libraries, a
 # CMake package and pkg-config files. No installed file names the prefix, so it may be moved.
 
 include(CMakePackageConfigHelpers)
@@ -6,12 +6,13 @@ include(CMakePackageConfigHelpers)
 install(TARGETS quarvis-rules)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.hpp)
 
-# The package has the same two targets in two export sets, one for each kind of library.
+# The package has the same three targets in two export sets, one for each kind of library.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarvis)
 set_target_properties(moxtel moxtel-shared PROPERTIES EXPORT_NAME moxtel)
 set_target_properties(quarvis quarvis-shared PROPERTIES EXPORT_NAME rule)
-install(TARGETS moxtel quarvis EXPORT quarvis-static)
-install(TARGETS moxtel-shared quarvis-shared EXPORT quarvis-shared)
+set_target_properties(quarvis-mining quarvis-mining-shared PROPERTIES EXPORT_NAME mining)
+install(TARGETS moxtel quarvis quarvis-mining EXPORT quarvis-static)
+install(TARGETS moxtel-shared quarvis-shared quarvis-mining-shared EXPORT quarvis-shared)
 install(EXPORT quarvis-static NAMESPACE quarvis:: DESTINATION ${package_dir})
 install(EXPORT quarvis-shared NAMESPACE quarvis:: DESTINATION ${package_dir})
 
@@ -31,3 +32,4 @@ endfunction()
 quarvis_pkgconfig(moxtel "Containers, managed memory, strings, streams and tables" "")
 quarvis_pkgconfig(quarvis "Item sets, transaction histories and association rules"
                   "moxtel = ${PROJECT_VERSION}")
+quarvis_pkgconfig(quarvis-mining "Mining of item sets and association rules" "")

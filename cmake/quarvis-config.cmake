@@ -1,6 +1,9 @@
-# find_package(quarvis) gives the targets quarvis::moxtel, the support library, and quarvis::rule,
-# the rule model, which links it: the shared libraries where BUILD_SHARED_LIBS is on, otherwise the
-# static ones.
+# find_package(quarvis) gives the targets quarvis::moxtel, the support library, quarvis::rule, the
+# rule model, which links it, and quarvis::mining, the mining engine: the shared libraries where
+# BUILD_SHARED_LIBS is on, otherwise the static ones.
+
+include(CMakeFindDependencyMacro)
+find_dependency(Threads)
 
 if(BUILD_SHARED_LIBS)
     include(${CMAKE_CURRENT_LIST_DIR}/quarvis-shared.cmake)

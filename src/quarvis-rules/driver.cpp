@@ -1,15 +1,66 @@
 #include "driver.hpp"
 
+#include <fstream>
 #include <iostream>
 #include <string>
 
+#include <quarvis/mining/index_builder.hpp>
+#include <quarvis/mining/mine.hpp>
+#include <quarvis/transaction_reader.hpp>
+
+#include "engine_options.hpp"
+#include "progress_messages.hpp"
+#include "result_files.hpp"
+
+using quarvis::mining::HistoryIndex;
+using quarvis::mining::IndexBuilder;
 using quarvis::rule::MiningResult;
+using quarvis::rule::TransactionFile;
+using quarvis::rule::TransactionReader;
 using quarvis::rule::TransactionSet;
 
 namespace {
 
 bool isStandardStream(const std::string& filename) {
     return filename == "-";
+}
+
+void tellRead(const char* filename, std::size_t transactions, std::size_t histories) {
+    std::cerr << "Read " << filename << " with " << transactions << " transaction(s) over "
+              << histories << " history record(s)." << std::endl;
+}
+
+void readRows(std::istream& in, IndexBuilder& builder) {
+    TransactionReader rows(in, '\t');
+    while (rows.next()) {
+        builder.beginRow(rows.entity(), rows.time());
+        for (const std::string_view item : rows.items())
+            builder.addItem(item);
+    }
+}
+
+HistoryIndex readIndex(const Configuration& config) {
+    IndexBuilder builder;
+    if (isStandardStream(config.inputFile)) {
+        readRows(std::cin, builder);
+    } else {
+        TransactionFile file(config.inputFile);
+        readRows(file.stream(), builder);
+    }
+    HistoryIndex index = builder.freeze(config.minCount);
+    tellRead(config.inputFile.c_str(), index.transactionCount(), index.historyCount());
+    return index;
+}
+
+/// Calls `write` with the stream that the name stands for.
+template <class Write>
+void writeTo(const std::string& filename, Write write) {
+    if (isStandardStream(filename)) {
+        write(std::cout);
+        return;
+    }
+    std::ofstream out(filename);
+    write(out);
 }
 
 template <class Content>
@@ -23,12 +74,18 @@ void write(const Content& content, const std::string& filename) {
 }  // namespace
 
 void mine(Configuration& config) {
-    const TransactionSet txns = readTxns(config, config.inputFile.c_str());
-    const MiningResult result = quarvis::rule::mine(config, txns);
-    writeRules(result, config.outputFile.c_str());
-    std::cerr << config.itemSetFile << std::endl;
+    const HistoryIndex index = readIndex(config);
+    ProgressMessages messages(config.maxOrder);
+    const quarvis::mining::Result result =
+        quarvis::mining::mine(index, engineOptions(config), messages);
+    messages.rulesPassed(result.rules.size());
+    writeTo(config.outputFile,
+            [&](std::ostream& out) { result_files::writeRules(out, index, result.rules); });
+    std::cerr << result.rules.size() << std::endl << config.itemSetFile << std::endl;
     if (!config.itemSetFile.empty())
-        writeIS(result, config.itemSetFile.c_str());
+        writeTo(config.itemSetFile, [&](std::ostream& out) {
+            result_files::writeItemSets(out, index, result.itemSets);
+        });
 }
 
 TransactionSet readTxns(Configuration&, const char* filename) {
@@ -37,8 +94,7 @@ TransactionSet readTxns(Configuration&, const char* filename) {
         txns.readInto(std::cin, '\t');
     else
         txns.readInto(std::string(filename), '\t');
-    std::cerr << "Read " << filename << " with " << txns.transactionCount()
-              << " transaction(s) over " << txns.size() << " history record(s)." << std::endl;
+    tellRead(filename, txns.transactionCount(), txns.size());
     return txns;
 }
 

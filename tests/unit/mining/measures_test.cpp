@@ -1,11 +1,11 @@
-#include "measures.hpp"
+#include <quarvis/mining/measures.hpp>
 
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
 
-namespace quarvis::rule {
+namespace quarvis::mining {
 namespace {
 
 constexpr double INF = std::numeric_limits<double>::infinity();
@@ -154,4 +154,4 @@ TEST(Certainty, NotANumberPassesTheGuard) {
 }
 
 }  // namespace
-}  // namespace quarvis::rule
+}  // namespace quarvis::mining

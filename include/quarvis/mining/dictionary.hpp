@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <quarvis/mining/ids.hpp>
+
+namespace quarvis::mining {
+
+/// Numbers names from 0 on in the order in which they are first met, and owns them.
+///
+/// The names stand one after the other in one block. A hash table with linear probing, at most half
+/// full, holds the hash beside the number, so that names are compared only where their hashes
+/// agree. With names of n bytes it takes n + 24 to n + 40 bytes a name.
+class Dictionary {
+  public:
+    Dictionary();
+
+    /// The code of the name, which is added when it is new. Throws `std::length_error` beyond
+    /// 2^31 - 1 names.
+    Code add(std::string_view name);
+
+    /// The number of names; codes are below it.
+    std::size_t size() const { return m_ends.size(); }
+
+    /// The name of a code. Valid until the next `add`.
+    std::string_view name(Code code) const;
+
+    /// Bytes that the dictionary holds.
+    std::size_t memory() const;
+
+  private:
+    struct Slot {
+        std::uint32_t hash;
+        std::uint32_t code;
+    };
+
+    void m_grow();
+
+    std::string m_text;                 // all names
+    std::vector<std::uint64_t> m_ends;  // by code: where its name ends
+    std::vector<Slot> m_slots;          // a power of two of them
+};
+
+}  // namespace quarvis::mining

@@ -1,0 +1,31 @@
+#pragma once
+
+/// \file
+/// Measures of interestingness of a rule A => S, from the supports of A, S and their union. Pure
+/// functions that never fail; what no guard is named for follows IEEE 754 division, to infinity or
+/// NaN. Equality is exact.
+namespace quarvis::mining {
+
+/// The share `n` of `t`.
+double support(unsigned int n, unsigned int t);
+
+/// supp(A u S) / supp(A); 0 when supp(A) is 0. Agrawal, Imielinski, Swami: Mining Association Rules
+/// between Sets of Items in Large Databases (1993).
+double confidence(double xuy, double x);
+
+/// supp(A u S) / (supp(A) supp(S)); 0 when the product is 0. Brin, Motwani, Ullman, Tsur: Dynamic
+/// Itemset Counting and Implication Rules for Market Basket Data (1997), there "interest".
+double lift(double xuy, double x, double y);
+
+/// (1 - supp(S)) / (1 - confidence), from supp(S) and the confidence; infinite when the confidence
+/// is 1. Brin et al. (1997).
+double conviction(double sy, double cxy);
+
+/// supp(A u S) / supp(S); 0 when supp(S) is 0: the confidence of the converse rule.
+double probability(double xuy, double y);
+
+/// The odds of A within S, supp(A u S) / (supp(S) - supp(A u S)); infinite when both supports are
+/// equal, negative when the first is greater.
+double certainty(double xuy, double y);
+
+}  // namespace quarvis::mining

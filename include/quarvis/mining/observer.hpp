@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+
+namespace quarvis::mining {
+
+/// What a run tells while it works, and the way to end it early. Every operation does nothing here;
+/// a front end overrides what it needs.
+///
+/// All calls come from the thread that called the engine, except `isCancelled`, which any thread of
+/// the run may ask at any time. An exception that an operation throws ends the run and reaches the
+/// caller of the engine.
+class Observer {
+  public:
+    Observer() = default;
+    Observer(const Observer&) = delete;
+    Observer& operator=(const Observer&) = delete;
+    virtual ~Observer() = default;
+
+    /// There are `sets` frequent item sets of `size` items. Called once for each size from 1 on, in
+    /// order, as soon as it is known; the last call is that of the first size without a set, or
+    /// that of the greatest size asked for.
+    virtual void levelFound(std::size_t /*size*/, std::size_t /*sets*/) {}
+
+    /// All rules were counted; `rules` have the least count.
+    virtual void rulesCounted(std::size_t /*rules*/) {}
+
+    /// Of the phase at hand, `done` of `all` units of work are done. Both are estimates that only
+    /// grow within a phase.
+    virtual void progressed(std::uint64_t /*done*/, std::uint64_t /*all*/) {}
+
+    /// Whether the run is to end. Asked often: between steps, and within long ones every few
+    /// milliseconds.
+    virtual bool isCancelled() const { return false; }
+};
+
+/// Thrown out of a run that its observer cancelled. Nothing of the run remains.
+class Cancelled : public std::runtime_error {
+  public:
+    Cancelled() : std::runtime_error("the run was cancelled") {}
+};
+
+}  // namespace quarvis::mining

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include <quarvis/mining/ids.hpp>
+
+namespace quarvis::mining {
+
+/// A rule "A => S" with its counts and measures. Counts are numbers of histories; n(X) is the
+/// number of those that have every item of X at some time. Only `count` and `support` know of order
+/// and window. The formulas are those of `measures.hpp`, on the shares n(X)/N of all N histories.
+struct Rule {
+    std::span<const Rank> antecedent;  ///< A, ascending, not empty.
+    std::span<const Rank> subsequent;  ///< S, ascending, not empty.
+
+    std::uint32_t count;            ///< Histories in which S newly follows A within the window.
+    std::uint32_t unionCount;       ///< n(A u S).
+    std::uint32_t antecedentCount;  ///< n(A).
+    std::uint32_t subsequentCount;  ///< n(S).
+
+    double support;  ///< `count` / N.
+    double confidence;
+    double lift;
+    double conviction;
+    double probability;
+    double certainty;
+};
+
+/// The rules of a run in the order of the rules file: by antecedent, then by subsequent; sides
+/// compare lexicographically by rank, where a side comes before those that it begins with.
+class Rules {
+  public:
+    std::size_t size() const { return m_rules.size(); }
+    bool empty() const { return m_rules.empty(); }
+
+    /// A rule by its place. Its sides are valid as long as the rules are.
+    Rule operator[](std::size_t place) const {
+        assert(place < size());
+        const Stored& stored = m_rules[place];
+        Rule rule = stored.rule;
+        rule.antecedent = std::span(m_ranks).subspan(stored.begin, stored.antecedent);
+        rule.subsequent =
+            std::span(m_ranks).subspan(stored.begin + stored.antecedent, stored.subsequent);
+        return rule;
+    }
+
+  private:
+    friend class RuleSelection;
+
+    struct Stored {
+        std::size_t begin;
+        std::uint32_t antecedent;
+        std::uint32_t subsequent;
+        Rule rule;  // but for the sides
+    };
+
+    std::vector<Rank> m_ranks;  // of the sides of all rules
+    std::vector<Stored> m_rules;
+};
+
+}  // namespace quarvis::mining

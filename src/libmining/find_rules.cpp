@@ -1,0 +1,68 @@
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include <quarvis/mining/mine.hpp>
+
+#include "rule_selection.hpp"
+#include "rule_walk.hpp"
+#include "tasks.hpp"
+
+namespace quarvis::mining {
+
+namespace {
+
+/// By rank: whether the item is in a frequent set with another one.
+std::vector<bool> inPairs(const ItemSets& sets, std::size_t items) {
+    std::vector<bool> paired(items);
+    if (sets.levels() < 2)
+        return paired;
+    const Level& pairs = sets.level(2);
+    for (std::size_t pair = 0; pair < pairs.size(); ++pair) {
+        paired[at(pairs.last[pair])] = true;
+        paired[at(sets.level(1).last[pairs.prefix[pair]])] = true;
+    }
+    return paired;
+}
+
+}  // namespace
+
+Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOptions& options,
+                Observer& observer) {
+    RuleSelection selection(sets, options.thresholds, index.historyCount());
+    if (sets.levels() > 1) {
+        const Standings standings(Shard::whole(index), inPairs(sets, index.itemCount()),
+                                  options.window);
+        const std::uint32_t least = std::max<std::uint32_t>(options.minCount, 1);
+        Step step(observer);
+        std::vector<std::unique_ptr<WholeLedger>> ledgers(options.threads);
+        const auto makeWorker = [&](unsigned thread) {
+            ledgers[thread] = std::make_unique<WholeLedger>(least);
+            auto work = std::make_unique<Work>(step);
+            auto walk = std::make_unique<RuleWalk>(
+                standings, sets, std::numeric_limits<std::size_t>::max(), options.splits,
+                options.window == 0, *ledgers[thread], *work);
+            return [work = std::move(work), walk = std::move(walk)](std::size_t task) {
+                walk->walk(task);
+            };
+        };
+        const std::size_t tasks = sets.level(1).size();
+        workOn(tasks, options.threads, step, makeWorker,
+               [&](std::size_t done) { observer.progressed(done, tasks); });
+        std::size_t counted = 0;
+        for (const std::unique_ptr<WholeLedger>& ledger : ledgers) {
+            if (!ledger)
+                continue;
+            counted += ledger->rules.size();
+            for (const CountedRule& rule : ledger->rules)
+                selection.add(rule);
+        }
+        observer.rulesCounted(counted);
+    } else {
+        observer.rulesCounted(0);
+    }
+    return std::move(selection).sorted();
+}
+
+}  // namespace quarvis::mining

@@ -1,0 +1,176 @@
+#include "found_sets.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <stdexcept>
+#include <utility>
+
+namespace quarvis::mining {
+
+namespace {
+
+/// Where the extensions of `below` sets begin among sets with these parents, and an end.
+std::vector<std::uint32_t> beginnings(const std::vector<std::uint32_t>& parents,
+                                      std::size_t below) {
+    std::vector<std::uint32_t> begin(below + 1);
+    for (const std::uint32_t parent : parents)
+        ++begin[parent + 1];
+    std::partial_sum(begin.begin(), begin.end(), begin.begin());
+    return begin;
+}
+
+/// The item sets of one size as tuples of ascending ranks, one after the other.
+struct Tuples {
+    std::size_t size = 0;
+    std::vector<Rank> ranks;
+
+    const Rank* operator[](std::size_t set) const { return &ranks[set * size]; }
+};
+
+/// The tuples of a level from those of the level below.
+Tuples extended(const Tuples& below, const FoundSets::Level& level, const WalkOrder& order) {
+    Tuples tuples{below.size + 1, std::vector<Rank>((below.size + 1) * level.size())};
+    Rank* target = tuples.ranks.data();
+    for (std::size_t set = 0; set < level.size(); ++set) {
+        const Rank* const prefix = below[level.parent[set]];
+        const Rank* const end = prefix + below.size;
+        const Rank last = order.rank(level.last[set]);
+        const Rank* const place = std::find_if(prefix, end, [last](Rank r) { return r > last; });
+        target = std::copy(prefix, place, target);
+        *target++ = last;
+        target = std::copy(place, end, target);
+    }
+    return tuples;
+}
+
+/// Sorts the numbers of the tuples lexicographically: by some items at a time, from the last to the
+/// first, each time by counting; or by comparing where there are few tuples beside the items.
+std::vector<std::uint32_t> sortedTuples(const Tuples& tuples, std::size_t number,
+                                        std::size_t items) {
+    std::vector<std::uint32_t> sorted(number);
+    std::iota(sorted.begin(), sorted.end(), 0U);
+    if (number < items / 4) {
+        std::sort(sorted.begin(), sorted.end(), [&tuples](std::uint32_t a, std::uint32_t b) {
+            return std::lexicographical_compare(tuples[a], tuples[a] + tuples.size, tuples[b],
+                                                tuples[b] + tuples.size);
+        });
+        return sorted;
+    }
+    // So many counters stay in a cache.
+    constexpr std::size_t most = 1 << 14;
+    std::vector<std::uint32_t> keys(number);
+    std::vector<std::uint32_t> other(number);
+    std::vector<std::uint32_t> next;
+    for (std::size_t end = tuples.size; end > 0;) {
+        std::size_t begin = end - 1;
+        std::size_t range = items;
+        for (; begin > 0 && range * items <= most; --begin)
+            range *= items;
+        next.assign(range + 1, 0);
+        for (std::size_t set = 0; set < number; ++set) {
+            std::size_t key = 0;
+            for (std::size_t i = begin; i < end; ++i)
+                key = key * items + at(tuples[set][i]);
+            keys[set] = static_cast<std::uint32_t>(key);
+            ++next[key + 1];
+        }
+        std::partial_sum(next.begin(), next.end(), next.begin());
+        for (const std::uint32_t set : sorted)
+            other[next[keys[set]]++] = set;
+        sorted.swap(other);
+        end = begin;
+    }
+    return sorted;
+}
+
+}  // namespace
+
+void FoundSets::add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count) {
+    while (maxSize() < size)
+        m_levels.emplace_back();
+    Level& level = m_levels[size - 2];
+    if (level.size() + 1 >= std::numeric_limits<std::uint32_t>::max())
+        throw std::length_error("too many item sets of one size");
+    level.parent.push_back(static_cast<std::uint32_t>(parent));
+    level.last.push_back(last);
+    level.count.push_back(count);
+}
+
+void FoundSets::append(const FoundSets& other, const std::vector<std::size_t>& begins,
+                       const std::vector<std::size_t>& ends) {
+    std::size_t shift = 0;  // of the places of the level below
+    for (std::size_t i = 0; i < ends.size(); ++i) {
+        const std::size_t begin = i < begins.size() ? begins[i] : 0;
+        const std::size_t next = count(i + 2) - begin;
+        const Level& from = other.m_levels[i];
+        for (std::size_t set = begin; set < ends[i]; ++set)
+            add(i + 2, from.parent[set] + shift, from.last[set], from.count[set]);
+        shift = begin == ends[i] ? 0 : next;
+    }
+}
+
+std::vector<std::size_t> FoundSets::sizes() const {
+    std::vector<std::size_t> sizes;
+    for (const Level& level : m_levels)
+        sizes.push_back(level.size());
+    return sizes;
+}
+
+void FoundSets::truncate(std::size_t size) {
+    if (size < maxSize())
+        m_levels.resize(size - 1);
+}
+
+void FoundSets::link(std::size_t items) {
+    if (m_levels.empty()) {
+        m_pairBegin.assign(items + 1, 0);
+        return;
+    }
+    m_pairBegin = beginnings(m_levels.front().parent, items);
+    for (std::size_t i = 0; i + 1 < m_levels.size(); ++i)
+        m_levels[i].extensions = beginnings(m_levels[i + 1].parent, m_levels[i].size());
+}
+
+ItemSets FoundSets::ordered(const WalkOrder& order) && {
+    ItemSets sets;
+    mining::Level first;
+    std::vector<Rank> ranks;
+    Tuples below{1, {}};
+    for (std::uint32_t item = 0; item < order.size(); ++item)
+        below.ranks.push_back(order.rank(WalkItem{item}));
+    const std::size_t items =
+        below.ranks.empty() ? 0 : at(*std::max_element(below.ranks.begin(), below.ranks.end())) + 1;
+    std::vector<std::uint32_t> sortedBelow = sortedTuples(below, order.size(), items);
+    for (const std::uint32_t item : sortedBelow) {
+        first.prefix.push_back(0);
+        first.last.push_back(order.rank(WalkItem{item}));
+        first.count.push_back(order.count(WalkItem{item}));
+    }
+    sets.add(std::move(first));
+
+    for (Level& level : m_levels) {
+        Tuples tuples = extended(below, level, order);
+        std::vector<std::uint32_t> sorted = sortedTuples(tuples, level.size(), items);
+        mining::Level made;
+        made.prefix.reserve(level.size());
+        made.last.reserve(level.size());
+        made.count.reserve(level.size());
+        std::uint32_t prefix = 0;
+        for (const std::uint32_t set : sorted) {
+            const Rank* const tuple = tuples[set];
+            while (!std::equal(tuple, tuple + below.size, below[sortedBelow[prefix]]))
+                ++prefix;
+            made.prefix.push_back(prefix);
+            made.last.push_back(tuple[below.size]);
+            made.count.push_back(level.count[set]);
+        }
+        sets.add(std::move(made));
+        level = Level();
+        below = std::move(tuples);
+        sortedBelow.swap(sorted);
+    }
+    return sets;
+}
+
+}  // namespace quarvis::mining

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include <quarvis/mining/item_sets.hpp>
+
+#include "walk_order.hpp"
+
+namespace quarvis::mining {
+
+/// Item sets as the search finds them: by size, those of a size in the lexicographic order of the
+/// walk, each as the set of the size below that it extends and the item that it adds. The first
+/// level, of all items, is implied.
+class FoundSets {
+  public:
+    struct Level {
+        std::vector<std::uint32_t>
+            parent;  // in the level below; in the lowest one, of size 2, an item
+        std::vector<WalkItem> last;
+        std::vector<std::uint32_t> count;
+
+        /// By set, and an end: where its extensions begin in the level above. Empty in the highest
+        /// level.
+        std::vector<std::uint32_t> extensions;
+
+        std::size_t size() const { return last.size(); }
+    };
+
+    /// The greatest size of which there are sets; at least 1.
+    std::size_t maxSize() const { return m_levels.size() + 1; }
+
+    /// The sets of a size from 2 on.
+    const Level& level(std::size_t size) const { return m_levels[size - 2]; }
+    std::size_t count(std::size_t size) const { return size <= maxSize() ? level(size).size() : 0; }
+
+    /// Adds a set after all others of its size. Throws `std::length_error` beyond 2^32 - 2 of them.
+    void add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count);
+
+    /// Adds the sets of `other` from the given places of its levels on, up to `ends`, after all
+    /// others; `begins` are the same places of the sets before.
+    void append(const FoundSets& other, const std::vector<std::size_t>& begins,
+                const std::vector<std::size_t>& ends);
+
+    /// The number of sets of each size from 2 on.
+    std::vector<std::size_t> sizes() const;
+
+    /// Drops the sets of more than `size` items.
+    void truncate(std::size_t size);
+
+    /// Fills in where extensions begin, in all levels but the highest.
+    void link(std::size_t items);
+
+    /// Where the extensions of the items begin in the level of size 2.
+    const std::vector<std::uint32_t>& pairBegin() const { return m_pairBegin; }
+
+    /// The same sets in the byte order of their items, with the first level; leaves this empty.
+    ItemSets ordered(const WalkOrder& order) &&;
+
+  private:
+    std::vector<Level> m_levels;
+    std::vector<std::uint32_t> m_pairBegin;
+};
+
+}  // namespace quarvis::mining

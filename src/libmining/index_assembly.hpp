@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <stdexcept>
+#include <vector>
+
+#include <quarvis/mining/dictionary.hpp>
+#include <quarvis/mining/history_index.hpp>
+
+namespace quarvis::mining {
+
+/// Rows by history, made by a counting sort: in a first walk over all rows each is announced, in a
+/// second one each is put into its place. `Time` has 32 or 64 bits.
+template <class Time>
+class RowsByHistory {
+  public:
+    /// Throws `std::length_error` beyond 2^32 - 2 histories.
+    explicit RowsByHistory(std::size_t histories) : m_begin(s_checked(histories) + 1) {}
+
+    /// Announces a row of the history.
+    void announce(std::size_t history) { ++m_begin[history]; }
+
+    /// Ends the announcements. Throws `std::length_error` beyond 2^32 - 2 rows.
+    void makeRoom() {
+        std::size_t sum = 0;
+        for (std::uint32_t& begin : m_begin) {
+            sum += begin;
+            begin = static_cast<std::uint32_t>(s_checked(sum));
+        }
+        m_times.resize(sum);
+        m_items.resize(sum);
+    }
+
+    /// Puts down a row. Those of one history come to stand in the reverse order.
+    void put(std::size_t history, Time time, Code item) {
+        const std::uint32_t place = --m_begin[history];
+        m_times[place] = time;
+        m_items[place] = item;
+    }
+
+    std::size_t historyCount() const { return m_begin.size() - 1; }
+    std::size_t begin(std::size_t history) const { return m_begin[history]; }
+    std::size_t end(std::size_t history) const { return m_begin[history + 1]; }
+    Time time(std::size_t row) const { return m_times[row]; }
+    Code item(std::size_t row) const { return m_items[row]; }
+
+  private:
+    static std::size_t s_checked(std::size_t number) {
+        if (number >= std::numeric_limits<std::uint32_t>::max())
+            throw std::length_error("too many histories or rows to index");
+        return number;
+    }
+
+    std::vector<std::uint32_t> m_begin;  // by history, and the end of the last
+    std::vector<Time> m_times;
+    std::vector<Code> m_items;
+};
+
+/// The index of the rows: keeps the items of `names` that are in `minCount` histories or more,
+/// ranks them by name, and sorts each history by time and rank, without repetitions.
+template <class Time>
+HistoryIndex assembleIndex(const RowsByHistory<Time>& rows, const Dictionary& names,
+                           std::uint32_t minCount);
+
+extern template HistoryIndex assembleIndex(const RowsByHistory<std::uint32_t>&, const Dictionary&,
+                                           std::uint32_t);
+extern template HistoryIndex assembleIndex(const RowsByHistory<std::uint64_t>&, const Dictionary&,
+                                           std::uint32_t);
+
+}  // namespace quarvis::mining

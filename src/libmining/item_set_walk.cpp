@@ -1,0 +1,331 @@
+#include "item_set_walk.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+
+#include "bit_kernels.hpp"
+
+namespace quarvis::mining {
+
+namespace {
+
+constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
+
+/// What a set that is found costs until it stands in the result.
+constexpr std::size_t FOUND = 50;
+
+std::size_t wordsOf(std::size_t bits) {
+    return (bits + 63) / 64;
+}
+
+}  // namespace
+
+ItemSetWalk::ItemSetWalk(const Baskets& baskets, std::uint32_t minCount, const Scope& scope,
+                         Work& work)
+    : m_baskets(baskets),
+      m_minCount(minCount),
+      m_scope(scope),
+      m_work(work),
+      m_delivered(baskets.itemCount()),
+      m_member(baskets.itemCount(), NONE),
+      m_kept(baskets.itemCount()),
+      m_joined(baskets.itemCount()) {}
+
+void ItemSetWalk::walk(WalkItem item, FoundSets& found) {
+    const Arena<std::uint64_t>::Mark mark = m_arena.mark();
+    Class& partners = m_scope.knownSize == 1 ? m_frequentPartners(item) : m_knownPartners(item);
+    if (m_scope.knownSize == 1) {
+        partners.begin = found.count(2);
+        for (std::size_t i = 0; i < partners.items.size(); ++i)
+            found.add(2, at(item), partners.items[i], partners.counts[i]);
+    }
+    if (m_scope.maxSize > 2 && partners.items.size() > 1) {
+        m_makeBitmaps(item, partners);
+        if (m_scope.knownSize > 2)
+            m_follow(partners, found);
+        else
+            m_extend(partners, found);
+    }
+    m_arena.release(mark);
+}
+
+void ItemSetWalk::count(WalkItem item, std::vector<std::uint32_t>& counts) {
+    if (m_scope.knownSize == 1) {
+        const Delivery delivery = m_deliver(item, 0);
+        counts.insert(counts.end(), m_delivered.begin() + static_cast<std::ptrdiff_t>(at(item)) + 1,
+                      m_delivered.end());
+        m_forDelivered(item, delivery, [](WalkItem, std::uint32_t& count) { count = 0; });
+        return;
+    }
+    const Arena<std::uint64_t>::Mark mark = m_arena.mark();
+    Class& partners = m_knownPartners(item);
+    if (partners.items.size() > 1) {
+        m_makeBitmaps(item, partners);
+        m_followAndCount(partners, counts);
+    }
+    m_arena.release(mark);
+}
+
+/// Counts the items after `item` in its histories. Ends early, with counts that are not complete,
+/// when it turns out that none of these items is in `least` of them.
+ItemSetWalk::Delivery ItemSetWalk::m_deliver(WalkItem item, std::uint32_t least) {
+    const std::span<const std::uint32_t> places = m_baskets.places(item);
+    const std::size_t later = m_delivered.size() - at(item) - 1;
+    Delivery delivery{0, false, places.size() < least};
+    if (delivery.isVain)
+        return delivery;
+    // A frequent partner is lacking in no more histories than these.
+    const std::size_t spare = places.size() - least;
+    std::size_t check = spare + std::max<std::size_t>(least / 8, 8);
+    std::size_t steps = 0;
+    for (std::size_t history = 0; history < places.size(); ++history) {
+        if (history == check && later <= 4 * steps) {
+            const auto enough = static_cast<std::uint32_t>(history - spare);
+            const auto begin = m_delivered.begin() + static_cast<std::ptrdiff_t>(at(item)) + 1;
+            delivery.isVain = std::none_of(begin, m_delivered.end(), [enough](std::uint32_t count) {
+                return count >= enough;
+            });
+            if (delivery.isVain)
+                break;
+            check += check - spare;
+        }
+        const WalkItem* other = m_baskets.after(places[history]);
+        const WalkItem* const first = other;
+        for (; *other != Baskets::END; ++other)
+            ++m_delivered[at(*other)];
+        steps += static_cast<std::size_t>(other - first);
+        delivery.histories = history + 1;
+    }
+    delivery.isDense = later <= 4 * steps;
+    m_work.add(steps + 4 * delivery.histories);
+    return delivery;
+}
+
+/// Calls `visit` with each item after `item` that was counted, and its counter: in ascending order
+/// where the delivery is dense, else in no order and possibly again when the counter is not 0.
+template <class Visit>
+void ItemSetWalk::m_forDelivered(WalkItem item, const Delivery& delivery, Visit visit) {
+    if (delivery.isDense) {
+        for (std::size_t other = at(item) + 1; other < m_delivered.size(); ++other)
+            if (m_delivered[other] != 0)
+                visit(WalkItem{static_cast<std::uint32_t>(other)}, m_delivered[other]);
+        return;
+    }
+    const std::span<const std::uint32_t> places = m_baskets.places(item);
+    for (const std::uint32_t place : places.first(delivery.histories))
+        for (const WalkItem* other = m_baskets.after(place); *other != Baskets::END; ++other)
+            if (m_delivered[at(*other)] != 0)
+                visit(*other, m_delivered[at(*other)]);
+}
+
+ItemSetWalk::Class& ItemSetWalk::m_emptyClass(std::size_t size) {
+    while (m_classes.size() <= size)
+        m_classes.emplace_back();
+    Class& members = m_classes[size];
+    members.size = size;
+    members.items.clear();
+    members.counts.clear();
+    return members;
+}
+
+ItemSetWalk::Class& ItemSetWalk::m_frequentPartners(WalkItem item) {
+    Class& partners = m_emptyClass(2);
+    const Delivery delivery = m_deliver(item, m_minCount);
+    if (m_minCount == 0)
+        for (std::size_t other = at(item) + 1; other < m_delivered.size(); ++other) {
+            partners.items.push_back(WalkItem{static_cast<std::uint32_t>(other)});
+            partners.counts.push_back(m_delivered[other]);
+        }
+    std::vector<std::pair<WalkItem, std::uint32_t>>& frequent = m_frequent;
+    frequent.clear();
+    m_forDelivered(item, delivery, [&](WalkItem other, std::uint32_t& count) {
+        if (count >= m_minCount && !delivery.isVain)
+            frequent.emplace_back(other, count);
+        count = 0;
+    });
+    if (m_minCount == 0)
+        return partners;
+    if (!delivery.isDense)
+        std::sort(frequent.begin(), frequent.end());
+    for (const auto& [other, count] : frequent) {
+        partners.items.push_back(other);
+        partners.counts.push_back(count);
+    }
+    return partners;
+}
+
+ItemSetWalk::Class& ItemSetWalk::m_knownPartners(WalkItem item) {
+    Class& partners = m_emptyClass(2);
+    const std::size_t begin = m_scope.known->pairBegin()[at(item)];
+    const std::size_t end = m_scope.known->pairBegin()[at(item) + 1];
+    partners.begin = begin;
+    for (std::size_t pair = begin; pair < end; ++pair) {
+        partners.items.push_back(m_scope.known->level(2).last[pair]);
+        partners.counts.push_back(m_scope.known->level(2).count[pair]);
+    }
+    return partners;
+}
+
+/// Gives each partner its bitmap over the histories of the first item.
+void ItemSetWalk::m_makeBitmaps(WalkItem item, Class& partners) {
+    const std::span<const std::uint32_t> places = m_baskets.places(item);
+    partners.words = wordsOf(places.size());
+    const std::size_t size = partners.items.size() * partners.words;
+    partners.bitmaps = m_arena.take(size);
+    std::fill_n(partners.bitmaps, size, 0);
+    m_work.add(size);
+    for (std::size_t i = 0; i < partners.items.size(); ++i)
+        m_member[at(partners.items[i])] = static_cast<std::uint32_t>(i * partners.words);
+    std::size_t steps = 0;
+    for (std::size_t history = 0; history < places.size(); ++history) {
+        const std::uint64_t bit = std::uint64_t{1} << (history % 64);
+        std::uint64_t* const word = partners.bitmaps + history / 64;
+        const WalkItem* other = m_baskets.after(places[history]);
+        const WalkItem* const first = other;
+        for (; *other != Baskets::END; ++other)
+            if (m_member[at(*other)] != NONE)
+                word[m_member[at(*other)]] |= bit;
+        steps += static_cast<std::size_t>(other - first) + 4;
+    }
+    m_work.add(steps);
+    for (const WalkItem other : partners.items)
+        m_member[at(other)] = NONE;
+}
+
+/// The class of the known extensions of a member.
+ItemSetWalk::Class& ItemSetWalk::m_followed(const Class& members, std::size_t member) {
+    Class& extended = m_emptyClass(members.size + 1);
+    const FoundSets::Level& level = m_scope.known->level(members.size);
+    const FoundSets::Level& above = m_scope.known->level(members.size + 1);
+    const std::size_t set = members.begin + member;
+    extended.begin = level.extensions[set];
+    extended.words = members.words;
+    const std::size_t end = level.extensions[set + 1];
+    if (end - extended.begin < 2)
+        return extended;
+    extended.bitmaps = m_arena.take((end - extended.begin) * members.words);
+    std::uint64_t* target = extended.bitmaps;
+    std::size_t other = member;
+    for (std::size_t extension = extended.begin; extension < end; ++extension) {
+        const WalkItem item = above.last[extension];
+        while (members.items[other] != item)
+            ++other;
+        extended.items.push_back(item);
+        extended.counts.push_back(above.count[extension]);
+        for (std::size_t word = 0; word < members.words; ++word)
+            *target++ = members.bitmap(member)[word] & members.bitmap(other)[word];
+    }
+    m_work.add(extended.items.size() * (members.words + 4));
+    m_shrink(members.bitmap(member), members.counts[member], extended);
+    return extended;
+}
+
+void ItemSetWalk::m_follow(const Class& members, FoundSets& found) {
+    if (members.size == m_scope.knownSize)
+        return m_extend(members, found);
+    for (std::size_t member = 0; member + 1 < members.items.size(); ++member) {
+        const Arena<std::uint64_t>::Mark mark = m_arena.mark();
+        const Class& extended = m_followed(members, member);
+        if (extended.items.size() > 1)
+            m_follow(extended, found);
+        m_arena.release(mark);
+    }
+}
+
+void ItemSetWalk::m_followAndCount(const Class& members, std::vector<std::uint32_t>& counts) {
+    for (std::size_t member = 0; member + 1 < members.items.size(); ++member) {
+        if (members.size == m_scope.knownSize) {
+            m_countJoins(members, member);
+            counts.insert(
+                counts.end(), m_joined.begin(),
+                m_joined.begin() + static_cast<std::ptrdiff_t>(members.items.size() - member - 1));
+            continue;
+        }
+        const Arena<std::uint64_t>::Mark mark = m_arena.mark();
+        const Class& extended = m_followed(members, member);
+        if (extended.items.size() > 1)
+            m_followAndCount(extended, counts);
+        m_arena.release(mark);
+    }
+}
+
+/// Counts the joins of a member with each later one, into m_joined.
+void ItemSetWalk::m_countJoins(const Class& members, std::size_t member) {
+    const std::size_t later = members.items.size() - member - 1;
+    bitKernels().count(members.bitmap(member), members.bitmap(member + 1), later, members.words,
+                       m_joined.data());
+    m_work.add(later * (members.words / 2 + 2));
+}
+
+/// Joins each member with each later one, and goes on with what is frequent.
+void ItemSetWalk::m_extend(const Class& members, FoundSets& found) {
+    if (members.size + 1 == m_scope.maxSize)
+        return m_extendLast(members, found);
+    for (std::size_t member = 0; member + 1 < members.items.size(); ++member) {
+        const Arena<std::uint64_t>::Mark mark = m_arena.mark();
+        const std::size_t later = members.items.size() - member - 1;
+        Class& extended = m_emptyClass(members.size + 1);
+        extended.words = members.words;
+        extended.bitmaps = m_arena.take(later * members.words);
+        const std::size_t kept = bitKernels().join(
+            members.bitmap(member), members.bitmap(member + 1), later, members.words, m_minCount,
+            extended.bitmaps, m_kept.data(), m_joined.data());
+        m_arena.giveBack((later - kept) * members.words);
+        m_work.add(later * (members.words / 2 + 2));
+        extended.begin = found.count(extended.size);
+        m_work.add(kept * FOUND);
+        for (std::size_t i = 0; i < kept; ++i) {
+            const WalkItem item = members.items[member + 1 + m_kept[i]];
+            extended.items.push_back(item);
+            extended.counts.push_back(m_joined[i]);
+            found.add(extended.size, members.begin + member, item, m_joined[i]);
+        }
+        if (kept > 1) {
+            m_shrink(members.bitmap(member), members.counts[member], extended);
+            m_extend(extended, found);
+        }
+        m_arena.release(mark);
+    }
+}
+
+/// The same where the walk ends with the joins, so that nobody needs their bitmaps.
+void ItemSetWalk::m_extendLast(const Class& members, FoundSets& found) {
+    for (std::size_t member = 0; member + 1 < members.items.size(); ++member) {
+        m_countJoins(members, member);
+        for (std::size_t i = 0; i + member + 1 < members.items.size(); ++i)
+            if (m_joined[i] >= m_minCount)
+                found.add(members.size + 1, members.begin + member, members.items[member + 1 + i],
+                          m_joined[i]);
+    }
+}
+
+/// Makes the bitmaps of a class anew over the histories of `cover`, those that hold its prefix,
+/// where that saves the joins of the class more than it costs.
+void ItemSetWalk::m_shrink(const std::uint64_t* cover, std::size_t histories, Class& members) {
+    const std::size_t words = members.words;
+    const std::size_t less = wordsOf(histories);
+    if (members.items.size() * (words - less) < 4 * histories + 16)
+        return;
+    m_positions.clear();
+    for (std::size_t word = 0; word < words; ++word)
+        for (std::uint64_t bits = cover[word]; bits != 0; bits &= bits - 1)
+            m_positions.push_back(static_cast<std::uint32_t>(
+                word * 64 + static_cast<std::size_t>(std::countr_zero(bits))));
+    // A bitmap becomes shorter, so its new place never reaches one that is still to be read.
+    for (std::size_t member = 0; member < members.items.size(); ++member) {
+        const std::uint64_t* const from = members.bitmap(member);
+        std::uint64_t* target = members.bitmaps + member * less;
+        for (std::size_t begin = 0; begin < histories; begin += 64) {
+            const std::size_t end = std::min(begin + 64, histories);
+            std::uint64_t bits = 0;
+            for (std::size_t i = begin; i < end; ++i)
+                bits |= (from[m_positions[i] / 64] >> (m_positions[i] % 64) & 1) << (i - begin);
+            *target++ = bits;
+        }
+    }
+    m_work.add(members.items.size() * histories);
+    members.words = less;
+}
+
+}  // namespace quarvis::mining

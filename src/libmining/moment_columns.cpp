@@ -1,0 +1,134 @@
+#include "moment_columns.hpp"
+
+#include <algorithm>
+#include <span>
+
+namespace quarvis::mining {
+
+namespace {
+
+/// The histories of an item lie far apart in memory, so they are fetched this many ahead.
+constexpr std::size_t AHEAD = 8;
+
+}  // namespace
+
+std::size_t MomentColumns::Column::find(std::uint32_t of) const {
+    if (isDense())
+        return of;
+    const std::uint32_t* const place = std::lower_bound(word, word + size, of);
+    return place == word + size || *place != of ? size : static_cast<std::size_t>(place - word);
+}
+
+MomentColumns::MomentColumns(const Standings& standings)
+    : m_standings(standings), m_numbers(standings.itemCount(), NONE) {}
+
+std::size_t MomentColumns::ask(Rank item, std::size_t histories) {
+    m_numbers[at(item)] = static_cast<std::uint32_t>(m_drafts.size());
+    m_drafts.push_back({item, histories, nullptr, nullptr, nullptr, 0});
+    return m_drafts.size() - 1;
+}
+
+void MomentColumns::clear() {
+    for (const Draft& draft : m_drafts)
+        m_numbers[at(draft.item)] = NONE;
+    m_drafts.clear();
+    m_columns.clear();
+    m_indices.release({});
+    m_bits.release({});
+    m_presentBits.release({});
+}
+
+/// Chooses the histories that hold an item with a column.
+void MomentColumns::m_choosePlaces(Rank first) {
+    m_places.clear();
+    const std::span<const Standings::Place> places = m_standings.places(first);
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const Standings::Place& place = places[i];
+        if (i + AHEAD < places.size())
+            m_standings.prefetch(places[i + AHEAD].history, places[i + AHEAD].entry);
+        const std::size_t end = m_standings.endEntry(place.history);
+        std::size_t entry = place.entry + std::size_t{1};
+        while (entry < end && !has(m_standings.item(entry)))
+            ++entry;
+        m_cost += entry - place.entry + 2;
+        if (entry < end)
+            m_places.push_back(place);
+    }
+}
+
+MomentColumns::Draft MomentColumns::m_draft(Rank item, std::size_t most, bool isDense) {
+    Draft draft{item, most, nullptr, nullptr, nullptr, 0};
+    if (!isDense)
+        draft.word = m_indices.take(most);
+    draft.standing = m_bits.take(most);
+    if (m_standings.anyPresent())
+        draft.present = m_presentBits.take(most);
+    if (isDense) {
+        draft.size = most;
+        std::fill_n(draft.standing, most, Standing());
+        if (draft.present != nullptr)
+            std::fill_n(draft.present, most, 0);
+    }
+    return draft;
+}
+
+inline void MomentColumns::m_put(Draft& draft, const MomentWords::Field& field,
+                                 const Standings::Masks& masks) {
+    const std::uint64_t fresh = MomentWords::moved(masks.fresh, field);
+    const std::uint64_t recent = MomentWords::moved(masks.recent(), field);
+    if ((fresh | recent) == 0)
+        return;
+    std::size_t place = field.word;
+    if (draft.word != nullptr) {
+        if (draft.size == 0 || draft.word[draft.size - 1] != field.word) {
+            draft.word[draft.size] = field.word;
+            draft.standing[draft.size] = Standing();
+            if (draft.present != nullptr)
+                draft.present[draft.size] = 0;
+            ++draft.size;
+        }
+        place = draft.size - 1;
+    }
+    draft.standing[place].fresh |= fresh;
+    draft.standing[place].recent |= recent;
+    if (draft.present != nullptr)
+        draft.present[place] |= MomentWords::moved(masks.present, field);
+}
+
+void MomentColumns::fill(Rank first) {
+    m_cost = 0;
+    m_choosePlaces(first);
+    m_words.make(m_standings, m_places);
+    const std::size_t words = m_words.words();
+    Draft own = m_draft(first, words, true);
+    for (Draft& draft : m_drafts) {
+        // A field of a word is one of a history, or one of several digits of its weight.
+        const std::size_t most = std::min(draft.most * m_words.mostFields(), words);
+        draft = m_draft(draft.item, 2 * most >= words ? words : most, 2 * most >= words);
+        m_cost += 2 * most >= words ? words : 1;
+    }
+    const std::vector<MomentWords::Field>& fields = m_words.fields();
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const MomentWords::Field& field = fields[i];
+        if (i + AHEAD < fields.size())
+            m_standings.prefetch(fields[i + AHEAD].history, fields[i + AHEAD].entry);
+        Standings::Masks masks = m_standings.masks(field.history, field.entry);
+        m_put(own, field, masks);
+        const std::size_t end = m_standings.endEntry(field.history);
+        for (std::size_t entry = field.entry + std::size_t{1}; entry < end; ++entry) {
+            masks.advance();
+            const std::uint32_t number = m_numbers[at(m_standings.item(entry))];
+            if (number != NONE)
+                m_put(m_drafts[number], field, masks);
+        }
+        m_cost += 3 * (end - field.entry);
+    }
+    const auto column = [](const Draft& draft) {
+        return Column{draft.word, draft.standing, draft.present, draft.size};
+    };
+    m_first = column(own);
+    for (const Draft& draft : m_drafts)
+        m_columns.push_back(column(draft));
+}
+
+}  // namespace quarvis::mining

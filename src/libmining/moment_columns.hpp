@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "arena.hpp"
+#include "moment_words.hpp"
+#include "standings.hpp"
+
+namespace quarvis::mining {
+
+/// The masks of a first item and of the items after it, by the words of its moments.
+///
+/// An item that is in many of the words has a mask for each of them, in its place; of any other the
+/// words in which it is are listed. Both take no more than 28 bytes a word of the first item and a
+/// history of both items.
+class MomentColumns {
+  public:
+    /// How an item stands in the moments of a word.
+    struct Standing {
+        std::uint64_t fresh = 0;
+        std::uint64_t recent = 0;
+    };
+
+    struct Column {
+        /// The words in which the item is, ascending; null where it has a place for every word.
+        const std::uint32_t* word;
+        const Standing* standing;
+        const std::uint64_t* present;  ///< Null where no item is present anywhere.
+        std::size_t size;
+
+        bool isDense() const { return word == nullptr; }
+
+        /// The place of a word, or the size where the item is not in it.
+        std::size_t find(std::uint32_t of) const;
+    };
+
+    explicit MomentColumns(const Standings& standings);
+
+    /// Asks for a column for an item after the first one, which both are in at most `histories`
+    /// histories. The number of the column.
+    std::size_t ask(Rank item, std::size_t histories);
+
+    /// Fills what was asked for since the last time; columns of before are gone.
+    void fill(Rank first);
+
+    const MomentWords& words() const { return m_words; }
+
+    /// The first item, in all words.
+    const Column& first() const { return m_first; }
+
+    /// A column by its number.
+    const Column& operator[](std::size_t number) const { return m_columns[number]; }
+
+    /// The column of an item that has one.
+    const Column& of(Rank item) const { return m_columns[m_numbers[at(item)]]; }
+    bool has(Rank item) const { return m_numbers[at(item)] != NONE; }
+
+    /// Forgets the columns.
+    void clear();
+
+    /// What the last filling cost, in nanoseconds or so.
+    std::size_t cost() const { return m_cost; }
+
+  private:
+    static constexpr std::uint32_t NONE = static_cast<std::uint32_t>(-1);
+
+    /// A column that is being filled.
+    struct Draft {
+        Rank item;
+        std::size_t most;
+        std::uint32_t* word;
+        Standing* standing;
+        std::uint64_t* present;
+        std::size_t size;
+    };
+
+    void m_choosePlaces(Rank first);
+    Draft m_draft(Rank item, std::size_t most, bool isDense);
+    void m_put(Draft& draft, const MomentWords::Field& field, const Standings::Masks& masks);
+
+    const Standings& m_standings;
+    MomentWords m_words;
+    std::vector<std::uint32_t> m_numbers;  // by rank, or NONE
+    std::vector<Draft> m_drafts;
+    std::vector<Column> m_columns;
+    Column m_first{};
+    std::vector<Standings::Place> m_places;
+    std::size_t m_cost = 0;
+    Arena<std::uint32_t> m_indices;
+    Arena<Standing> m_bits;
+    Arena<std::uint64_t> m_presentBits;
+};
+
+}  // namespace quarvis::mining

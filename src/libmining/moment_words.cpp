@@ -1,0 +1,188 @@
+#include "moment_words.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <span>
+
+namespace quarvis::mining {
+
+namespace {
+
+/// The first and the last of the bits that are set; there is one.
+struct Extent {
+    std::size_t first;
+    std::size_t last;
+};
+
+/// The moments at which the item is new or recent.
+Extent extentOf(const Standings::Masks& masks) {
+    Extent extent{masks.words * 64, 0};
+    for (std::size_t word = 0; word < masks.words; ++word) {
+        const std::uint64_t bits = masks.fresh[word] | masks.recent()[word];
+        if (bits == 0)
+            continue;
+        if (extent.first == masks.words * 64)
+            extent.first = word * 64 + static_cast<std::size_t>(std::countr_zero(bits));
+        extent.last = word * 64 + 63 - static_cast<std::size_t>(std::countl_zero(bits));
+    }
+    return extent;
+}
+
+/// Intersects word by word; the sum of the bits times the weights of their words. With `tops`, of
+/// each field one bit at most counts.
+inline __attribute__((always_inline)) std::uint32_t intersectLoop(
+    const std::uint64_t* bits, const std::uint64_t* mask, const std::uint64_t* tops,
+    const std::uint32_t* weights, std::size_t n, std::uint64_t* result) {
+    std::uint64_t sum = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        std::uint64_t counted = bits[i] & mask[i];
+        result[i] = counted;
+        if (tops != nullptr)
+            // A sum carries into the top of a field exactly if one of its lower bits is set.
+            counted = (((counted & ~tops[i]) + ~tops[i]) | counted) & tops[i];
+        sum += static_cast<std::uint64_t>(__builtin_popcountll(counted)) * weights[i];
+    }
+    return static_cast<std::uint32_t>(sum);
+}
+
+using Intersect = std::uint32_t (*)(const std::uint64_t* bits, const std::uint64_t* mask,
+                                    const std::uint64_t* tops, const std::uint32_t* weights,
+                                    std::size_t n, std::uint64_t* result);
+
+std::uint32_t intersectPortable(const std::uint64_t* bits, const std::uint64_t* mask,
+                                const std::uint64_t* tops, const std::uint32_t* weights,
+                                std::size_t n, std::uint64_t* result) {
+    return tops == nullptr ? intersectLoop(bits, mask, nullptr, weights, n, result)
+                           : intersectLoop(bits, mask, tops, weights, n, result);
+}
+
+#if defined(__x86_64__)
+
+__attribute__((target("popcnt"))) std::uint32_t intersectPopcnt(
+    const std::uint64_t* bits, const std::uint64_t* mask, const std::uint64_t* tops,
+    const std::uint32_t* weights, std::size_t n, std::uint64_t* result) {
+    return tops == nullptr ? intersectLoop(bits, mask, nullptr, weights, n, result)
+                           : intersectLoop(bits, mask, tops, weights, n, result);
+}
+
+__attribute__((target("avx512f,avx512vl,avx512vpopcntdq,popcnt"))) std::uint32_t intersectAvx512(
+    const std::uint64_t* bits, const std::uint64_t* mask, const std::uint64_t* tops,
+    const std::uint32_t* weights, std::size_t n, std::uint64_t* result) {
+    return tops == nullptr ? intersectLoop(bits, mask, nullptr, weights, n, result)
+                           : intersectLoop(bits, mask, tops, weights, n, result);
+}
+
+#endif
+
+Intersect findIntersect() {
+#if defined(__x86_64__)
+    if (__builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vpopcntdq"))
+        return intersectAvx512;
+    if (__builtin_cpu_supports("popcnt"))
+        return intersectPopcnt;
+#endif
+    return intersectPortable;
+}
+
+}  // namespace
+
+void MomentWords::make(const Standings& standings, std::span<const Standings::Place> places) {
+    m_fields.clear();
+    m_weights.clear();
+    m_tops.clear();
+    m_owners.clear();
+    for (std::vector<Field>& digit : m_digits)
+        digit.clear();
+
+    m_mostFields = 1;
+    std::vector<Field> wide;
+    for (const Standings::Place& place : places) {
+        const Standings::Masks masks = standings.masks(place.history, place.entry);
+        const auto digits =
+            static_cast<std::size_t>(std::popcount(standings.weight(place.history)));
+        m_mostFields = std::max(m_mostFields, masks.words > 1 ? masks.words : digits);
+        if (masks.words > 1) {
+            wide.push_back({place.history, place.entry, 0, 0, 0, 0, 64});
+            continue;
+        }
+        const Extent extent = extentOf(masks);
+        const Field field{place.history,
+                          place.entry,
+                          0,
+                          0,
+                          static_cast<std::uint8_t>(extent.first),
+                          0,
+                          static_cast<std::uint8_t>(extent.last - extent.first + 1)};
+        for (std::uint32_t rest = standings.weight(place.history); rest != 0; rest &= rest - 1) {
+            const auto digit = static_cast<std::size_t>(std::countr_zero(rest));
+            if (m_digits.size() <= digit)
+                m_digits.resize(digit + 1);
+            m_digits[digit].push_back(field);
+        }
+    }
+
+    for (std::size_t digit = 0; digit < m_digits.size(); ++digit) {
+        std::size_t used = 64;
+        for (Field field : m_digits[digit]) {
+            if (used + field.bits > 64) {
+                m_weights.push_back(std::uint32_t{1} << digit);
+                m_tops.push_back(0);
+                used = 0;
+            }
+            field.word = static_cast<std::uint32_t>(words() - 1);
+            field.to = static_cast<std::uint8_t>(used);
+            used += field.bits;
+            m_tops.back() |= std::uint64_t{1} << (used - 1);
+            m_fields.push_back(field);
+        }
+    }
+
+    m_shared = words();
+    m_owners.assign(m_shared, 0);
+    for (Field field : wide) {
+        const Standings::Masks masks = standings.masks(field.history, field.entry);
+        const Extent extent = extentOf(masks);
+        for (std::size_t source = extent.first / 64; source <= extent.last / 64; ++source) {
+            field.word = static_cast<std::uint32_t>(words());
+            field.source = static_cast<std::uint32_t>(source);
+            m_fields.push_back(field);
+            m_weights.push_back(standings.weight(field.history));
+            m_tops.push_back(0);
+            m_owners.push_back(field.history);
+        }
+    }
+}
+
+void MomentWords::describe(Selection& selection, std::uint32_t* weights,
+                           std::uint64_t* tops) const {
+    selection.shared = selection.size;
+    for (std::size_t i = 0; i < selection.size; ++i) {
+        weights[i] = m_weights[selection.word[i]];
+        tops[i] = m_tops[selection.word[i]];
+    }
+    while (selection.shared > 0 && selection.word[selection.shared - 1] >= m_shared)
+        --selection.shared;
+    selection.weight = weights;
+    selection.top = tops;
+}
+
+std::uint32_t MomentWords::intersect(const Selection& words, const std::uint64_t* bits,
+                                     const std::uint64_t* mask, std::uint64_t* result,
+                                     bool single) const {
+    static const Intersect INTERSECT = findIntersect();
+    if (single)
+        return INTERSECT(bits, mask, nullptr, words.weight, words.size, result);
+    std::uint32_t sum = INTERSECT(bits, mask, words.top, words.weight, words.shared, result);
+    std::uint64_t last = ~std::uint64_t{0};
+    for (std::size_t i = words.shared; i < words.size; ++i) {
+        result[i] = bits[i] & mask[i];
+        const std::uint32_t owner = m_owners[words.word[i]];
+        if (result[i] == 0 || owner == last)
+            continue;
+        last = owner;
+        sum += words.weight[i];
+    }
+    return sum;
+}
+
+}  // namespace quarvis::mining

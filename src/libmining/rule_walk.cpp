@@ -1,0 +1,270 @@
+#include "rule_walk.hpp"
+
+#include <algorithm>
+#include <cassert>
+#include <limits>
+#include <span>
+
+namespace quarvis::mining {
+
+RuleWalk::RuleWalk(const Standings& standings, const ItemSets& sets, std::size_t maxSize,
+                   Splits splits, bool single, RuleLedger& ledger, Work& work)
+    : m_standings(standings),
+      m_sets(sets),
+      m_maxSize(std::min(maxSize, sets.levels())),
+      m_splits(splits),
+      m_single(single),
+      m_ledger(ledger),
+      m_work(work),
+      m_columns(standings) {}
+
+void RuleWalk::walk(std::size_t first) {
+    if (m_maxSize < 2)
+        return;
+    const Level& items = m_sets.level(1);
+    const std::size_t begin = items.extensions[first];
+    const std::size_t end = items.extensions[first + 1];
+    const Rank item = items.last[first];
+    if (begin == end || m_standings.places(item).empty())
+        return;
+    const Level& pairs = m_sets.level(2);
+    for (std::size_t pair = begin; pair < end; ++pair)
+        m_columns.ask(pairs.last[pair], pairs.count[pair]);
+    m_columns.fill(item);
+    m_work.add(m_columns.cost());
+    const Marks marks = m_mark();
+    m_visitPairs(begin, end);
+    m_release(marks);
+    m_columns.clear();
+}
+
+/// Makes the moments of the pairs from those of the first item, and goes on to larger sets.
+void RuleWalk::m_visitPairs(std::size_t begin, std::size_t end) {
+    const std::size_t words = m_columns.words().words();
+    Moments root;
+    root.word = m_indices.take(words);
+    root.allNew = m_bits.take(words);
+    root.allRecent = m_bits.take(words);
+    for (std::size_t word = 0; word < words; ++word) {
+        root.word[word] = static_cast<std::uint32_t>(word);
+        root.allNew[word] = m_columns.first().standing[word].fresh;
+        root.allRecent[word] = m_columns.first().standing[word].recent;
+    }
+    root.words.size = words;
+    root.words.word = root.word;
+
+    std::vector<Node>& nodes = m_nodesAt(2);
+    bool anyLive = false;
+    for (std::size_t pair = begin; pair < end; ++pair) {
+        const Rank item = m_sets.level(2).last[pair];
+        nodes.push_back({pair, item, m_extend(root, 1, pair, item, 1)});
+        anyLive = anyLive || nodes.back().moments != nullptr;
+    }
+    if (anyLive)
+        m_visit(2, nodes);
+}
+
+std::vector<RuleWalk::Node>& RuleWalk::m_nodesAt(std::size_t size) {
+    while (m_nodes.size() <= size)
+        m_nodes.emplace_back();
+    m_nodes[size].clear();
+    return m_nodes[size];
+}
+
+/// Looks at the extensions of `nodes`, which are of `size` items and share all but the last.
+void RuleWalk::m_visit(std::size_t size, const std::vector<Node>& nodes) {
+    if (size == m_maxSize)
+        return;
+    const Level& level = m_sets.level(size);
+    const Level& above = m_sets.level(size + 1);
+    for (std::size_t node = 0; node + 1 < nodes.size(); ++node) {
+        const std::size_t end = level.extensions[nodes[node].set + 1];
+        std::size_t set = level.extensions[nodes[node].set];
+        if (set == end)
+            continue;
+        const Marks marks = m_mark();
+        std::vector<Node>& extended = m_nodesAt(size + 1);
+        bool anyLive = false;
+        for (std::size_t other = node; set < end; ++set) {
+            const Rank item = above.last[set];
+            while (nodes[other].last != item)
+                ++other;
+            const Moments* const prefix = nodes[node].moments;
+            const Moments* const sibling = nodes[other].moments;
+            const Moments* made = nullptr;
+            if (prefix != nullptr &&
+                (sibling == nullptr || prefix->words.size <= sibling->words.size))
+                made = m_extend(*prefix, size, set, item, size);
+            else if (sibling != nullptr)
+                made = m_extend(*sibling, size, set, nodes[node].last, size - 1);
+            extended.push_back({set, item, made});
+            anyLive = anyLive || made != nullptr;
+        }
+        if (anyLive)
+            m_visit(size + 1, extended);
+        m_release(marks);
+    }
+}
+
+/// Finds the words that a set and a column share.
+void RuleWalk::m_align(const Moments& from, const MomentColumns::Column& column) {
+    const std::size_t words = from.words.size;
+    const std::size_t most = column.isDense() ? words : std::min(words, column.size);
+    m_shared.resize(most);
+    m_fresh.resize(most);
+    m_recent.resize(most);
+    std::size_t n = 0;
+    const auto share = [&](std::size_t place, const MomentColumns::Standing& standing) {
+        m_shared[n] = static_cast<std::uint32_t>(place);
+        m_fresh[n] = standing.fresh;
+        m_recent[n] = standing.recent;
+        n += (standing.fresh | standing.recent) != 0 ? 1 : 0;
+    };
+    if (column.isDense()) {
+        for (std::size_t i = 0; i < words; ++i)
+            share(i, column.standing[from.word[i]]);
+    } else if (words == m_columns.words().words()) {
+        for (std::size_t i = 0; i < column.size; ++i)
+            share(column.word[i], column.standing[i]);
+    } else {
+        std::size_t j = 0;
+        for (std::size_t i = 0; i < words && j < column.size;) {
+            if (from.word[i] == column.word[j])
+                share(i, column.standing[j]);
+            const bool less = from.word[i] < column.word[j];
+            const bool greater = column.word[j] < from.word[i];
+            i += greater ? 0 : 1;
+            j += less ? 0 : 1;
+        }
+    }
+    m_shared.resize(n);
+}
+
+/// The bits of a set in the words that it shares with the column; `words` are all of the set.
+const std::uint64_t* RuleWalk::m_gather(const std::uint64_t* bits, std::size_t words) {
+    if (m_shared.size() == words)
+        return bits;
+    m_gathered.resize(m_shared.size());
+    for (std::size_t i = 0; i < m_shared.size(); ++i)
+        m_gathered[i] = bits[m_shared[i]];
+    return m_gathered.data();
+}
+
+/// The moments of the set `set` of `size` + 1 items, from those of the set that lacks `item`, which
+/// stands at `place` among its items; null when none of its rules is followed. The rules are taken
+/// to the ledger on the way.
+const RuleWalk::Moments* RuleWalk::m_extend(const Moments& from, std::size_t size, std::size_t set,
+                                            Rank item, std::size_t place) {
+    m_align(from, m_columns.of(item));
+    const std::size_t words = m_shared.size();
+    m_work.add(from.words.size + words * (2 * from.rules + 4));
+    if (words == 0)
+        return nullptr;
+    const Marks marks = m_mark();
+    Moments* const made = m_moments.take(1);
+    *made = Moments();
+    made->word = m_indices.take(words);
+    for (std::size_t i = 0; i < words; ++i)
+        made->word[i] = from.word[m_shared[i]];
+    made->words.size = words;
+    made->words.word = made->word;
+    m_columns.words().describe(made->words, m_indices.take(words), m_bits.take(words));
+    made->splits = m_bits.take(2 * from.rules + 2);
+    made->met = m_pointers.take(2 * from.rules + 2);
+
+    const auto tryRule = [&](const std::uint64_t* bits, SplitMask before, bool isNew) {
+        const SplitSet rule{static_cast<std::uint32_t>(size + 1), static_cast<std::uint32_t>(set),
+                            withBit(before, place, isNew)};
+        if (!isProposed(rule.split, size + 1, m_splits))
+            return;
+        std::uint64_t* const met = m_bits.take(words);
+        const std::uint32_t count = m_columns.words().intersect(
+            made->words, bits, isNew ? m_fresh.data() : m_recent.data(), met, m_single);
+        if (m_judge(*made, rule, met, count)) {
+            made->splits[made->rules] = rule.split;
+            made->met[made->rules++] = met;
+        } else {
+            m_bits.giveBack(words);
+        }
+    };
+    for (std::size_t rule = 0; rule < from.rules; ++rule) {
+        const std::uint64_t* const bits = m_gather(from.met[rule], from.words.size);
+        tryRule(bits, from.splits[rule], true);
+        tryRule(bits, from.splits[rule], false);
+    }
+    tryRule(m_gather(from.allNew, from.words.size), allOf(size), false);
+    tryRule(m_gather(from.allRecent, from.words.size), 0, true);
+    if (made->rules == 0 || size + 1 == m_maxSize) {
+        m_release(marks);
+        return nullptr;
+    }
+    made->allNew = m_bits.take(words);
+    made->allRecent = m_bits.take(words);
+    for (std::size_t i = 0; i < words; ++i) {
+        made->allNew[i] = from.allNew[m_shared[i]] & m_fresh[i];
+        made->allRecent[i] = from.allRecent[m_shared[i]] & m_recent[i];
+    }
+    s_squeeze(*made);
+    return made;
+}
+
+/// Takes a rule to the ledger; whether it is followed.
+bool RuleWalk::m_judge(const Moments& made, const SplitSet& rule, const std::uint64_t* moments,
+                       std::uint32_t met) {
+    if (met < m_ledger.least())
+        return false;
+    const bool followed = m_ledger.follows(rule, met);
+    if (m_ledger.isCounted(rule, met))
+        m_ledger.count(rule, {met, m_counted(made, rule, moments, met)});
+    return followed;
+}
+
+/// The histories in which a rule that is met at some moments counts: at one of them at least, some
+/// item of the antecedent is not present.
+std::uint32_t RuleWalk::m_counted(const Moments& made, const SplitSet& rule,
+                                  const std::uint64_t* moments, std::uint32_t met) {
+    if (!m_standings.anyPresent())
+        return met;
+    const std::size_t words = made.words.size;
+    m_items.resize(rule.size);
+    m_sets.items(rule.size, rule.set, m_items.data());
+    m_present.assign(moments, moments + words);
+    for (std::size_t i = 0; i < rule.size; ++i) {
+        if ((rule.split >> i & 1) != 0)
+            continue;
+        const MomentColumns::Column& column = i == 0 ? m_columns.first() : m_columns.of(m_items[i]);
+        for (std::size_t word = 0; word < words; ++word) {
+            if (m_present[word] == 0)
+                continue;
+            const std::size_t at = column.find(made.word[word]);
+            m_present[word] &= at < column.size ? column.present[at] : 0;
+        }
+    }
+    for (std::uint64_t& present : m_present)
+        present = ~present;
+    return m_columns.words().intersect(made.words, moments, m_present.data(), m_present.data(),
+                                       m_single);
+}
+
+/// Drops the words in which the set has no moments. Weights and tops are those of a shorter life.
+void RuleWalk::s_squeeze(Moments& made) {
+    std::size_t kept = 0;
+    for (std::size_t word = 0; word < made.words.size; ++word) {
+        std::uint64_t any = made.allNew[word] | made.allRecent[word];
+        for (std::size_t rule = 0; rule < made.rules; ++rule)
+            any |= made.met[rule][word];
+        if (any == 0)
+            continue;
+        if (kept != word) {
+            made.word[kept] = made.word[word];
+            made.allNew[kept] = made.allNew[word];
+            made.allRecent[kept] = made.allRecent[word];
+            for (std::size_t rule = 0; rule < made.rules; ++rule)
+                made.met[rule][kept] = made.met[rule][word];
+        }
+        ++kept;
+    }
+    made.words.size = kept;
+}
+
+}  // namespace quarvis::mining

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+
+#include <quarvis/mining/history_index.hpp>
+
+namespace quarvis::mining {
+
+/// The histories [begin, end) of an index. Counts over all histories are sums of the counts over
+/// the shards that they are cut into.
+struct Shard {
+    const HistoryIndex* index;
+    std::size_t begin;
+    std::size_t end;
+
+    static Shard whole(const HistoryIndex& index) { return {&index, 0, index.historyCount()}; }
+
+    bool isWhole() const { return begin == 0 && end == index->historyCount(); }
+};
+
+}  // namespace quarvis::mining

@@ -1,0 +1,298 @@
+#include "standings.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+namespace quarvis::mining {
+
+namespace {
+
+constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint32_t IRRELEVANT = NONE - 1;
+
+/// Where of so many histories less than a sixteenth was alike, no more of them are looked for.
+constexpr std::size_t TRIAL = 2048;
+
+/// Sets the bits [begin, end).
+void setRange(std::uint64_t* words, std::size_t begin, std::size_t end) {
+    while (begin < end) {
+        const std::size_t bits = std::min(end - begin, 64 - begin % 64);
+        words[begin / 64] |= (~std::uint64_t{0} >> (64 - bits)) << (begin % 64);
+        begin += bits;
+    }
+}
+
+void setBit(std::uint64_t* words, std::size_t bit) {
+    words[bit / 64] |= std::uint64_t{1} << (bit % 64);
+}
+
+}  // namespace
+
+/// Adds one history after the other, each in two walks over its transactions: the first one finds
+/// the moments, the second one fills the masks.
+class StandingsBuilder {
+  public:
+    StandingsBuilder(Standings& made, const HistoryIndex& index, const std::vector<bool>& relevant,
+                     std::uint64_t window)
+        : m_made(made),
+          m_index(index),
+          m_window(window),
+          m_slotOf(index.itemCount()),
+          m_table(1024, NONE) {
+        for (std::size_t item = 0; item < index.itemCount(); ++item)
+            m_slotOf[item] = relevant[item] ? NONE : IRRELEVANT;
+    }
+
+    void add(HistoryId history) {
+        m_readTransactions(history);
+        if (m_findMoments()) {
+            m_fillMasks();
+            m_keep();
+        }
+        for (const Rank item : m_slotItems)
+            m_slotOf[at(item)] = NONE;
+    }
+
+    /// Lists the places of each item.
+    void finish() {
+        std::vector<std::uint32_t>& begin = m_made.m_begin;
+        begin.assign(m_index.itemCount() + 1, 0);
+        for (const Rank item : m_made.m_items)
+            ++begin[at(item) + 1];
+        for (std::size_t item = 0; item < m_index.itemCount(); ++item)
+            begin[item + 1] += begin[item];
+        std::vector<std::uint32_t> next(begin.begin(), begin.end() - 1);
+        m_made.m_places.resize(m_made.m_items.size());
+        for (std::uint32_t history = 0; history < m_made.historyCount(); ++history)
+            for (std::uint32_t entry = m_made.m_histories[history].entry;
+                 entry < m_made.endEntry(history); ++entry)
+                m_made.m_places[next[at(m_made.m_items[entry])]++] = {history, entry};
+    }
+
+  private:
+    /// A transaction with relevant items, which are [begin, next one's begin) of m_slots.
+    struct Transaction {
+        std::uint64_t time;
+        std::uint32_t begin;
+        std::uint32_t moments;  // before it
+        bool isMoment;
+    };
+
+    void m_readTransactions(HistoryId history) {
+        m_transactions.clear();
+        m_slots.clear();
+        m_slotItems.clear();
+        const std::size_t end = m_index.endTransaction(history);
+        for (std::size_t place = m_index.firstTransaction(history); place < end; ++place) {
+            const auto begin = static_cast<std::uint32_t>(m_slots.size());
+            for (const Rank item : m_index.items(place)) {
+                std::uint32_t& slot = m_slotOf[at(item)];
+                if (slot == IRRELEVANT)
+                    continue;
+                if (slot == NONE) {
+                    slot = static_cast<std::uint32_t>(m_slotItems.size());
+                    m_slotItems.push_back(item);
+                }
+                m_slots.push_back(slot);
+            }
+            if (m_slots.size() != begin)
+                m_transactions.push_back({m_index.time(place), begin, 0, false});
+        }
+    }
+
+    std::size_t m_endOf(std::size_t transaction) const {
+        return transaction + 1 < m_transactions.size() ? m_transactions[transaction + 1].begin
+                                                       : m_slots.size();
+    }
+
+    bool m_within(std::size_t earlier, std::size_t later) const {
+        return m_window == 0 ||
+               m_transactions[later].time - m_transactions[earlier].time <= m_window;
+    }
+
+    /// Numbers the moments; false when there is none.
+    bool m_findMoments() {
+        m_last.assign(m_slotItems.size(), NONE);
+        m_moments = 0;
+        for (std::uint32_t here = 0; here < m_transactions.size(); ++here) {
+            bool anyFresh = false;
+            for (std::size_t i = m_transactions[here].begin; i < m_endOf(here); ++i) {
+                std::uint32_t& last = m_last[m_slots[i]];
+                anyFresh = anyFresh || last == NONE || !m_within(last, here);
+                last = here;
+            }
+            m_transactions[here].moments = static_cast<std::uint32_t>(m_moments);
+            m_transactions[here].isMoment = anyFresh && here > 0 && m_within(here - 1, here);
+            m_moments += m_transactions[here].isMoment ? 1 : 0;
+        }
+        return m_moments > 0;
+    }
+
+    void m_fillMasks() {
+        m_words = (m_moments + 63) / 64;
+        m_slotMasks.assign(m_slotItems.size() * 3 * m_words, 0);
+        m_last.assign(m_slotItems.size(), NONE);
+        std::size_t after = 0;  // the first transaction that is too late for the one at hand
+        for (std::uint32_t here = 0; here < m_transactions.size(); ++here) {
+            while (after < m_transactions.size() && m_within(here, after))
+                ++after;
+            const Transaction& now = m_transactions[here];
+            const std::size_t firstRecent = now.moments + (now.isMoment ? 1 : 0);
+            const std::size_t endRecent =
+                after < m_transactions.size() ? m_transactions[after].moments : m_moments;
+            for (std::size_t i = now.begin; i < m_endOf(here); ++i) {
+                std::uint64_t* const fresh = &m_slotMasks[m_slots[i] * 3 * m_words];
+                std::uint32_t& last = m_last[m_slots[i]];
+                const bool isFresh = last == NONE || !m_within(last, here);
+                if (now.isMoment)
+                    setBit(isFresh ? fresh : fresh + 2 * m_words, now.moments);
+                if (isFresh || m_window != 0)
+                    setRange(fresh + m_words, firstRecent, endRecent);
+                last = here;
+            }
+        }
+    }
+
+    /// Adds the history, or a weight to one that is alike.
+    void m_keep() {
+        m_order.clear();
+        for (std::uint32_t slot = 0; slot < m_slotItems.size(); ++slot)
+            if (std::any_of(&m_slotMasks[slot * 3 * m_words],
+                            &m_slotMasks[slot * 3 * m_words] + 2 * m_words,
+                            [](std::uint64_t word) { return word != 0; }))
+                m_order.push_back(slot);
+        std::sort(m_order.begin(), m_order.end(), [this](std::uint32_t a, std::uint32_t b) {
+            return m_slotItems[a] < m_slotItems[b];
+        });
+        const std::size_t entry = m_made.m_items.size();
+        const std::size_t mask = m_made.m_masks.size() / 2;
+        if (entry + m_order.size() >= NONE)
+            throw std::length_error("too many items of histories");
+        for (const std::uint32_t slot : m_order)
+            m_append(slot);
+        const auto number = static_cast<std::uint32_t>(m_made.historyCount());
+        m_made.m_histories.push_back(
+            {static_cast<std::uint32_t>(entry), 1, static_cast<std::uint32_t>(m_words), mask});
+        if (++m_kept > TRIAL && 16 * m_alike < m_kept)
+            return;
+        const std::uint32_t alike = m_findOrAdd(m_hashFrom(entry, mask), number);
+        if (alike == number)
+            return;
+        ++m_alike;
+        ++m_made.m_histories[alike].weight;
+        m_made.m_histories.pop_back();
+        m_made.m_items.resize(entry);
+        m_made.m_masks.resize(2 * mask);
+        m_made.m_present.resize(m_made.anyPresent() ? mask : 0);
+        m_hashes.resize(number);
+    }
+
+    /// Appends an item with its masks.
+    void m_append(std::uint32_t slot) {
+        const std::uint64_t* const masks = &m_slotMasks[slot * 3 * m_words];
+        const std::uint64_t* const present = masks + 2 * m_words;
+        m_made.m_items.push_back(m_slotItems[slot]);
+        const bool isPresent =
+            std::any_of(present, present + m_words, [](std::uint64_t word) { return word != 0; });
+        if (isPresent && !m_made.anyPresent())
+            m_made.m_present.resize(m_made.m_masks.size() / 2);
+        if (isPresent || m_made.anyPresent())
+            m_made.m_present.insert(m_made.m_present.end(), present, present + m_words);
+        m_made.m_masks.insert(m_made.m_masks.end(), masks, present);
+    }
+
+    /// A hash of the items and masks from these places on.
+    std::uint64_t m_hashFrom(std::size_t entry, std::size_t mask) const {
+        std::uint64_t hash = m_words;
+        for (; entry < m_made.m_items.size(); ++entry)
+            s_mix(hash, at(m_made.m_items[entry]));
+        for (std::size_t word = 2 * mask; word < m_made.m_masks.size(); ++word)
+            s_mix(hash, m_made.m_masks[word]);
+        return hash;
+    }
+
+    static void s_mix(std::uint64_t& hash, std::uint64_t word) {
+        hash = (hash ^ word) * 0x9e3779b97f4a7c15U;
+        hash ^= hash >> 32;
+    }
+
+    /// The number of a history that is alike, or that of the new one, which stands last.
+    std::uint32_t m_findOrAdd(std::uint64_t hash, std::uint32_t number) {
+        if (2 * m_made.historyCount() > m_table.size())
+            m_growTable();
+        m_hashes.push_back(hash);
+        std::size_t slot = hash & (m_table.size() - 1);
+        for (; m_table[slot] != NONE; slot = (slot + 1) & (m_table.size() - 1))
+            if (m_hashes[m_table[slot]] == hash && m_areAlike(m_table[slot], number))
+                return m_table[slot];
+        m_table[slot] = number;
+        return number;
+    }
+
+    bool m_areAlike(std::uint32_t a, std::uint32_t b) const {
+        const Standings::History& left = m_made.m_histories[a];
+        const Standings::History& right = m_made.m_histories[b];
+        const std::size_t entries = m_made.endEntry(b) - right.entry;
+        if (left.words != right.words || m_made.endEntry(a) - left.entry != entries)
+            return false;
+        const auto equal = [](const auto& array, std::size_t first, std::size_t second,
+                              std::size_t size) {
+            return std::equal(array.data() + first, array.data() + first + size,
+                              array.data() + second);
+        };
+        const std::size_t words = entries * left.words;
+        return equal(m_made.m_items, left.entry, right.entry, entries) &&
+               equal(m_made.m_masks, 2 * left.mask, 2 * right.mask, 2 * words) &&
+               (!m_made.anyPresent() || equal(m_made.m_present, left.mask, right.mask, words));
+    }
+
+    void m_growTable() {
+        m_table.assign(2 * m_table.size(), NONE);
+        for (std::uint32_t history = 0; history < m_hashes.size(); ++history) {
+            std::size_t slot = m_hashes[history] & (m_table.size() - 1);
+            while (m_table[slot] != NONE)
+                slot = (slot + 1) & (m_table.size() - 1);
+            m_table[slot] = history;
+        }
+    }
+
+    Standings& m_made;
+    const HistoryIndex& m_index;
+    std::uint64_t m_window;
+
+    // Of the history at hand. Its distinct items have slots, in the order of their first
+    // occurrence.
+    std::vector<std::uint32_t> m_slotOf;  // by rank, or NONE, or IRRELEVANT
+    std::vector<Rank> m_slotItems;
+    std::vector<std::uint32_t> m_slots;  // of the items of its transactions
+    std::vector<Transaction> m_transactions;
+    std::vector<std::uint32_t> m_last;  // by slot: the last transaction with it, or NONE
+    std::size_t m_moments = 0;
+    std::size_t m_words = 0;
+    std::vector<std::uint64_t> m_slotMasks;
+    std::vector<std::uint32_t> m_order;
+
+    std::size_t m_kept = 0;
+    std::size_t m_alike = 0;
+    std::vector<std::uint32_t> m_table;   // histories by hash, or NONE
+    std::vector<std::uint64_t> m_hashes;  // by history
+};
+
+Standings::Standings(const Shard& shard, const std::vector<bool>& relevant, std::uint64_t window) {
+    StandingsBuilder builder(*this, *shard.index, relevant, window);
+    std::size_t entries = 0;
+    for (std::uint32_t item = 0; item < relevant.size(); ++item)
+        if (relevant[item])
+            entries += shard.index->count(Rank{item});
+    // Room that is not used costs nothing, but growing does.
+    entries = std::min(entries, shard.index->occurrenceCount());
+    m_items.reserve(entries);
+    m_masks.reserve(2 * entries);
+    for (std::size_t history = shard.begin; history < shard.end; ++history)
+        builder.add(HistoryId{static_cast<std::uint32_t>(history)});
+    builder.finish();
+}
+
+}  // namespace quarvis::mining

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "run_control.hpp"
+
+namespace quarvis::mining {
+
+/// Works on the tasks 0 to `count` - 1 in `threads` threads, the calling one among them.
+///
+/// Each thread makes itself a worker by `makeWorker(thread)` and calls it with one task after the
+/// other; tasks are given out in ascending order. The first exception ends all threads and is
+/// rethrown. `between(done)` is called in the calling thread now and then.
+template <class MakeWorker, class Between>
+void workOn(std::size_t count, unsigned threads, Step& step, MakeWorker makeWorker,
+            Between between) {
+    std::atomic<std::size_t> next{0};
+    std::exception_ptr error;
+    std::mutex mutex;
+    const auto run = [&](unsigned thread, auto afterEach) {
+        try {
+            auto worker = makeWorker(thread);
+            for (std::size_t task = next++; task < count; task = next++) {
+                worker(task);
+                afterEach(task + 1);
+            }
+        } catch (...) {
+            const std::lock_guard lock(mutex);
+            if (!error)
+                error = std::current_exception();
+            step.fail();
+        }
+    };
+    std::vector<std::thread> others;
+    try {
+        for (unsigned thread = 1; thread < threads && thread < count; ++thread)
+            others.emplace_back(run, thread, [](std::size_t) {});
+    } catch (...) {
+        step.fail();
+        for (std::thread& other : others)
+            other.join();
+        throw;
+    }
+    run(0, between);
+    for (std::thread& other : others)
+        other.join();
+    if (error)
+        std::rethrow_exception(error);
+}
+
+}  // namespace quarvis::mining

@@ -1,0 +1,52 @@
+#include "progress_messages.hpp"
+
+#include <iostream>
+
+namespace {
+
+/// The rules that are proposed from one set: each run of its sorted items, but all of them, as the
+/// antecedent.
+std::size_t proposals(std::size_t size) {
+    return size * (size + 1) / 2 - 1;
+}
+
+}  // namespace
+
+void ProgressMessages::m_tellLevel(std::size_t size, std::size_t sets) {
+    std::cerr << "\t ... calculated " << sets << " frequent item sets of size " << size << " with "
+              << sets * proposals(size) << " proposed rules." << std::endl;
+    if (size == 2 && sets == 0)
+        std::cerr << "\t ... no rules of order 1 found." << std::endl;
+    else
+        std::cerr << "\t ... deducing rules of order " << size - 1 << "." << std::endl;
+}
+
+void ProgressMessages::levelFound(std::size_t size, std::size_t sets) {
+    const std::size_t before = m_lastSets;
+    m_lastSets = sets;
+    if (size == 1) {
+        std::cerr << "\t ... calculated " << sets << " frequent item sets of size 1. " << std::endl;
+        return;
+    }
+    // Two sets could still make one of the next size; without a greatest order the search ends
+    // before them.
+    if (size > 2 && m_maxOrder == 0 && before <= 2)
+        return;
+    m_tellLevel(size, sets);
+    if (size == 2 && sets != 0 && m_maxOrder > 1)
+        std::cerr << "\t ... rules up to order " << m_maxOrder << " will be mined." << std::endl;
+    if (size == 2 && sets != 0 && m_maxOrder == 0)
+        std::cerr << "\t ... mining rules until there are no more frequent item sets." << std::endl;
+    // Every order asked for is told, also when the sets have run out.
+    if (size > 2 && sets == 0 && m_maxOrder != 0)
+        for (std::size_t order = size; order <= m_maxOrder; ++order)
+            m_tellLevel(order + 1, 0);
+}
+
+void ProgressMessages::rulesCounted(std::size_t) {
+    std::cerr << "\t ... preparing rules for reporting." << std::endl;
+}
+
+void ProgressMessages::rulesPassed(std::size_t rules) {
+    std::cerr << "\t ... have " << rules << " rules." << std::endl;
+}
