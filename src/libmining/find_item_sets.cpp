@@ -2,12 +2,12 @@
 #include <limits>
 #include <memory>
 #include <new>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include <quarvis/mining/mine.hpp>
 
+#include "check_options.hpp"
 #include "item_set_walk.hpp"
 #include "tasks.hpp"
 
@@ -121,10 +121,7 @@ class Search {
 }  // namespace
 
 ItemSets findItemSets(const HistoryIndex& index, const MiningOptions& options, Observer& observer) {
-    if (options.minCount < index.minCount())
-        throw std::invalid_argument("the index lacks items that are frequent enough");
-    if (options.threads == 0)
-        throw std::invalid_argument("a run needs one thread at least");
+    checkOptions(index, options);
     return Search(index, options, observer).run();
 }
 

@@ -5,34 +5,20 @@
 
 #include <quarvis/mining/mine.hpp>
 
+#include "check_options.hpp"
+#include "relevant_items.hpp"
 #include "rule_selection.hpp"
 #include "rule_walk.hpp"
 #include "tasks.hpp"
 
 namespace quarvis::mining {
 
-namespace {
-
-/// By rank: whether the item is in a frequent set with another one.
-std::vector<bool> inPairs(const ItemSets& sets, std::size_t items) {
-    std::vector<bool> paired(items);
-    if (sets.levels() < 2)
-        return paired;
-    const Level& pairs = sets.level(2);
-    for (std::size_t pair = 0; pair < pairs.size(); ++pair) {
-        paired[at(pairs.last[pair])] = true;
-        paired[at(sets.level(1).last[pairs.prefix[pair]])] = true;
-    }
-    return paired;
-}
-
-}  // namespace
-
 Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOptions& options,
                 Observer& observer) {
+    checkOptions(index, options);
     RuleSelection selection(sets, options.thresholds, index.historyCount());
     if (sets.levels() > 1) {
-        const Standings standings(Shard::whole(index), inPairs(sets, index.itemCount()),
+        const Standings standings(Shard::whole(index), relevantItems(sets, index.itemCount()),
                                   options.window);
         const std::uint32_t least = std::max<std::uint32_t>(options.minCount, 1);
         Step step(observer);
@@ -50,15 +36,14 @@ Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOpt
         const std::size_t tasks = sets.level(1).size();
         workOn(tasks, options.threads, step, makeWorker,
                [&](std::size_t done) { observer.progressed(done, tasks); });
+        std::erase(ledgers, nullptr);
         std::size_t counted = 0;
-        for (const std::unique_ptr<WholeLedger>& ledger : ledgers) {
-            if (!ledger)
-                continue;
+        for (const std::unique_ptr<WholeLedger>& ledger : ledgers)
             counted += ledger->rules.size();
+        observer.rulesCounted(counted);
+        for (const std::unique_ptr<WholeLedger>& ledger : ledgers)
             for (const CountedRule& rule : ledger->rules)
                 selection.add(rule);
-        }
-        observer.rulesCounted(counted);
     } else {
         observer.rulesCounted(0);
     }

@@ -217,7 +217,11 @@ ItemSetWalk::Class& ItemSetWalk::m_followed(const Class& members, std::size_t me
             *target++ = members.bitmap(member)[word] & members.bitmap(other)[word];
     }
     m_work.add(extended.items.size() * (members.words + 4));
-    m_shrink(members.bitmap(member), members.counts[member], extended);
+    // The known count is that of all shards.
+    std::size_t histories = 0;
+    for (std::size_t word = 0; word < members.words; ++word)
+        histories += static_cast<std::size_t>(std::popcount(members.bitmap(member)[word]));
+    m_shrink(members.bitmap(member), histories, extended);
     return extended;
 }
 
