@@ -10,13 +10,11 @@
 #include "check_options.hpp"
 #include "item_set_walk.hpp"
 #include "tasks.hpp"
+#include "walk_costs.hpp"
 
 namespace quarvis::mining {
 
 namespace {
-
-/// What the search may cost while nothing is told, in units of about a nanosecond.
-constexpr std::uint64_t SHORT_SEARCH = 300'000'000;
 
 /// The search over the whole index. Where it is short it is one walk. Where it is not, it goes on a
 /// level at a time, each told as soon as it is known, until the levels shrink.
@@ -62,7 +60,7 @@ class Search {
     /// enough memory for it, so that whoever waits sees the levels up to there.
     bool m_isShort() {
         try {
-            m_walk(m_maxSize, SHORT_SEARCH);
+            m_walk(m_maxSize, walk_costs::SHORT_SEARCH);
             return true;
         } catch (const OutOfBudget&) {
             return false;

@@ -5,15 +5,13 @@
 #include <limits>
 
 #include "bit_kernels.hpp"
+#include "walk_costs.hpp"
 
 namespace quarvis::mining {
 
 namespace {
 
 constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
-
-/// What a set that is found costs until it stands in the result.
-constexpr std::size_t FOUND = 50;
 
 std::size_t wordsOf(std::size_t bits) {
     return (bits + 63) / 64;
@@ -77,10 +75,10 @@ ItemSetWalk::Delivery ItemSetWalk::m_deliver(WalkItem item, std::uint32_t least)
         return delivery;
     // A frequent partner is lacking in no more histories than these.
     const std::size_t spare = places.size() - least;
-    std::size_t check = spare + std::max<std::size_t>(least / 8, 8);
+    std::size_t check = spare + walk_costs::firstCheck(least);
     std::size_t steps = 0;
     for (std::size_t history = 0; history < places.size(); ++history) {
-        if (history == check && later <= 4 * steps) {
+        if (history == check && walk_costs::scanningPays(later, steps)) {
             const auto enough = static_cast<std::uint32_t>(history - spare);
             const auto begin = m_delivered.begin() + static_cast<std::ptrdiff_t>(at(item)) + 1;
             delivery.isVain = std::none_of(begin, m_delivered.end(), [enough](std::uint32_t count) {
@@ -97,8 +95,8 @@ ItemSetWalk::Delivery ItemSetWalk::m_deliver(WalkItem item, std::uint32_t least)
         steps += static_cast<std::size_t>(other - first);
         delivery.histories = history + 1;
     }
-    delivery.isDense = later <= 4 * steps;
-    m_work.add(steps + 4 * delivery.histories);
+    delivery.isDense = walk_costs::scanningPays(later, steps);
+    m_work.add(walk_costs::delivery(steps, delivery.histories));
     return delivery;
 }
 
@@ -186,9 +184,9 @@ void ItemSetWalk::m_makeBitmaps(WalkItem item, Class& partners) {
         for (; *other != Baskets::END; ++other)
             if (m_member[at(*other)] != NONE)
                 word[m_member[at(*other)]] |= bit;
-        steps += static_cast<std::size_t>(other - first) + 4;
+        steps += static_cast<std::size_t>(other - first);
     }
-    m_work.add(steps);
+    m_work.add(walk_costs::delivery(steps, places.size()));
     for (const WalkItem other : partners.items)
         m_member[at(other)] = NONE;
 }
@@ -259,7 +257,7 @@ void ItemSetWalk::m_countJoins(const Class& members, std::size_t member) {
     const std::size_t later = members.items.size() - member - 1;
     bitKernels().count(members.bitmap(member), members.bitmap(member + 1), later, members.words,
                        m_joined.data());
-    m_work.add(later * (members.words / 2 + 2));
+    m_work.add(walk_costs::joins(later, members.words));
 }
 
 /// Joins each member with each later one, and goes on with what is frequent.
@@ -276,9 +274,9 @@ void ItemSetWalk::m_extend(const Class& members, FoundSets& found) {
             members.bitmap(member), members.bitmap(member + 1), later, members.words, m_minCount,
             extended.bitmaps, m_kept.data(), m_joined.data());
         m_arena.giveBack((later - kept) * members.words);
-        m_work.add(later * (members.words / 2 + 2));
+        m_work.add(walk_costs::joins(later, members.words));
         extended.begin = found.count(extended.size);
-        m_work.add(kept * FOUND);
+        m_work.add(kept * walk_costs::FOUND);
         for (std::size_t i = 0; i < kept; ++i) {
             const WalkItem item = members.items[member + 1 + m_kept[i]];
             extended.items.push_back(item);
@@ -309,7 +307,7 @@ void ItemSetWalk::m_extendLast(const Class& members, FoundSets& found) {
 void ItemSetWalk::m_shrink(const std::uint64_t* cover, std::size_t histories, Class& members) {
     const std::size_t words = members.words;
     const std::size_t less = wordsOf(histories);
-    if (members.items.size() * (words - less) < 4 * histories + 16)
+    if (!walk_costs::shrinkingPays(members.items.size(), words, less, histories))
         return;
     m_positions.clear();
     for (std::size_t word = 0; word < words; ++word)
