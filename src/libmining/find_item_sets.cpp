@@ -42,7 +42,8 @@ class Search {
             m_observer.levelFound(size, m_sets.count(size));
         if (m_sets.maxSize() < m_maxSize && m_sets.maxSize() + 1 > m_reported)
             m_observer.levelFound(m_sets.maxSize() + 1, 0);
-        return std::move(m_sets).ordered(m_order);
+        Step step(m_observer);
+        return std::move(m_sets).ordered(m_order, m_options.threads, step);
     }
 
   private:

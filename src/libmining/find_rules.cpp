@@ -16,12 +16,12 @@ namespace quarvis::mining {
 Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOptions& options,
                 Observer& observer) {
     checkOptions(index, options);
-    RuleSelection selection(sets, options.thresholds, index.historyCount());
+    Step step(observer);
+    std::vector<CountedRule> counted;
     if (sets.levels() > 1) {
         const Standings standings(Shard::whole(index), relevantItems(sets, index.itemCount()),
                                   options.window);
         const std::uint32_t least = std::max<std::uint32_t>(options.minCount, 1);
-        Step step(observer);
         std::vector<std::unique_ptr<WholeLedger>> ledgers(options.threads);
         const auto makeWorker = [&](unsigned thread) {
             ledgers[thread] = std::make_unique<WholeLedger>(least);
@@ -36,18 +36,13 @@ Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOpt
         const std::size_t tasks = sets.level(1).size();
         workOn(tasks, options.threads, step, makeWorker,
                [&](std::size_t done) { observer.progressed(done, tasks); });
-        std::erase(ledgers, nullptr);
-        std::size_t counted = 0;
         for (const std::unique_ptr<WholeLedger>& ledger : ledgers)
-            counted += ledger->rules.size();
-        observer.rulesCounted(counted);
-        for (const std::unique_ptr<WholeLedger>& ledger : ledgers)
-            for (const CountedRule& rule : ledger->rules)
-                selection.add(rule);
-    } else {
-        observer.rulesCounted(0);
+            if (ledger)
+                counted.insert(counted.end(), ledger->rules.begin(), ledger->rules.end());
     }
-    return std::move(selection).sorted();
+    observer.rulesCounted(counted.size());
+    return selectRules(counted, sets, options.thresholds, index.historyCount(), options.threads,
+                       step);
 }
 
 }  // namespace quarvis::mining

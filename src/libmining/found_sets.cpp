@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "tasks.hpp"
+
 namespace quarvis::mining {
 
 namespace {
@@ -84,6 +86,37 @@ std::vector<std::uint32_t> sortedTuples(const Tuples& tuples, std::size_t number
     return sorted;
 }
 
+/// The items as sets, in the order of their ranks.
+Level firstLevel(const std::vector<std::uint32_t>& sorted, const WalkOrder& order) {
+    Level level;
+    for (const std::uint32_t item : sorted) {
+        level.prefix.push_back(0);
+        level.last.push_back(order.rank(WalkItem{item}));
+        level.count.push_back(order.count(WalkItem{item}));
+    }
+    return level;
+}
+
+/// A level in the order of its tuples, which tell the place of each prefix in the level below.
+Level orderedLevel(const FoundSets::Level& level, const Tuples& tuples,
+                   const std::vector<std::uint32_t>& sorted, const Tuples& below,
+                   const std::vector<std::uint32_t>& sortedBelow) {
+    Level made;
+    made.prefix.reserve(level.size());
+    made.last.reserve(level.size());
+    made.count.reserve(level.size());
+    std::uint32_t prefix = 0;
+    for (const std::uint32_t set : sorted) {
+        const Rank* const tuple = tuples[set];
+        while (!std::equal(tuple, tuple + below.size, below[sortedBelow[prefix]]))
+            ++prefix;
+        made.prefix.push_back(prefix);
+        made.last.push_back(tuple[below.size]);
+        made.count.push_back(level.count[set]);
+    }
+    return made;
+}
+
 }  // namespace
 
 void FoundSets::add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count) {
@@ -132,44 +165,36 @@ void FoundSets::link(std::size_t items) {
         m_levels[i].extensions = beginnings(m_levels[i + 1].parent, m_levels[i].size());
 }
 
-ItemSets FoundSets::ordered(const WalkOrder& order) && {
-    ItemSets sets;
-    mining::Level first;
-    std::vector<Rank> ranks;
-    Tuples below{1, {}};
+ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step) && {
+    Tuples items{1, {}};
     for (std::uint32_t item = 0; item < order.size(); ++item)
-        below.ranks.push_back(order.rank(WalkItem{item}));
-    const std::size_t items =
-        below.ranks.empty() ? 0 : at(*std::max_element(below.ranks.begin(), below.ranks.end())) + 1;
-    std::vector<std::uint32_t> sortedBelow = sortedTuples(below, order.size(), items);
-    for (const std::uint32_t item : sortedBelow) {
-        first.prefix.push_back(0);
-        first.last.push_back(order.rank(WalkItem{item}));
-        first.count.push_back(order.count(WalkItem{item}));
-    }
-    sets.add(std::move(first));
+        items.ranks.push_back(order.rank(WalkItem{item}));
+    std::vector<Tuples> tuples;
+    tuples.push_back(std::move(items));
+    for (const Level& level : m_levels)
+        tuples.push_back(extended(tuples.back(), level, order));
 
-    for (Level& level : m_levels) {
-        Tuples tuples = extended(below, level, order);
-        std::vector<std::uint32_t> sorted = sortedTuples(tuples, level.size(), items);
-        mining::Level made;
-        made.prefix.reserve(level.size());
-        made.last.reserve(level.size());
-        made.count.reserve(level.size());
-        std::uint32_t prefix = 0;
-        for (const std::uint32_t set : sorted) {
-            const Rank* const tuple = tuples[set];
-            while (!std::equal(tuple, tuple + below.size, below[sortedBelow[prefix]]))
-                ++prefix;
-            made.prefix.push_back(prefix);
-            made.last.push_back(tuple[below.size]);
-            made.count.push_back(level.count[set]);
-        }
-        sets.add(std::move(made));
-        level = Level();
-        below = std::move(tuples);
-        sortedBelow.swap(sorted);
-    }
+    const std::size_t ranks = order.ranks();
+    std::vector<std::vector<std::uint32_t>> sorted(tuples.size());
+    std::vector<mining::Level> made(tuples.size());
+    const auto onEachLevel = [&](auto work) {
+        // The largest levels are somewhere in the middle; the order of the tasks does not matter.
+        workOn(
+            tuples.size(), threads, step, [&work](unsigned) { return work; }, [](std::size_t) {});
+    };
+    onEachLevel([&](std::size_t i) {
+        sorted[i] = sortedTuples(tuples[i], i == 0 ? order.size() : m_levels[i - 1].size(), ranks);
+    });
+    onEachLevel([&](std::size_t i) {
+        made[i] = i == 0 ? firstLevel(sorted[0], order)
+                         : orderedLevel(m_levels[i - 1], tuples[i], sorted[i], tuples[i - 1],
+                                        sorted[i - 1]);
+        step.spend(0);
+    });
+    m_levels.clear();
+    ItemSets sets;
+    for (mining::Level& level : made)
+        sets.add(std::move(level));
     return sets;
 }
 

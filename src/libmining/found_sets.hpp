@@ -6,6 +6,7 @@
 
 #include <quarvis/mining/item_sets.hpp>
 
+#include "run_control.hpp"
 #include "walk_order.hpp"
 
 namespace quarvis::mining {
@@ -55,8 +56,9 @@ class FoundSets {
     /// Where the extensions of the items begin in the level of size 2.
     const std::vector<std::uint32_t>& pairBegin() const { return m_pairBegin; }
 
-    /// The same sets in the byte order of their items, with the first level; leaves this empty.
-    ItemSets ordered(const WalkOrder& order) &&;
+    /// The same sets in the byte order of their items, with the first level; leaves this empty. The
+    /// levels are sorted in `threads` threads.
+    ItemSets ordered(const WalkOrder& order, unsigned threads, Step& step) &&;
 
   private:
     std::vector<Level> m_levels;

@@ -50,21 +50,17 @@ class ShardedRun {
             m_observer.levelFound(size, found.count(size));
             any = any && size < m_maxSize;
         }
-        return std::move(found).ordered(m_order);
+        return std::move(found).ordered(m_order, m_options.threads, m_step);
     }
 
     Rules findRules(const ItemSets& sets) {
         std::size_t histories = 0;
         for (const HistoryIndex& shard : m_shards)
             histories += shard.historyCount();
-        RuleSelection selection(sets, m_options.thresholds, histories);
-        std::size_t counted = 0;
-        for (const CountedRule& rule : m_countedRules(sets)) {
-            selection.add(rule);
-            ++counted;
-        }
-        m_observer.rulesCounted(counted);
-        return std::move(selection).sorted();
+        const std::vector<CountedRule> counted = m_countedRules(sets);
+        m_observer.rulesCounted(counted.size());
+        return selectRules(counted, sets, m_options.thresholds, histories, m_options.threads,
+                           m_step);
     }
 
   private:

@@ -14,8 +14,8 @@ inline std::size_t delivery(std::size_t items, std::size_t histories) {
 }
 
 /// Whether counters are looked through one after the other, rather than by another walk over the
-/// histories that were counted. The former goes eight counters at a time and twice as fast as a walk
-/// in the worst case.
+/// histories that were counted. The former goes eight counters at a time and twice as fast as a
+/// walk in the worst case.
 inline bool scanningPays(std::size_t counters, std::size_t delivered) {
     return counters <= 4 * delivered;
 }
@@ -31,9 +31,10 @@ inline std::size_t joins(std::size_t number, std::size_t words) {
     return number * (words / 2 + 2);
 }
 
-/// Whether the bitmaps of a class of `members` are made anew over the `histories` that its prefix is
-/// in, with `less` words instead of `words`. Each member costs a unit a history; each is joined with
-/// half of the others, at half a unit a word that is saved, and what is joined is joined again.
+/// Whether the bitmaps of a class of `members` are made anew over the `histories` that its prefix
+/// is in, with `less` words instead of `words`. Each member costs a unit a history; each is joined
+/// with half of the others, at half a unit a word that is saved, and what is joined is joined
+/// again.
 inline bool shrinkingPays(std::size_t members, std::size_t words, std::size_t less,
                           std::size_t histories) {
     return members * (words - less) >= 4 * histories + 16;

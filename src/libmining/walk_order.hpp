@@ -21,6 +21,9 @@ class WalkOrder {
     Rank rank(WalkItem item) const { return m_ranks[at(item)]; }
     std::uint32_t count(WalkItem item) const { return m_counts[at(item)]; }
 
+    /// The ranks of the index; those of the items are below.
+    std::size_t ranks() const { return m_items.size(); }
+
     /// The item of a rank, or NOT_WALKED.
     WalkItem item(Rank rank) const { return m_items[at(rank)]; }
     static constexpr WalkItem NOT_WALKED{static_cast<std::uint32_t>(-1)};
