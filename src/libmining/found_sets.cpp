@@ -166,35 +166,48 @@ void FoundSets::link(std::size_t items) {
 }
 
 ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step) && {
-    Tuples items{1, {}};
-    for (std::uint32_t item = 0; item < order.size(); ++item)
-        items.ranks.push_back(order.rank(WalkItem{item}));
-    std::vector<Tuples> tuples;
-    tuples.push_back(std::move(items));
-    for (const Level& level : m_levels)
-        tuples.push_back(extended(tuples.back(), level, order));
-
-    const std::size_t ranks = order.ranks();
-    std::vector<std::vector<std::uint32_t>> sorted(tuples.size());
-    std::vector<mining::Level> made(tuples.size());
-    const auto onEachLevel = [&](auto work) {
-        // The largest levels are somewhere in the middle; the order of the tasks does not matter.
-        workOn(
-            tuples.size(), threads, step, [&work](unsigned) { return work; }, [](std::size_t) {});
+    struct Sorted {
+        Tuples tuples;
+        std::vector<std::uint32_t> order;
+        mining::Level level;
     };
-    onEachLevel([&](std::size_t i) {
-        sorted[i] = sortedTuples(tuples[i], i == 0 ? order.size() : m_levels[i - 1].size(), ranks);
-    });
-    onEachLevel([&](std::size_t i) {
-        made[i] = i == 0 ? firstLevel(sorted[0], order)
-                         : orderedLevel(m_levels[i - 1], tuples[i], sorted[i], tuples[i - 1],
-                                        sorted[i - 1]);
-        step.spend(0);
-    });
-    m_levels.clear();
+    Sorted below;
+    below.tuples.size = 1;
+    for (std::uint32_t item = 0; item < order.size(); ++item)
+        below.tuples.ranks.push_back(order.rank(WalkItem{item}));
+    below.order = sortedTuples(below.tuples, order.size(), order.ranks());
     ItemSets sets;
-    for (mining::Level& level : made)
-        sets.add(std::move(level));
+    sets.add(firstLevel(below.order, order));
+
+    // As many levels at a time as there are threads; of all others there are no tuples.
+    std::vector<Sorted> batch;
+    const auto onEach = [&](auto work) {
+        workOn(
+            batch.size(), threads, step, [&work](unsigned) { return work; }, [](std::size_t) {});
+    };
+    for (std::size_t begin = 0; begin < m_levels.size(); begin += batch.size()) {
+        batch.clear();
+        for (std::size_t i = begin; i < m_levels.size() && batch.size() < threads; ++i)
+            batch.push_back(
+                {extended(batch.empty() ? below.tuples : batch.back().tuples, m_levels[i], order),
+                 {},
+                 {}});
+        onEach([&](std::size_t i) {
+            batch[i].order =
+                sortedTuples(batch[i].tuples, m_levels[begin + i].size(), order.ranks());
+        });
+        onEach([&](std::size_t i) {
+            const Sorted& lower = i == 0 ? below : batch[i - 1];
+            batch[i].level = orderedLevel(m_levels[begin + i], batch[i].tuples, batch[i].order,
+                                          lower.tuples, lower.order);
+            m_levels[begin + i] = Level();
+        });
+        for (Sorted& sorted : batch)
+            sets.add(std::move(sorted.level));
+        below = std::move(batch.back());
+        step.spend(0);
+    }
+    m_levels.clear();
     return sets;
 }
 
