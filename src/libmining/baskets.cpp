@@ -1,5 +1,6 @@
 #include "baskets.hpp"
 
+#include <cassert>
 #include <limits>
 #include <stdexcept>
 
@@ -72,6 +73,7 @@ Baskets::Baskets(const Shard& shard, const WalkOrder& order) : m_begin(order.siz
     for (std::uint32_t item = 0; item < order.size(); ++item)
         for (std::uint32_t i = m_begin[item]; i < m_begin[item + 1]; ++i) {
             std::uint32_t& place = histories.begin[m_places[i]];
+            assert(m_items[place] != END);
             m_items[place] = WalkItem{item};
             m_places[i] = place++;
         }

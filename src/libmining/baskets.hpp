@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -27,11 +28,15 @@ class Baskets {
 
     /// Where an item stands, one place for each history that holds it and another item.
     std::span<const std::uint32_t> places(WalkItem item) const {
+        assert(at(item) < itemCount());
         return {m_places.data() + m_begin[at(item)], m_begin[at(item) + 1] - m_begin[at(item)]};
     }
 
     /// The items after the one at a place, in ascending order up to END.
-    const WalkItem* after(std::uint32_t place) const { return &m_items[place + 1]; }
+    const WalkItem* after(std::uint32_t place) const {
+        assert(place + std::size_t{1} < m_items.size());
+        return &m_items[place + std::size_t{1}];
+    }
 
   private:
     std::vector<WalkItem> m_items;       // by history

@@ -1,5 +1,6 @@
 #include <quarvis/mining/dictionary.hpp>
 
+#include <cassert>
 #include <stdexcept>
 
 #include "name_hash.hpp"
@@ -21,6 +22,7 @@ constexpr std::size_t MOST_NAMES = (std::size_t{1} << 31) - 1;
 Dictionary::Dictionary() : m_slots(FIRST_SLOTS, {0, NONE}) {}
 
 std::string_view Dictionary::name(Code code) const {
+    assert(at(code) < size());
     const std::uint64_t begin = at(code) == 0 ? 0 : m_ends[at(code) - 1];
     return std::string_view(m_text).substr(begin, m_ends[at(code)] - begin);
 }

@@ -108,8 +108,10 @@ Level orderedLevel(const FoundSets::Level& level, const Tuples& tuples,
     std::uint32_t prefix = 0;
     for (const std::uint32_t set : sorted) {
         const Rank* const tuple = tuples[set];
-        while (!std::equal(tuple, tuple + below.size, below[sortedBelow[prefix]]))
+        while (!std::equal(tuple, tuple + below.size, below[sortedBelow[prefix]])) {
             ++prefix;
+            assert(prefix < sortedBelow.size());
+        }
         made.prefix.push_back(prefix);
         made.last.push_back(tuple[below.size]);
         made.count.push_back(level.count[set]);
@@ -123,6 +125,8 @@ void FoundSets::add(std::size_t size, std::size_t parent, WalkItem last, std::ui
     while (maxSize() < size)
         m_levels.emplace_back();
     Level& level = m_levels[size - 2];
+    assert(level.parent.empty() || level.parent.back() <= parent);
+    assert(level.parent.empty() || level.parent.back() < parent || level.last.back() < last);
     if (level.size() + 1 >= std::numeric_limits<std::uint32_t>::max())
         throw std::length_error("too many item sets of one size");
     level.parent.push_back(static_cast<std::uint32_t>(parent));

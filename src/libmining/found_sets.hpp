@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -33,7 +34,10 @@ class FoundSets {
     std::size_t maxSize() const { return m_levels.size() + 1; }
 
     /// The sets of a size from 2 on.
-    const Level& level(std::size_t size) const { return m_levels[size - 2]; }
+    const Level& level(std::size_t size) const {
+        assert(size >= 2 && size <= maxSize());
+        return m_levels[size - 2];
+    }
     std::size_t count(std::size_t size) const { return size <= maxSize() ? level(size).size() : 0; }
 
     /// Adds a set after all others of its size. Throws `std::length_error` beyond 2^32 - 2 of them.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -35,7 +36,9 @@ class RowsByHistory {
 
     /// Puts down a row. Those of one history come to stand in the reverse order.
     void put(std::size_t history, Time time, Code item) {
+        assert(history < historyCount());
         const std::uint32_t place = --m_begin[history];
+        assert(place < m_items.size());
         m_times[place] = time;
         m_items[place] = item;
     }

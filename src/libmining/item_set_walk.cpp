@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <limits>
 
 #include "bit_kernels.hpp"
@@ -31,6 +32,7 @@ ItemSetWalk::ItemSetWalk(const Baskets& baskets, std::uint32_t minCount, const S
       m_joined(baskets.itemCount()) {}
 
 void ItemSetWalk::walk(WalkItem item, FoundSets& found) {
+    assert(m_scope.maxSize > m_scope.knownSize);
     const Arena<std::uint64_t>::Mark mark = m_arena.mark();
     Class& partners = m_scope.knownSize == 1 ? m_frequentPartners(item) : m_knownPartners(item);
     if (m_scope.knownSize == 1) {
@@ -194,6 +196,7 @@ void ItemSetWalk::m_makeBitmaps(WalkItem item, Class& partners) {
 /// The class of the known extensions of a member.
 ItemSetWalk::Class& ItemSetWalk::m_followed(const Class& members, std::size_t member) {
     Class& extended = m_emptyClass(members.size + 1);
+    assert(members.size < m_scope.knownSize);
     const FoundSets::Level& level = m_scope.known->level(members.size);
     const FoundSets::Level& above = m_scope.known->level(members.size + 1);
     const std::size_t set = members.begin + member;
@@ -207,8 +210,10 @@ ItemSetWalk::Class& ItemSetWalk::m_followed(const Class& members, std::size_t me
     std::size_t other = member;
     for (std::size_t extension = extended.begin; extension < end; ++extension) {
         const WalkItem item = above.last[extension];
-        while (members.items[other] != item)
+        while (members.items[other] != item) {
             ++other;
+            assert(other < members.items.size());
+        }
         extended.items.push_back(item);
         extended.counts.push_back(above.count[extension]);
         for (std::size_t word = 0; word < members.words; ++word)
@@ -262,6 +267,8 @@ void ItemSetWalk::m_countJoins(const Class& members, std::size_t member) {
 
 /// Joins each member with each later one, and goes on with what is frequent.
 void ItemSetWalk::m_extend(const Class& members, FoundSets& found) {
+    assert(std::is_sorted(members.items.begin(), members.items.end()));
+    assert(members.items.size() == members.counts.size());
     if (members.size + 1 == m_scope.maxSize)
         return m_extendLast(members, found);
     for (std::size_t member = 0; member + 1 < members.items.size(); ++member) {
@@ -307,6 +314,7 @@ void ItemSetWalk::m_extendLast(const Class& members, FoundSets& found) {
 void ItemSetWalk::m_shrink(const std::uint64_t* cover, std::size_t histories, Class& members) {
     const std::size_t words = members.words;
     const std::size_t less = wordsOf(histories);
+    assert(less <= words);
     if (!walk_costs::shrinkingPays(members.items.size(), words, less, histories))
         return;
     m_positions.clear();

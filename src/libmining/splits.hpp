@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -16,6 +17,7 @@ inline constexpr std::size_t MOST_ITEMS = 63;
 
 /// All of `size` items.
 inline SplitMask allOf(std::size_t size) {
+    assert(size <= MOST_ITEMS);
     return (SplitMask{1} << size) - 1;
 }
 
@@ -33,6 +35,7 @@ inline bool isProposed(SplitMask split, std::size_t size, Splits splits) {
 
 /// The mask with a bit inserted at `place`.
 inline SplitMask withBit(SplitMask mask, std::size_t place, bool bit) {
+    assert(place < MOST_ITEMS && mask >> (MOST_ITEMS - 1) == 0);
     const SplitMask low = mask & allOf(place);
     return low | SplitMask{bit} << place | (mask & ~low) << 1;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -18,14 +19,23 @@ class WalkOrder {
     WalkOrder(const HistoryIndex& index, std::uint32_t minCount);
 
     std::size_t size() const { return m_ranks.size(); }
-    Rank rank(WalkItem item) const { return m_ranks[at(item)]; }
-    std::uint32_t count(WalkItem item) const { return m_counts[at(item)]; }
+    Rank rank(WalkItem item) const {
+        assert(at(item) < size());
+        return m_ranks[at(item)];
+    }
+    std::uint32_t count(WalkItem item) const {
+        assert(at(item) < size());
+        return m_counts[at(item)];
+    }
 
     /// The ranks of the index; those of the items are below.
     std::size_t ranks() const { return m_items.size(); }
 
     /// The item of a rank, or NOT_WALKED.
-    WalkItem item(Rank rank) const { return m_items[at(rank)]; }
+    WalkItem item(Rank rank) const {
+        assert(at(rank) < ranks());
+        return m_items[at(rank)];
+    }
     static constexpr WalkItem NOT_WALKED{static_cast<std::uint32_t>(-1)};
 
   private:

@@ -56,7 +56,10 @@ class HistoryIndex {
     }
 
     /// The number of histories that the item is in. In a slice of an index it is that of the whole.
-    std::uint32_t count(Rank item) const { return m_counts[at(item)]; }
+    std::uint32_t count(Rank item) const {
+        assert(at(item) < itemCount());
+        return m_counts[at(item)];
+    }
 
     /// @{
     /// The transactions of a history are [firstTransaction(history), endTransaction(history)).
@@ -64,16 +67,21 @@ class HistoryIndex {
         assert(at(history) < historyCount());
         return m_historyBegin[at(history)];
     }
-    std::size_t endTransaction(HistoryId history) const { return m_historyBegin[at(history) + 1]; }
+    std::size_t endTransaction(HistoryId history) const {
+        assert(at(history) < historyCount());
+        return m_historyBegin[at(history) + 1];
+    }
     /// @}
 
     /// A transaction by its place among those of all histories.
     Transaction transaction(std::size_t place) const { return {time(place), items(place)}; }
 
     std::uint64_t time(std::size_t place) const {
+        assert(place + 1 < m_itemBegin.size());
         return m_timeWidth == TimeWidth::BITS_32 ? m_times32[place] : m_times64[place];
     }
     std::span<const Rank> items(std::size_t place) const {
+        assert(place + 1 < m_itemBegin.size());
         return {m_items.data() + m_itemBegin[place], m_itemBegin[place + 1] - m_itemBegin[place]};
     }
 
