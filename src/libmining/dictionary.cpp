@@ -23,8 +23,8 @@ Dictionary::Dictionary() : m_slots(FIRST_SLOTS, {0, NONE}) {}
 
 std::string_view Dictionary::name(Code code) const {
     assert(at(code) < size());
-    const std::uint64_t begin = at(code) == 0 ? 0 : m_ends[at(code) - 1];
-    return std::string_view(m_text).substr(begin, m_ends[at(code)] - begin);
+    const std::uint64_t begin = m_begins[at(code)];
+    return {m_text.data() + begin, static_cast<std::size_t>(m_begins[at(code) + 1] - begin)};
 }
 
 Code Dictionary::add(std::string_view name) {
@@ -32,13 +32,13 @@ Code Dictionary::add(std::string_view name) {
     const std::size_t mask = m_slots.size() - 1;
     std::size_t slot = hash & mask;
     for (; m_slots[slot].code != NONE; slot = (slot + 1) & mask)
-        if (m_slots[slot].hash == hash && this->name(Code{m_slots[slot].code}) == name)
+        if (m_slots[slot].hash == hash && sameName(this->name(Code{m_slots[slot].code}), name))
             return Code{m_slots[slot].code};
     if (size() == MOST_NAMES)
         throw std::length_error("too many names");
     const auto code = static_cast<std::uint32_t>(size());
     m_text.append(name);
-    m_ends.push_back(m_text.size());
+    m_begins.push_back(m_text.size());
     m_slots[slot] = {hash, code};
     if (2 * size() > m_slots.size())
         m_grow();
@@ -60,7 +60,7 @@ void Dictionary::m_grow() {
 }
 
 std::size_t Dictionary::memory() const {
-    return m_text.capacity() + m_ends.capacity() * sizeof(m_ends[0]) +
+    return m_text.capacity() + m_begins.capacity() * sizeof(m_begins[0]) +
            m_slots.capacity() * sizeof(Slot);
 }
 

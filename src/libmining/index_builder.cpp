@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "index_assembly.hpp"
+#include "name_hash.hpp"
 
 namespace quarvis::mining {
 
@@ -85,7 +86,7 @@ void IndexBuilder::m_endRow() {
 void IndexBuilder::beginRow(std::string_view entity, std::uint64_t time) {
     if (m_timeWidth == TimeWidth::BITS_32 && time > std::numeric_limits<std::uint32_t>::max())
         throw std::out_of_range("a time of more than 32 bits");
-    const bool known = m_entity != NO_ITEM && m_entities.name(m_entity) == entity;
+    const bool known = m_entity != NO_ITEM && sameName(m_entities.name(m_entity), entity);
     if (known && time == m_time)
         return;
     const Code code = known ? m_entity : m_entities.add(entity);

@@ -4,38 +4,65 @@
 #include <cstring>
 #include <string_view>
 
+/// \file
+/// Names eight bytes at a time. Of a longer name the last eight bytes overlap those before; a
+/// shorter one makes a single number, with its length another for every name.
 namespace quarvis::mining {
 
-/// A hash of a name that takes in eight bytes at a time. A multiplication by an odd number carries
-/// every bit up, and a shift brings the high ones down. The same on every run of a machine; its
-/// values must not reach a result.
+inline std::uint64_t wordAt(const char* bytes) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+/// A name of fewer than eight bytes.
+inline std::uint64_t shortWord(std::string_view name) {
+    const auto byteAt = [name](std::size_t i) {
+        return std::uint64_t{static_cast<unsigned char>(name[i])};
+    };
+    const std::size_t size = name.size();
+    if (size >= sizeof(std::uint32_t)) {
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
+        std::memcpy(&first, name.data(), sizeof first);
+        std::memcpy(&last, name.data() + size - sizeof last, sizeof last);
+        return std::uint64_t{last} << 32 | first;
+    }
+    return size == 0 ? 0 : byteAt(size - 1) << 16 | byteAt(size / 2) << 8 | byteAt(0);
+}
+
+/// A hash of a name. A multiplication by an odd number carries every bit up, and a shift brings the
+/// high ones down. The same on every run of a machine; its values must not reach a result.
 inline std::uint32_t nameHash(std::string_view name) {
-    constexpr std::size_t WORD = sizeof(std::uint64_t);
-    const auto mixed = [](std::uint64_t hash, std::uint64_t word) {
-        hash = (hash ^ word) * 0x9e3779b97f4a7c15U;
+    constexpr std::size_t word = sizeof(std::uint64_t);
+    const auto mixed = [](std::uint64_t hash, std::uint64_t with) {
+        hash = (hash ^ with) * 0x9e3779b97f4a7c15U;
         return hash ^ hash >> 32;
     };
-    const auto wordAt = [](const char* bytes) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, bytes, sizeof word);
-        return word;
-    };
-    const char* bytes = name.data();
-    std::size_t left = name.size();
     std::uint64_t hash = name.size();
-    if (left >= WORD) {
-        // The last word may overlap the one before it.
-        const std::uint64_t last = wordAt(bytes + left - WORD);
-        for (; left > WORD; left -= WORD, bytes += WORD)
-            hash = mixed(hash, wordAt(bytes));
-        hash = mixed(hash, last);
+    if (name.size() < word) {
+        hash = mixed(hash, shortWord(name));
     } else {
-        std::uint64_t word = 0;
-        while (left > 0)
-            word = word << 8 | static_cast<unsigned char>(bytes[--left]);
-        hash = mixed(hash, word);
+        const char* const last = name.data() + name.size() - word;
+        for (const char* bytes = name.data(); bytes < last; bytes += word)
+            hash = mixed(hash, wordAt(bytes));
+        hash = mixed(hash, wordAt(last));
     }
     return static_cast<std::uint32_t>(mixed(hash, 0));
+}
+
+/// Whether two names are the same.
+inline bool sameName(std::string_view a, std::string_view b) {
+    constexpr std::size_t word = sizeof(std::uint64_t);
+    if (a.size() != b.size())
+        return false;
+    if (a.size() < word)
+        return shortWord(a) == shortWord(b);
+    const std::size_t last = a.size() - word;
+    for (std::size_t i = 0; i < last; i += word)
+        if (wordAt(a.data() + i) != wordAt(b.data() + i))
+            return false;
+    return wordAt(a.data() + last) == wordAt(b.data() + last);
 }
 
 }  // namespace quarvis::mining

@@ -24,7 +24,7 @@ class Dictionary {
     Code add(std::string_view name);
 
     /// The number of names; codes are below it.
-    std::size_t size() const { return m_ends.size(); }
+    std::size_t size() const { return m_begins.size() - 1; }
 
     /// The name of a code. Valid until the next `add`.
     std::string_view name(Code code) const;
@@ -40,8 +40,8 @@ class Dictionary {
 
     void m_grow();
 
-    std::string m_text;                 // all names
-    std::vector<std::uint64_t> m_ends;  // by code: where its name ends
+    std::string m_text;                         // all names
+    std::vector<std::uint64_t> m_begins = {0};  // by code: where its name begins; and an end
     std::vector<Slot> m_slots;          // a power of two of them
 };
 
