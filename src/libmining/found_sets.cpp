@@ -98,13 +98,13 @@ Level firstLevel(const std::vector<std::uint32_t>& sorted, const WalkOrder& orde
 }
 
 /// A level in the order of its tuples, which tell the place of each prefix in the level below.
-Level orderedLevel(const FoundSets::Level& level, const Tuples& tuples,
+Level orderedLevel(const std::vector<std::uint32_t>& counts, const Tuples& tuples,
                    const std::vector<std::uint32_t>& sorted, const Tuples& below,
                    const std::vector<std::uint32_t>& sortedBelow) {
     Level made;
-    made.prefix.reserve(level.size());
-    made.last.reserve(level.size());
-    made.count.reserve(level.size());
+    made.prefix.reserve(counts.size());
+    made.last.reserve(counts.size());
+    made.count.reserve(counts.size());
     std::uint32_t prefix = 0;
     for (const std::uint32_t set : sorted) {
         const Rank* const tuple = tuples[set];
@@ -114,7 +114,7 @@ Level orderedLevel(const FoundSets::Level& level, const Tuples& tuples,
         }
         made.prefix.push_back(prefix);
         made.last.push_back(tuple[below.size]);
-        made.count.push_back(level.count[set]);
+        made.count.push_back(counts[set]);
     }
     return made;
 }
@@ -191,19 +191,23 @@ ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step
     };
     for (std::size_t begin = 0; begin < m_levels.size(); begin += batch.size()) {
         batch.clear();
-        for (std::size_t i = begin; i < m_levels.size() && batch.size() < threads; ++i)
+        for (std::size_t i = begin; i < m_levels.size() && batch.size() < threads; ++i) {
             batch.push_back(
                 {extended(batch.empty() ? below.tuples : batch.back().tuples, m_levels[i], order),
                  {},
                  {}});
+            // From here on the tuples tell what these told.
+            std::vector<std::uint32_t>().swap(m_levels[i].parent);
+            std::vector<WalkItem>().swap(m_levels[i].last);
+        }
         onEach([&](std::size_t i) {
             batch[i].order =
-                sortedTuples(batch[i].tuples, m_levels[begin + i].size(), order.ranks());
+                sortedTuples(batch[i].tuples, m_levels[begin + i].count.size(), order.ranks());
         });
         onEach([&](std::size_t i) {
             const Sorted& lower = i == 0 ? below : batch[i - 1];
-            batch[i].level = orderedLevel(m_levels[begin + i], batch[i].tuples, batch[i].order,
-                                          lower.tuples, lower.order);
+            batch[i].level = orderedLevel(m_levels[begin + i].count, batch[i].tuples,
+                                          batch[i].order, lower.tuples, lower.order);
             m_levels[begin + i] = Level();
         });
         for (Sorted& sorted : batch)
