@@ -22,12 +22,13 @@ Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOpt
         const Standings standings(Shard::whole(index), relevantItems(sets, index.itemCount()),
                                   options.window);
         const std::uint32_t least = std::max<std::uint32_t>(options.minCount, 1);
+        const PairTallies tallies(standings, sets, options.threads, step);
         std::vector<std::unique_ptr<WholeLedger>> ledgers(options.threads);
         const auto makeWorker = [&](unsigned thread) {
             ledgers[thread] = std::make_unique<WholeLedger>(least);
             auto work = std::make_unique<Work>(step);
             auto walk = std::make_unique<RuleWalk>(
-                standings, sets, std::numeric_limits<std::size_t>::max(), options.splits,
+                standings, tallies, sets, std::numeric_limits<std::size_t>::max(), options.splits,
                 options.window == 0, *ledgers[thread], *work);
             return [work = std::move(work), walk = std::move(walk)](std::size_t task) {
                 walk->walk(task);

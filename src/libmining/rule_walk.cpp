@@ -7,9 +7,10 @@
 
 namespace quarvis::mining {
 
-RuleWalk::RuleWalk(const Standings& standings, const ItemSets& sets, std::size_t maxSize,
-                   Splits splits, bool single, RuleLedger& ledger, Work& work)
+RuleWalk::RuleWalk(const Standings& standings, const PairTallies& tallies, const ItemSets& sets,
+                   std::size_t maxSize, Splits splits, bool single, RuleLedger& ledger, Work& work)
     : m_standings(standings),
+      m_tallies(tallies),
       m_sets(sets),
       m_maxSize(std::min(maxSize, sets.levels())),
       m_splits(splits),
@@ -27,41 +28,117 @@ void RuleWalk::walk(std::size_t first) {
     const Rank item = items.last[first];
     if (begin == end || m_standings.places(item).empty())
         return;
-    const Level& pairs = m_sets.level(2);
+    m_pairs.clear();
     for (std::size_t pair = begin; pair < end; ++pair)
-        m_columns.ask(pairs.last[pair], pairs.count[pair]);
+        m_pairs.push_back({pair, m_sets.level(2).last[pair], false, false, false});
+    m_judgePairs(item);
+    if (m_maxSize == 2 || !m_askColumns())
+        return;
     m_columns.fill(item);
     m_work.add(m_columns.cost());
     const Marks marks = m_mark();
-    m_visitPairs(begin, end);
+    m_visitPairs();
     m_release(marks);
     m_columns.clear();
 }
 
-/// Makes the moments of the pairs from those of the first item, and goes on to larger sets.
-void RuleWalk::m_visitPairs(std::size_t begin, std::size_t end) {
-    const std::size_t words = m_columns.words().words();
-    Moments root;
-    root.word = m_indices.take(words);
-    root.allNew = m_bits.take(words);
-    root.allRecent = m_bits.take(words);
-    for (std::size_t word = 0; word < words; ++word) {
-        root.word[word] = static_cast<std::uint32_t>(word);
-        root.allNew[word] = m_columns.first().standing[word].fresh;
-        root.allRecent[word] = m_columns.first().standing[word].recent;
+/// Takes the rules of the pairs of an item to the ledger.
+void RuleWalk::m_judgePairs(Rank first) {
+    for (Pair& pair : m_pairs) {
+        const PairTallies::Pair met = m_tallies.met(pair.set);
+        if (std::max(met.forward, met.backward) < m_ledger.least())
+            continue;
+        PairTallies::Pair counted = met;
+        if (m_standings.anyPresent()) {
+            counted = countPair(m_standings, first, pair.last);
+            m_work.add(m_standings.places(first).size() + m_standings.places(pair.last).size());
+        }
+        const auto judge = [&](SplitMask split, Tally tally) {
+            if (tally.met < m_ledger.least())
+                return false;
+            const SplitSet rule{2, static_cast<std::uint32_t>(pair.set), split};
+            const bool followed = m_ledger.follows(rule, tally.met);
+            if (m_ledger.isCounted(rule, tally.met))
+                m_ledger.count(rule, tally);
+            return followed;
+        };
+        pair.backward = judge(1, {met.backward, counted.backward});
+        pair.forward = judge(2, {met.forward, counted.forward});
     }
-    root.words.size = words;
-    root.words.word = root.word;
+}
 
-    std::vector<Node>& nodes = m_nodesAt(2);
-    bool anyLive = false;
-    for (std::size_t pair = begin; pair < end; ++pair) {
-        const Rank item = m_sets.level(2).last[pair];
-        nodes.push_back({pair, item, m_extend(root, 1, pair, item, 1)});
-        anyLive = anyLive || nodes.back().moments != nullptr;
+/// Asks for columns for the items of triples that are to be looked at; whether there are any.
+bool RuleWalk::m_askColumns() {
+    const Level& pairs = m_sets.level(2);
+    for (std::size_t i = 0; i < m_pairs.size(); ++i) {
+        std::size_t other = i;
+        for (std::size_t set = pairs.extensions[m_pairs[i].set];
+             set < pairs.extensions[m_pairs[i].set + 1]; ++set) {
+            while (m_pairs[other].last != m_sets.level(3).last[set])
+                ++other;
+            if (m_pairs[i].isLive() || m_pairs[other].isLive())
+                m_pairs[i].isNeeded = m_pairs[other].isNeeded = true;
+        }
     }
-    if (anyLive)
-        m_visit(2, nodes);
+    bool any = false;
+    for (const Pair& pair : m_pairs) {
+        if (pair.isNeeded)
+            m_columns.ask(pair.last, pairs.count[pair.set]);
+        any = any || pair.isNeeded;
+    }
+    return any;
+}
+
+/// Makes the moments of the pairs, and goes on to larger sets.
+void RuleWalk::m_visitPairs() {
+    std::vector<Node>& nodes = m_nodesAt(2);
+    for (const Pair& pair : m_pairs)
+        nodes.push_back({pair.set, pair.last,
+                         pair.isNeeded && pair.isLive()
+                             ? m_pairMoments(pair.last, pair.forward, pair.backward)
+                             : nullptr});
+    m_visit(2, nodes);
+}
+
+/// The moments of a pair of which at least one rule is followed.
+const RuleWalk::Moments* RuleWalk::m_pairMoments(Rank item, bool forward, bool backward) {
+    const MomentColumns::Column& column = m_columns.of(item);
+    m_work.add(5 * column.size);
+    Moments* const made = m_moments.take(1);
+    *made = Moments();
+    made->word = m_indices.take(column.size);
+    made->allNew = m_bits.take(column.size);
+    made->allRecent = m_bits.take(column.size);
+    made->splits = m_bits.take(2);
+    made->met = m_pointers.take(2);
+    std::uint64_t* const metForward = m_bits.take(column.size);
+    std::uint64_t* const metBackward = m_bits.take(column.size);
+    if (backward) {
+        made->splits[made->rules] = 1;
+        made->met[made->rules++] = metBackward;
+    }
+    if (forward) {
+        made->splits[made->rules] = 2;
+        made->met[made->rules++] = metForward;
+    }
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < column.size; ++i) {
+        const std::uint32_t word =
+            column.isDense() ? static_cast<std::uint32_t>(i) : column.word[i];
+        const MomentColumns::Standing& first = m_columns.first().standing[word];
+        const MomentColumns::Standing& last = column.standing[i];
+        made->word[kept] = word;
+        made->allNew[kept] = first.fresh & last.fresh;
+        made->allRecent[kept] = first.recent & last.recent;
+        metForward[kept] = forward ? first.recent & last.fresh : 0;
+        metBackward[kept] = backward ? first.fresh & last.recent : 0;
+        const bool any = (made->allNew[kept] | made->allRecent[kept] | metForward[kept] |
+                          metBackward[kept]) != 0;
+        kept += any ? 1 : 0;
+    }
+    made->words.size = kept;
+    made->words.word = made->word;
+    return made;
 }
 
 std::vector<RuleWalk::Node>& RuleWalk::m_nodesAt(std::size_t size) {

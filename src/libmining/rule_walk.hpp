@@ -9,6 +9,7 @@
 
 #include "arena.hpp"
 #include "moment_columns.hpp"
+#include "pair_tallies.hpp"
 #include "rule_ledger.hpp"
 #include "run_control.hpp"
 #include "standings.hpp"
@@ -17,7 +18,9 @@ namespace quarvis::mining {
 
 /// The counting of rules: a walk over the frequent item sets, depth first, that keeps for each set
 /// the moments at which its rules are met, and gets those of a set with one more item by
-/// intersecting them with the masks of the item (see `Standings`).
+/// intersecting them with the masks of the item (see `Standings`). In how many histories the rules
+/// of pairs are met is known before, so that moments are made only for pairs that a triple is made
+/// from, and for items of triples that are looked at.
 ///
 /// At any moment a set meets one rule at most: its subsequent are the items that are new, its
 /// antecedent those that are recent, and no item may be neither. So a set has for each of its rules
@@ -32,8 +35,8 @@ class RuleWalk {
   public:
     /// Over the sets of at most `maxSize` items. `single` tells that no history of the standings
     /// meets a rule at more than one moment, as it is without a window.
-    RuleWalk(const Standings& standings, const ItemSets& sets, std::size_t maxSize, Splits splits,
-             bool single, RuleLedger& ledger, Work& work);
+    RuleWalk(const Standings& standings, const PairTallies& tallies, const ItemSets& sets,
+             std::size_t maxSize, Splits splits, bool single, RuleLedger& ledger, Work& work);
 
     /// The rules of all sets that begin with the set `first` of the first level.
     void walk(std::size_t first);
@@ -58,6 +61,18 @@ class RuleWalk {
         const Moments* moments;
     };
 
+    /// A pair of the first item: which of its rules are followed, and whether it or its last item
+    /// is needed for a triple.
+    struct Pair {
+        std::size_t set;
+        Rank last;
+        bool forward;   // "first => last"
+        bool backward;  // "last => first"
+        bool isNeeded;
+
+        bool isLive() const { return forward || backward; }
+    };
+
     struct Marks {
         Arena<std::uint64_t>::Mark bits;
         Arena<std::uint32_t>::Mark indices;
@@ -65,7 +80,10 @@ class RuleWalk {
         Arena<std::uint64_t*>::Mark pointers;
     };
 
-    void m_visitPairs(std::size_t begin, std::size_t end);
+    void m_judgePairs(Rank first);
+    bool m_askColumns();
+    void m_visitPairs();
+    const Moments* m_pairMoments(Rank item, bool forward, bool backward);
     void m_visit(std::size_t size, const std::vector<Node>& nodes);
     const Moments* m_extend(const Moments& from, std::size_t size, std::size_t set, Rank item,
                             std::size_t place);
@@ -88,6 +106,7 @@ class RuleWalk {
     }
 
     const Standings& m_standings;
+    const PairTallies& m_tallies;
     const ItemSets& m_sets;
     std::size_t m_maxSize;
     Splits m_splits;
@@ -95,6 +114,7 @@ class RuleWalk {
     RuleLedger& m_ledger;
     Work& m_work;
 
+    std::vector<Pair> m_pairs;
     MomentColumns m_columns;
     std::deque<std::vector<Node>> m_nodes;  // by size
     // Of the words that a set and a column share: their places in the set, and what the column has.

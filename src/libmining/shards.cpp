@@ -20,6 +20,16 @@ namespace quarvis::mining {
 
 namespace {
 
+/// What the counting of rules on one shard works on.
+struct RuleParts {
+    RuleParts(const HistoryIndex& index, const ItemSets& sets, const std::vector<bool>& relevant,
+              std::uint64_t window, Step& step)
+        : standings(Shard::whole(index), relevant, window), tallies(standings, sets, 1, step) {}
+
+    Standings standings;
+    PairTallies tallies;
+};
+
 /// A run over shards: makes candidates, has every shard count them, sums and prunes.
 class ShardedRun {
   public:
@@ -98,17 +108,17 @@ class ShardedRun {
         if (sets.levels() < 2)
             return rules;
         const std::uint32_t least = std::max<std::uint32_t>(m_options.minCount, 1);
-        std::vector<std::unique_ptr<Standings>> standings(m_shards.size());
+        std::vector<std::unique_ptr<RuleParts>> parts(m_shards.size());
         const std::vector<bool> relevant = relevantItems(sets, m_shards.front().itemCount());
         m_onEach([&](std::size_t shard, Work&) {
-            standings[shard] = std::make_unique<Standings>(Shard::whole(m_shards[shard]), relevant,
-                                                           m_options.window);
+            parts[shard] = std::make_unique<RuleParts>(m_shards[shard], sets, relevant,
+                                                       m_options.window, m_step);
         });
         std::vector<SplitSet> live;
         for (std::uint32_t size = 2; size <= sets.levels(); ++size) {
             const std::size_t before = live.size();
             std::vector<SplitSet> alive;
-            for (const ShardLedger::Entry& entry : m_tallyOnShards(standings, sets, size, live)) {
+            for (const ShardLedger::Entry& entry : m_tallyOnShards(parts, sets, size, live)) {
                 if (entry.tally.met >= least)
                     alive.push_back(entry.rule);
                 if (entry.tally.counted >= least)
@@ -123,13 +133,13 @@ class ShardedRun {
 
     /// The tallies of the rules of one size, summed over the shards, in ascending order.
     std::vector<ShardLedger::Entry> m_tallyOnShards(
-        const std::vector<std::unique_ptr<Standings>>& standings, const ItemSets& sets,
+        const std::vector<std::unique_ptr<RuleParts>>& parts, const ItemSets& sets,
         std::uint32_t size, const std::vector<SplitSet>& live) {
         std::vector<std::vector<ShardLedger::Entry>> tallies(m_shards.size());
         m_onEach([&](std::size_t shard, Work& work) {
             ShardLedger ledger(size, live);
-            RuleWalk walk(*standings[shard], sets, size, m_options.splits, m_options.window == 0,
-                          ledger, work);
+            RuleWalk walk(parts[shard]->standings, parts[shard]->tallies, sets, size,
+                          m_options.splits, m_options.window == 0, ledger, work);
             for (std::size_t first = 0; first < sets.level(1).size(); ++first)
                 walk.walk(first);
             tallies[shard] = std::move(ledger.tallies);

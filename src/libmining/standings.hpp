@@ -30,6 +30,12 @@ class Standings {
 
         const std::uint64_t* recent() const { return fresh + words; }
 
+        /// Those of a later item of the history, by the number of entries between.
+        Masks after(std::size_t entries) const {
+            return {fresh + 2 * words * entries,
+                    present == nullptr ? nullptr : present + words * entries, words};
+        }
+
         /// Those of the next item of the history.
         void advance() {
             fresh += 2 * words;
