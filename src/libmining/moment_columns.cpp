@@ -38,21 +38,33 @@ void MomentColumns::clear() {
     m_presentBits.release({});
 }
 
-/// Chooses the histories that hold an item with a column.
+/// Chooses the histories of the first item, and finds the items in them that have a column.
 void MomentColumns::m_choosePlaces(Rank first) {
     m_places.clear();
+    m_hitsEnd.clear();
+    std::size_t hits = 0;
     const std::span<const Standings::Place> places = m_standings.places(first);
     for (std::size_t i = 0; i < places.size(); ++i) {
         const Standings::Place& place = places[i];
         if (i + AHEAD < places.size())
             m_standings.prefetch(places[i + AHEAD].history, places[i + AHEAD].entry);
-        const std::size_t end = m_standings.endEntry(place.history);
-        std::size_t entry = place.entry + std::size_t{1};
-        while (entry < end && !has(m_standings.item(entry)))
-            ++entry;
-        m_cost += entry - place.entry + 2;
-        if (entry < end)
-            m_places.push_back(place);
+        const auto after =
+            static_cast<std::uint32_t>(m_standings.endEntry(place.history) - place.entry);
+        if (m_hits.size() < hits + after)
+            m_hits.resize(2 * (hits + after));
+        const std::size_t before = hits;
+        for (std::uint32_t entry = 1; entry < after; ++entry) {
+            const std::uint32_t number = m_numbers[at(m_standings.item(place.entry + entry))];
+            m_hits[hits] = {number, entry};
+            hits += number != NONE ? 1 : 0;
+        }
+        m_cost += after + 2;
+        if (hits < before + 2) {
+            hits = before;
+            continue;
+        }
+        m_places.push_back(place);
+        m_hitsEnd.push_back(static_cast<std::uint32_t>(hits));
     }
 }
 
@@ -109,19 +121,19 @@ void MomentColumns::fill(Rank first) {
     }
     const std::vector<MomentWords::Field>& fields = m_words.fields();
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        const MomentWords::Field& field = fields[i];
-        if (i + AHEAD < fields.size())
-            m_standings.prefetch(fields[i + AHEAD].history, fields[i + AHEAD].entry);
-        Standings::Masks masks = m_standings.masks(field.history, field.entry);
-        m_put(own, field, masks);
-        const std::size_t end = m_standings.endEntry(field.history);
-        for (std::size_t entry = field.entry + std::size_t{1}; entry < end; ++entry) {
-            masks.advance();
-            const std::uint32_t number = m_numbers[at(m_standings.item(entry))];
-            if (number != NONE)
-                m_put(m_drafts[number], field, masks);
+        if (i + AHEAD < fields.size()) {
+            const Standings::Place& ahead = m_places[fields[i + AHEAD].place];
+            m_standings.prefetch(ahead.history, ahead.entry);
         }
-        m_cost += 3 * (end - field.entry);
+        const MomentWords::Field field = fields[i];
+        const Standings::Place& place = m_places[field.place];
+        const Standings::Masks masks = m_standings.masks(place.history, place.entry);
+        m_put(own, field, masks);
+        const std::size_t begin = field.place == 0 ? 0 : m_hitsEnd[field.place - 1];
+        const std::size_t end = m_hitsEnd[field.place];
+        for (std::size_t hit = begin; hit < end; ++hit)
+            m_put(m_drafts[m_hits[hit].number], field, masks.after(m_hits[hit].after));
+        m_cost += 3 * (end - begin) + 10;
     }
     const auto column = [](const Draft& draft) {
         return Column{draft.word, draft.standing, draft.present, draft.size};

@@ -14,7 +14,8 @@ namespace quarvis::mining {
 ///
 /// An item that is in many of the words has a mask for each of them, in its place; of any other the
 /// words in which it is are listed. Both take no more than 28 bytes a word of the first item and a
-/// history of both items.
+/// history of both items. Histories with fewer than two items that have a column are left out: they
+/// tell nothing about sets of three items and more.
 class MomentColumns {
   public:
     /// How an item stands in the moments of a word.
@@ -76,6 +77,12 @@ class MomentColumns {
         std::size_t size;
     };
 
+    /// An item with a column in a history of the first item.
+    struct Hit {
+        std::uint32_t number;  // of the column
+        std::uint32_t after;   // how many entries after the first item
+    };
+
     void m_choosePlaces(Rank first);
     Draft m_draft(Rank item, std::size_t most, bool isDense);
     void m_put(Draft& draft, const MomentWords::Field& field, const Standings::Masks& masks);
@@ -87,6 +94,8 @@ class MomentColumns {
     std::vector<Column> m_columns;
     Column m_first{};
     std::vector<Standings::Place> m_places;
+    std::vector<Hit> m_hits;               // of one history after the other
+    std::vector<std::uint32_t> m_hitsEnd;  // by place
     std::size_t m_cost = 0;
     Arena<std::uint32_t> m_indices;
     Arena<Standing> m_bits;

@@ -91,64 +91,79 @@ void MomentWords::make(const Standings& standings, std::span<const Standings::Pl
     m_weights.clear();
     m_tops.clear();
     m_owners.clear();
-    for (std::vector<Field>& digit : m_digits)
-        digit.clear();
+    m_wide.clear();
 
     m_mostFields = 1;
-    std::vector<Field> wide;
-    for (const Standings::Place& place : places) {
-        const Standings::Masks masks = standings.masks(place.history, place.entry);
-        const auto digits =
-            static_cast<std::size_t>(std::popcount(standings.weight(place.history)));
-        m_mostFields = std::max(m_mostFields, masks.words > 1 ? masks.words : digits);
+    for (std::uint32_t place = 0; place < places.size(); ++place) {
+        const Standings::Masks masks = standings.masks(places[place].history, places[place].entry);
         if (masks.words > 1) {
-            wide.push_back({place.history, place.entry, 0, 0, 0, 0, 64});
+            m_mostFields = std::max(m_mostFields, masks.words);
+            m_wide.push_back(place);
             continue;
         }
+        const std::uint32_t weight = standings.weight(places[place].history);
+        m_mostFields = std::max(m_mostFields, static_cast<std::size_t>(std::popcount(weight)));
         const Extent extent = extentOf(masks);
-        const Field field{place.history,
-                          place.entry,
-                          0,
-                          0,
-                          static_cast<std::uint8_t>(extent.first),
-                          0,
-                          static_cast<std::uint8_t>(extent.last - extent.first + 1)};
-        for (std::uint32_t rest = standings.weight(place.history); rest != 0; rest &= rest - 1) {
+        const Field field{place, 0,
+                          0,     static_cast<std::uint8_t>(extent.first),
+                          0,     static_cast<std::uint8_t>(extent.last - extent.first + 1)};
+        for (std::uint32_t rest = weight; rest != 0; rest &= rest - 1) {
             const auto digit = static_cast<std::size_t>(std::countr_zero(rest));
             if (m_digits.size() <= digit)
                 m_digits.resize(digit + 1);
-            m_digits[digit].push_back(field);
+            m_digits[digit].add(field);
         }
     }
+    m_addDigits();
+    m_addWide(standings, places);
+}
 
-    for (std::size_t digit = 0; digit < m_digits.size(); ++digit) {
-        std::size_t used = 64;
-        for (Field field : m_digits[digit]) {
-            if (used + field.bits > 64) {
-                m_weights.push_back(std::uint32_t{1} << digit);
-                m_tops.push_back(0);
-                used = 0;
-            }
-            field.word = static_cast<std::uint32_t>(words() - 1);
-            field.to = static_cast<std::uint8_t>(used);
-            used += field.bits;
-            m_tops.back() |= std::uint64_t{1} << (used - 1);
-            m_fields.push_back(field);
-        }
+inline void MomentWords::Digit::add(Field field) {
+    if (used + field.bits > 64) {
+        tops.push_back(0);
+        used = 0;
     }
+    field.word = static_cast<std::uint32_t>(tops.size() - 1);
+    field.to = static_cast<std::uint8_t>(used);
+    used += field.bits;
+    tops.back() |= std::uint64_t{1} << (used - 1);
+    fields.push_back(field);
+}
 
+/// Takes over the words of the digits, one digit after the other.
+void MomentWords::m_addDigits() {
+    for (std::size_t i = 0; i < m_digits.size(); ++i) {
+        Digit& digit = m_digits[i];
+        const auto before = static_cast<std::uint32_t>(words());
+        for (Field& field : digit.fields)
+            field.word += before;
+        m_weights.resize(before + digit.tops.size(), std::uint32_t{1} << i);
+        if (before == 0) {
+            m_fields.swap(digit.fields);
+            m_tops.swap(digit.tops);
+        } else {
+            m_fields.insert(m_fields.end(), digit.fields.begin(), digit.fields.end());
+            m_tops.insert(m_tops.end(), digit.tops.begin(), digit.tops.end());
+        }
+        digit.fields.clear();
+        digit.tops.clear();
+        digit.used = 64;
+    }
     m_shared = words();
+}
+
+/// Adds words for the histories that have words of their own.
+void MomentWords::m_addWide(const Standings& standings, std::span<const Standings::Place> places) {
     m_owners.assign(m_shared, 0);
-    for (Field field : wide) {
-        const Standings::Masks masks = standings.masks(field.history, field.entry);
-        const Extent extent = extentOf(masks);
+    for (const std::uint32_t place : m_wide) {
+        const Standings::Place& at = places[place];
+        const Extent extent = extentOf(standings.masks(at.history, at.entry));
         for (std::size_t source = extent.first / 64; source <= extent.last / 64; ++source) {
-            field.word = static_cast<std::uint32_t>(words());
-            field.source = static_cast<std::uint32_t>(source);
-            m_fields.push_back(field);
-            m_weights.push_back(standings.weight(field.history));
+            m_fields.push_back({place, static_cast<std::uint32_t>(words()),
+                                static_cast<std::uint32_t>(source), 0, 0, 64});
+            m_weights.push_back(standings.weight(at.history));
             m_tops.push_back(0);
-            m_owners.push_back(field.history);
+            m_owners.push_back(at.history);
         }
     }
 }

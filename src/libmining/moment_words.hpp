@@ -21,8 +21,7 @@ class MomentWords {
     /// A piece of the moments of a history: `bits` moments from `from` on, of the masks' word
     /// `source`, which stand from `to` on in the word `word`.
     struct Field {
-        std::uint32_t history;
-        std::uint32_t entry;  ///< Of the item in the history.
+        std::uint32_t place;  ///< Of the item, by its number among those that were packed.
         std::uint32_t word;
         std::uint32_t source;
         std::uint8_t from;
@@ -63,13 +62,26 @@ class MomentWords {
                             const std::uint64_t* mask, std::uint64_t* result, bool single) const;
 
   private:
+    /// The fields of the histories whose weights have one binary digit, in words of their own.
+    struct Digit {
+        std::vector<Field> fields;
+        std::vector<std::uint64_t> tops;  // by word
+        std::size_t used = 64;            // bits of the last word
+
+        void add(Field field);
+    };
+
+    void m_addDigits();
+    void m_addWide(const Standings& standings, std::span<const Standings::Place> places);
+
     std::vector<Field> m_fields;
     std::vector<std::uint32_t> m_weights;  // by word
     std::vector<std::uint64_t> m_tops;     // by word: the highest bit of each field
     std::vector<std::uint32_t> m_owners;   // by word: the history of one that is not shared
     std::size_t m_mostFields = 1;
-    std::size_t m_shared = 0;  // the number of words that are shared
-    std::vector<std::vector<Field>> m_digits;
+    std::size_t m_shared = 0;           // the number of words that are shared
+    std::vector<std::uint32_t> m_wide;  // places with more than 64 moments
+    std::vector<Digit> m_digits;
 };
 
 }  // namespace quarvis::mining

@@ -35,12 +35,6 @@ class Standings {
             return {fresh + 2 * words * entries,
                     present == nullptr ? nullptr : present + words * entries, words};
         }
-
-        /// Those of the next item of the history.
-        void advance() {
-            fresh += 2 * words;
-            present += present == nullptr ? 0 : words;
-        }
     };
 
     /// An item in a history.
