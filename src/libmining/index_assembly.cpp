@@ -1,6 +1,9 @@
 #include "index_assembly.hpp"
 
 #include <algorithm>
+#include <cassert>
+#include <numeric>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -28,18 +31,50 @@ std::vector<std::uint32_t> countHistories(const RowsByHistory<Time>& rows, std::
     return counts;
 }
 
+/// The first eight bytes of a name as a number; a name that ends counts as going on with zeros.
+/// Numbers that differ are in the order of their names.
+std::uint64_t firstBytes(std::string_view name) {
+    std::uint64_t bytes = 0;
+    for (std::size_t i = 0; i < sizeof bytes; ++i)
+        bytes = bytes << 8 | (i < name.size() ? static_cast<unsigned char>(name[i]) : 0U);
+    return bytes;
+}
+
+/// The codes of the frequent items in the order of their names.
+std::vector<Code> frequentInOrder(const std::vector<std::uint32_t>& counts, const Dictionary& names,
+                                  std::uint32_t least) {
+    struct Entry {
+        std::uint64_t firstBytes;
+        Code code;
+    };
+    std::vector<Entry> entries;
+    for (std::uint32_t code = 0; code < counts.size(); ++code)
+        if (counts[code] >= least)
+            entries.push_back({firstBytes(names.name(Code{code})), Code{code}});
+    std::sort(entries.begin(), entries.end(), [&names](const Entry& a, const Entry& b) {
+        return a.firstBytes != b.firstBytes ? a.firstBytes < b.firstBytes
+                                            : names.name(a.code) < names.name(b.code);
+    });
+    std::vector<Code> codes;
+    codes.reserve(entries.size());
+    for (const Entry& entry : entries)
+        codes.push_back(entry.code);
+    return codes;
+}
+
 /// Puts the names of the frequent items into the index, in their order. By code: the rank of an
 /// item, or NONE.
 std::vector<std::uint32_t> rankItems(const std::vector<std::uint32_t>& counts,
                                      const Dictionary& names, IndexParts index) {
     // A name that is in no row is no item.
-    const std::uint32_t least = std::max<std::uint32_t>(index.minCount, 1);
-    std::vector<Code> frequent;
-    for (std::uint32_t code = 0; code < counts.size(); ++code)
-        if (counts[code] >= least)
-            frequent.push_back(Code{code});
-    std::sort(frequent.begin(), frequent.end(),
-              [&names](Code a, Code b) { return names.name(a) < names.name(b); });
+    const std::vector<Code> frequent =
+        frequentInOrder(counts, names, std::max<std::uint32_t>(index.minCount, 1));
+    std::size_t bytes = 0;
+    for (const Code code : frequent)
+        bytes += names.name(code).size();
+    index.names.reserve(bytes);
+    index.nameBegin.reserve(frequent.size() + 1);
+    index.counts.reserve(frequent.size());
     std::vector<std::uint32_t> ranks(counts.size(), NONE);
     for (const Code code : frequent) {
         ranks[at(code)] = static_cast<std::uint32_t>(index.counts.size());
@@ -94,38 +129,15 @@ std::vector<std::uint64_t>& timesOf(IndexParts& index, std::uint64_t) {
     return index.times64;
 }
 
-/// Adds the transactions of one history, given by its sorted keys.
+/// Sorts the rows of each history in their place, and keeps each frequent item of a transaction
+/// once, as its rank. What is left of a history stands first in it; the number of these rows, by
+/// history. The index gets the numbers of transactions.
 template <class Time>
-void addHistory(const std::vector<Key<Time>>& keys, IndexParts index) {
-    for (auto key = keys.begin(); key != keys.end();) {
-        const Time time = timeOf(*key);
-        ++index.transactionCount;
-        const std::size_t begin = index.items.size();
-        for (; key != keys.end() && timeOf(*key) == time; ++key) {
-            const std::uint32_t rank = rankOf(*key);
-            if (rank != NONE && (index.items.size() == begin || at(index.items.back()) != rank))
-                index.items.push_back(Rank{rank});
-        }
-        if (index.items.size() == begin)
-            continue;
-        timesOf(index, time).push_back(time);
-        index.itemBegin.push_back(static_cast<std::uint32_t>(index.items.size()));
-    }
-    index.historyBegin.push_back(static_cast<std::uint32_t>(index.itemBegin.size() - 1));
-}
-
-}  // namespace
-
-template <class Time>
-HistoryIndex assembleIndex(const RowsByHistory<Time>& rows, const Dictionary& names,
-                           std::uint32_t minCount) {
-    HistoryIndex made;
-    IndexParts index(made);
-    index.timeWidth = TimeWidth{sizeof(Time)};
-    index.minCount = minCount;
-    const std::vector<std::uint32_t> ranks =
-        rankItems(countHistories(rows, names.size()), names, index);
+std::vector<std::uint32_t> sortRows(RowsByHistory<Time>& rows,
+                                    const std::vector<std::uint32_t>& ranks, IndexParts index) {
+    std::vector<std::uint32_t> kept(rows.historyCount());
     index.historyBegin.reserve(rows.historyCount() + 1);
+    std::uint32_t transactions = 0;
     std::vector<Key<Time>> keys;
     for (std::size_t history = 0; history < rows.historyCount(); ++history) {
         keys.clear();
@@ -135,14 +147,66 @@ HistoryIndex assembleIndex(const RowsByHistory<Time>& rows, const Dictionary& na
             keys.push_back(makeKey(rows.time(row), item == NO_ITEM ? NONE : ranks[at(item)]));
         }
         sortKeys(keys);
-        addHistory<Time>(keys, index);
+        std::size_t row = rows.begin(history);
+        for (auto key = keys.begin(); key != keys.end();) {
+            const Time time = timeOf(*key);
+            const std::size_t begin = row;
+            std::uint32_t last = NONE;
+            for (; key != keys.end() && timeOf(*key) == time; ++key)
+                if (rankOf(*key) != last) {
+                    last = rankOf(*key);
+                    if (last != NONE)
+                        rows.replace(row++, time, Code{last});
+                }
+            ++index.transactionCount;
+            transactions += row != begin ? 1 : 0;
+        }
+        kept[history] = static_cast<std::uint32_t>(row - rows.begin(history));
+        index.historyBegin.push_back(transactions);
     }
+    return kept;
+}
+
+/// Fills the arrays of the transactions, with no room to spare.
+template <class Time>
+void fillTransactions(const RowsByHistory<Time>& rows, const std::vector<std::uint32_t>& kept,
+                      IndexParts index) {
+    std::vector<Time>& times = timesOf(index, Time());
+    times.reserve(index.historyBegin.back());
+    index.itemBegin.reserve(index.historyBegin.back() + std::size_t{1});
+    index.items.reserve(std::accumulate(kept.begin(), kept.end(), std::size_t{0}));
+    for (std::size_t history = 0; history < rows.historyCount(); ++history)
+        for (std::size_t row = rows.begin(history); row < rows.begin(history) + kept[history];
+             ++row) {
+            if (row == rows.begin(history) || rows.time(row) != times.back()) {
+                if (!index.items.empty())
+                    index.itemBegin.push_back(static_cast<std::uint32_t>(index.items.size()));
+                times.push_back(rows.time(row));
+            }
+            index.items.push_back(Rank{static_cast<std::uint32_t>(at(rows.item(row)))});
+        }
+    if (!index.items.empty())
+        index.itemBegin.push_back(static_cast<std::uint32_t>(index.items.size()));
+    assert(index.itemBegin.size() == times.size() + 1);
+}
+
+}  // namespace
+
+template <class Time>
+HistoryIndex assembleIndex(RowsByHistory<Time> rows, const Dictionary& names,
+                           std::uint32_t minCount) {
+    HistoryIndex made;
+    IndexParts index(made);
+    index.timeWidth = TimeWidth{sizeof(Time)};
+    index.minCount = minCount;
+    const std::vector<std::uint32_t> ranks =
+        rankItems(countHistories(rows, names.size()), names, index);
+    const std::vector<std::uint32_t> kept = sortRows(rows, ranks, index);
+    fillTransactions(rows, kept, index);
     return made;
 }
 
-template HistoryIndex assembleIndex(const RowsByHistory<std::uint32_t>&, const Dictionary&,
-                                    std::uint32_t);
-template HistoryIndex assembleIndex(const RowsByHistory<std::uint64_t>&, const Dictionary&,
-                                    std::uint32_t);
+template HistoryIndex assembleIndex(RowsByHistory<std::uint32_t>, const Dictionary&, std::uint32_t);
+template HistoryIndex assembleIndex(RowsByHistory<std::uint64_t>, const Dictionary&, std::uint32_t);
 
 }  // namespace quarvis::mining

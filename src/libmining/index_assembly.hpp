@@ -43,6 +43,12 @@ class RowsByHistory {
         m_items[place] = item;
     }
 
+    /// Puts another row in the place of one.
+    void replace(std::size_t row, Time time, Code item) {
+        m_times[row] = time;
+        m_items[row] = item;
+    }
+
     std::size_t historyCount() const { return m_begin.size() - 1; }
     std::size_t begin(std::size_t history) const { return m_begin[history]; }
     std::size_t end(std::size_t history) const { return m_begin[history + 1]; }
@@ -64,12 +70,12 @@ class RowsByHistory {
 /// The index of the rows: keeps the items of `names` that are in `minCount` histories or more,
 /// ranks them by name, and sorts each history by time and rank, without repetitions.
 template <class Time>
-HistoryIndex assembleIndex(const RowsByHistory<Time>& rows, const Dictionary& names,
+HistoryIndex assembleIndex(RowsByHistory<Time> rows, const Dictionary& names,
                            std::uint32_t minCount);
 
-extern template HistoryIndex assembleIndex(const RowsByHistory<std::uint32_t>&, const Dictionary&,
+extern template HistoryIndex assembleIndex(RowsByHistory<std::uint32_t>, const Dictionary&,
                                            std::uint32_t);
-extern template HistoryIndex assembleIndex(const RowsByHistory<std::uint64_t>&, const Dictionary&,
+extern template HistoryIndex assembleIndex(RowsByHistory<std::uint64_t>, const Dictionary&,
                                            std::uint32_t);
 
 }  // namespace quarvis::mining

@@ -59,7 +59,7 @@ class BuilderRows {
         forEach(true, [&rows](std::size_t entity, std::uint64_t time, Code item) {
             rows.put(entity, static_cast<Time>(time), item);
         });
-        return assembleIndex(rows, m_builder.m_items, minCount);
+        return assembleIndex(std::move(rows), m_builder.m_items, minCount);
     }
 
   private:
@@ -136,7 +136,7 @@ HistoryIndex indexOf(std::span<const std::uint32_t> entities, std::span<const Ti
     rows.makeRoom();
     for (std::size_t row = 0; row < entities.size(); ++row)
         rows.put(entities[row], times[row], Code{items[row]});
-    return assembleIndex(rows, names, minCount);
+    return assembleIndex(std::move(rows), names, minCount);
 }
 
 }  // namespace
