@@ -19,6 +19,11 @@ function(quarvis_library name)
     set_target_properties(${name}-objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
     target_compile_options(${name}-objects PRIVATE -fno-semantic-interposition)
 
+    # The shared library exports what the public headers declare, each between a pair of pragmas.
+    set_target_properties(${name}-objects PROPERTIES
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+
     # A minor version may change what programs were linked with.
     set_target_properties(${name}-shared PROPERTIES
         OUTPUT_NAME ${name}

@@ -5,6 +5,8 @@
 
 #include <moxtel/array.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::string {
 
 /// A class of characters: a set of byte values that does not change, ordered as `signed char`.
@@ -48,3 +50,5 @@ class Alphabet {
 };
 
 }  // namespace moxtel::string
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 
 #include <moxtel/memory.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::mem {
 
 /// A shared buffer of elements whose number is fixed when it is made; one word. Copies of the
@@ -214,3 +216,5 @@ class Array {
 };
 
 }  // namespace moxtel::mem
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include <moxtel/integer.hpp>
 #include <moxtel/pointer.hpp>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Numbers and strings as bytes over a device.
 namespace moxtel::io {
@@ -164,3 +166,5 @@ class BinaryWriter : public BinaryStream {
 };
 
 }  // namespace moxtel::io
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include <moxtel/option.hpp>
 #include <moxtel/set.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::cmdline {
 
 /// The options of a program, and the parser of its arguments. Options are registered once, before
@@ -151,3 +153,5 @@ class CmdLine {
 };
 
 }  // namespace moxtel::cmdline
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include <iosfwd>
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Devices: byte sources and sinks under one interface. The text and binary streams and the table
 /// parser read and write through them only.
@@ -126,3 +128,5 @@ class Device {
 };
 
 }  // namespace moxtel::io
+
+#pragma GCC visibility pop

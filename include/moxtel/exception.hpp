@@ -6,6 +6,8 @@
 
 #include <moxtel/printf.hpp>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// The exception family of the library, and `exceptf`, which builds a member of it from a printf
 /// format. Most exceptions are thrown by value; an operation that throws a pointer to a heap object
@@ -94,3 +96,5 @@ E exceptf(const char* fmt, ...) {
 }
 
 }  // namespace moxtel
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include <limits>
 #include <streambuf>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::io {
 
 /// What a stream buffer holds ready to be read: looked at and consumed without a virtual call, and
@@ -39,3 +41,5 @@ class GetArea : public std::streambuf {
 };
 
 }  // namespace moxtel::io
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include <string>
 #include <type_traits>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Hash codes of keys. They depend on the bytes of the key alone, so they are the same in every run
 /// on machines of one byte order.
@@ -58,3 +60,5 @@ struct DefaultHash<std::string, Bits> {
 };
 
 }  // namespace moxtel::util
+
+#pragma GCC visibility pop

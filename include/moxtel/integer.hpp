@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Byte orders, and integers moved between them.
 namespace moxtel {
@@ -49,3 +51,5 @@ unsigned long toHostEndian64(unsigned long value, Endianness from);
 /// @}
 
 }  // namespace moxtel
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include <moxtel/pointer.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::mem {
 
 /// A walk over elements of any container, one word in size. It stands on a current element while
@@ -68,3 +70,5 @@ class Iterator {
 };
 
 }  // namespace moxtel::mem
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 #include <type_traits>
 #include <utility>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::util {
 
 /// How values of type `T` have keys. As it stands here a value is its own key; specialise it for
@@ -49,3 +51,5 @@ struct KeyOperations<std::pair<const K, V>> {
 };
 
 }  // namespace moxtel::util
+
+#pragma GCC visibility pop

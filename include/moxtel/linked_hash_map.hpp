@@ -6,6 +6,8 @@
 #include <moxtel/linked_hash_set.hpp>
 #include <moxtel/map.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::util {
 
 /// A hash map that is walked in the order in which its keys were put in. It is a `LinkedHashSet` of
@@ -32,3 +34,5 @@ class LinkedHashMap : public Map<K, V> {
 };
 
 }  // namespace moxtel::util
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include <moxtel/hash.hpp>
 #include <moxtel/set_base.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::util {
 
 /// A hash set that is walked in the order in which its keys were put in; a key that is erased and
@@ -162,3 +164,5 @@ class LinkedHashSet : public Set<T, KeyOps> {
 };
 
 }  // namespace moxtel::util
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 
 #include <moxtel/iterator.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::util {
 
 /// A map from keys to values, each key once. It owns both. Its walks all have the same order, that
@@ -95,3 +97,5 @@ class Map {
 };
 
 }  // namespace moxtel::util
+
+#pragma GCC visibility pop

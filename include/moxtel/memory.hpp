@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <memory>
 
+#pragma GCC visibility push(default)
+
 /// Managed memory: a process-wide registry that maps an address to the allocator that frees it and
 /// the policy that decides when. `Pointer` and `Array` share ownership through it and are one word
 /// each; every copy, release and free is a lookup in an ordered map. Memory that the registry does
@@ -103,3 +105,5 @@ void doArrayDestruction(T* first, std::size_t count) {
 }
 
 }  // namespace moxtel::mem
+
+#pragma GCC visibility pop

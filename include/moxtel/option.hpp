@@ -5,6 +5,8 @@
 
 #include <moxtel/key_operations.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::cmdline {
 
 class CmdLine;
@@ -106,3 +108,5 @@ struct moxtel::util::KeyOperations<moxtel::cmdline::Option> {
     }
     /// @}
 };
+
+#pragma GCC visibility pop

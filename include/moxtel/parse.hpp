@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Values from text. No parser throws or reports an error: it gives a value and says how many
 /// characters it used, and a caller for whom the text has to be a value as a whole compares that
@@ -85,3 +87,5 @@ T parse(const std::string& s) {
 }
 
 }  // namespace moxtel::string
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include <moxtel/array.hpp>
 #include <moxtel/memory.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::mem {
 
 /// Shared ownership of one object through the registry of managed memory; one word. A pointer fresh
@@ -83,3 +85,5 @@ class Pointer {
 };
 
 }  // namespace moxtel::mem
+
+#pragma GCC visibility pop

@@ -3,6 +3,8 @@
 #include <cstdarg>
 #include <string>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::string {
 
 /// `fmt` formatted with `args` by the printf rules, up to the first NUL in the result; formatted
@@ -12,3 +14,5 @@ namespace moxtel::string {
 std::string vstrprintf(const std::string& fmt, std::va_list args);
 
 }  // namespace moxtel::string
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include <moxtel/alphabet.hpp>
 #include <moxtel/text.hpp>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Formats of delimited tables: how text splits into cells and rows, and how a cell is read and
 /// written. Cells are separated by a delimiter and rows by a line feed; a caller ends a row with
@@ -162,3 +164,5 @@ class EscapedDelimitedRowFormat : public CharDelimitedRowFormat {
 };
 
 }  // namespace moxtel::io
+
+#pragma GCC visibility pop

@@ -12,6 +12,8 @@
 #include <moxtel/row_format.hpp>
 #include <moxtel/text.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::io {
 
 /// Walks a delimited table row by row and cell by cell:
@@ -134,3 +136,5 @@ class DelimitedRowParser {
 };
 
 }  // namespace moxtel::io
+
+#pragma GCC visibility pop

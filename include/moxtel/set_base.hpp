@@ -8,6 +8,8 @@
 #include <moxtel/key_operations.hpp>
 #include <moxtel/pointer.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::util {
 
 /// A set of values that are told apart by their keys. It owns its values. A value that is reached
@@ -102,3 +104,5 @@ class Set {
 };
 
 }  // namespace moxtel::util
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include <moxtel/parse.hpp>
 #include <moxtel/printf.hpp>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Helpers for C strings and `std::string`. Indices count from 0, and `npos` is
 /// `std::string::npos`. Letter case is that of the C library's current locale.
@@ -52,3 +54,5 @@ bool startsWithAny(const char* subject, const char* const* keys, std::size_t cou
                    bool caseInsensitive);
 
 }  // namespace moxtel::string
+
+#pragma GCC visibility pop

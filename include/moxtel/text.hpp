@@ -13,6 +13,8 @@
 #include <moxtel/integer.hpp>
 #include <moxtel/pointer.hpp>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Characters over a device, with the line ends of the input translated to a single line feed and
 /// with rows and columns counted.
@@ -208,3 +210,5 @@ class TextWriter : public TextStream {
 };
 
 }  // namespace moxtel::io
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include <quarvis/item_set.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::rule {
 
 /// The transactions of one entity, in ascending time: at most one item set a time. A lookup takes
@@ -111,3 +113,5 @@ class TransactionSet {
 };
 
 }  // namespace quarvis::rule
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 
 #include <quarvis/item_set.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::rule {
 
 /// An implication from one item set, the antecedent, to another, the subsequent. Nothing ties the
@@ -66,3 +68,5 @@ struct RuleOrder {
 
 /// As `writeInto`. \relates quarvis::rule::Rule
 std::ostream& operator<<(std::ostream& os, const quarvis::rule::Rule& rule);
+
+#pragma GCC visibility pop

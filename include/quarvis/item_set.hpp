@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::rule {
 
 /// The name of an item: any bytes, the empty string included.
@@ -88,3 +90,5 @@ class ItemSet {
 
 /// As `writeInto`. \relates quarvis::rule::ItemSet
 std::ostream& operator<<(std::ostream& os, const quarvis::rule::ItemSet& items);
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include <quarvis/item_set.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::rule {
 
 /// Item sets and their counts (numbers of histories that contain them), in item-set order. A
@@ -80,3 +82,5 @@ class ItemSetHistogram {
 };
 
 }  // namespace quarvis::rule
+
+#pragma GCC visibility pop

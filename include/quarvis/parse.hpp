@@ -7,6 +7,8 @@
 #include <quarvis/implication.hpp>
 #include <quarvis/item_set.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace moxtel::string {
 
 /// Reads "{a,b}" or "a,b": items separated by commas, each trimmed; one in double quotes may hold
@@ -26,3 +28,5 @@ template <>
 quarvis::rule::Rule parse<quarvis::rule::Rule>(const std::string& str);
 
 }  // namespace moxtel::string
+
+#pragma GCC visibility pop

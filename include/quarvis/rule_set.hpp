@@ -8,6 +8,8 @@
 
 #include <quarvis/implication.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::rule {
 
 /// Rules and their statistics, in `RuleOrder`. A lookup takes a number of comparisons of rules
@@ -123,3 +125,5 @@ class RuleSet {
 };
 
 }  // namespace quarvis::rule
+
+#pragma GCC visibility pop

@@ -11,6 +11,8 @@
 
 #include <quarvis/history.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::rule {
 
 /// Reads the rows of a transaction file one by one. Every rule of reading such files is here.
@@ -63,3 +65,5 @@ class TransactionFile {
 };
 
 }  // namespace quarvis::rule
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include <quarvis/mining/ids.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// Numbers names from 0 on in the order in which they are first met, and owns them.
@@ -46,3 +48,5 @@ class Dictionary {
 };
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 
 #include <quarvis/mining/ids.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// How many bits a point in time has. The wide form costs four bytes more for each transaction.
@@ -112,3 +114,5 @@ class HistoryIndex {
 };
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <limits>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// The numbers that the engine works with. Each kind is a type of its own, so that one cannot be
 /// passed for another; `at` gives the place in an array that an id stands for.
@@ -30,3 +32,5 @@ constexpr std::size_t at(Id id) {
 }
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

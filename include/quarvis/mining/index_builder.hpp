@@ -9,6 +9,8 @@
 #include <quarvis/mining/dictionary.hpp>
 #include <quarvis/mining/history_index.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// Collects rows of entity, time and items, in any order, and makes the history index of them.
@@ -90,3 +92,5 @@ HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           const Dictionary& names, std::uint32_t minCount);
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

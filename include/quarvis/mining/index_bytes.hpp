@@ -6,6 +6,8 @@
 
 #include <quarvis/mining/history_index.hpp>
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// An index as bytes, so that it can be kept and its shards can be counted in other processes.
 ///
@@ -32,3 +34,5 @@ std::string indexToBytes(const HistoryIndex& index);
 HistoryIndex indexFromBytes(std::span<const char> bytes);
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

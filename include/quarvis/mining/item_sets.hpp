@@ -8,6 +8,8 @@
 
 #include <quarvis/mining/ids.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// The frequent item sets of one size in lexicographic order of their ranks: each as the set of the
@@ -91,3 +93,5 @@ class ItemSetCursor {
 };
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

@@ -1,5 +1,7 @@
 #pragma once
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Measures of interestingness of a rule A => S, from the supports of A, S and their union. Pure
 /// functions that never fail; what no guard is named for follows IEEE 754 division, to infinity or
@@ -29,3 +31,5 @@ double probability(double xuy, double y);
 double certainty(double xuy, double y);
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

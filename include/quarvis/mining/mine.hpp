@@ -6,6 +6,8 @@
 #include <quarvis/mining/options.hpp>
 #include <quarvis/mining/rules.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// What a run finds, as ranks of its index.
@@ -30,3 +32,5 @@ Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOpt
 Result mine(const HistoryIndex& index, const MiningOptions& options, Observer& observer);
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

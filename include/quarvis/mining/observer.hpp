@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <stdexcept>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// What a run tells while it works, and the way to end it early. Every operation does nothing here;
@@ -43,3 +45,5 @@ class Cancelled : public std::runtime_error {
 };
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include <quarvis/mining/history_index.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// Why a history that holds all items of a rule "A => S" does not count for it: the first test that
@@ -74,3 +76,5 @@ Occurrences findOccurrences(const HistoryIndex& index, std::span<const Rank> ant
                             std::span<const Rank> subsequent, std::uint64_t window);
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <limits>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// Which rules are proposed from a frequent item set.
@@ -46,3 +48,5 @@ struct MiningOptions {
 };
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include <quarvis/mining/ids.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// A rule "A => S" with its counts and measures. Counts are numbers of histories; n(X) is the
@@ -29,6 +31,8 @@ struct Rule {
     double probability;
     double certainty;
 };
+
+class [[gnu::visibility("hidden")]] RuleSelection;  // not for users, so not exported
 
 /// The rules of a run in the order of the rules file: by antecedent, then by subsequent; sides
 /// compare lexicographically by rank, where a side comes before those that it begins with.
@@ -63,3 +67,5 @@ class Rules {
 };
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include <quarvis/mining/mine.hpp>
 
+#pragma GCC visibility push(default)
+
 namespace quarvis::mining {
 
 /// What `mine` finds in an index, from shards of it: slices that together have each of its
@@ -18,3 +20,5 @@ Result mineShards(std::span<const HistoryIndex> shards, const MiningOptions& opt
                   Observer& observer);
 
 }  // namespace quarvis::mining
+
+#pragma GCC visibility pop
