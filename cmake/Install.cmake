@@ -21,15 +21,15 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/quarvis-config-version.cm
 install(FILES cmake/quarvis-config.cmake ${PROJECT_BINARY_DIR}/quarvis-config-version.cmake
         DESTINATION ${package_dir})
 
-# quarvis_pkgconfig(<name> <description> <required packages>)
-function(quarvis_pkgconfig name description requires)
+# quarvis_pkgconfig(<name> <description> <required packages> <options for static libraries>)
+function(quarvis_pkgconfig name description requires libs_private)
     set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
     file(RELATIVE_PATH prefix_from_pkgconfig /${pkgconfig_dir} /)
     configure_file(cmake/library.pc.in ${name}.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${pkgconfig_dir})
 endfunction()
 
-quarvis_pkgconfig(moxtel "Containers, managed memory, strings, streams and tables" "")
+quarvis_pkgconfig(moxtel "Containers, managed memory, strings, streams and tables" "" "")
 quarvis_pkgconfig(quarvis "Item sets, transaction histories and association rules"
-                  "moxtel = ${PROJECT_VERSION}")
-quarvis_pkgconfig(quarvis-mining "Mining of item sets and association rules" "")
+                  "moxtel = ${PROJECT_VERSION}" "")
+quarvis_pkgconfig(quarvis-mining "Mining of item sets and association rules" "" -pthread)
