@@ -55,8 +55,10 @@ class TransactionReader {
 /// A transaction file that is opened for reading. One that cannot be opened reads as empty.
 class TransactionFile {
   public:
+    /// Opens the file `path`.
     explicit TransactionFile(const std::string& path);
 
+    /// What the file holds. Valid as long as the file.
     std::istream& stream() { return m_stream; }
 
   private:

@@ -29,7 +29,7 @@ class HistoryIndex {
   public:
     /// A point in time at which an entity had frequent items.
     struct Transaction {
-        std::uint64_t time;
+        std::uint64_t time;           ///< In the unit of the rows.
         std::span<const Rank> items;  ///< Ascending, at least one.
     };
 
@@ -48,6 +48,7 @@ class HistoryIndex {
     /// The least number of histories of the items that were kept.
     std::uint32_t minCount() const { return m_minCount; }
 
+    /// The width of the stored times; `time` widens them to 64 bits.
     TimeWidth timeWidth() const { return m_timeWidth; }
 
     /// The name of an item. Valid as long as the index.
@@ -78,6 +79,8 @@ class HistoryIndex {
     /// A transaction by its place among those of all histories.
     Transaction transaction(std::size_t place) const { return {time(place), items(place)}; }
 
+    /// @{
+    /// A member of a transaction, by the transaction's place.
     std::uint64_t time(std::size_t place) const {
         assert(place + 1 < m_itemBegin.size());
         return m_timeWidth == TimeWidth::BITS_32 ? m_times32[place] : m_times64[place];
@@ -86,6 +89,7 @@ class HistoryIndex {
         assert(place + 1 < m_itemBegin.size());
         return {m_items.data() + m_itemBegin[place], m_itemBegin[place + 1] - m_itemBegin[place]};
     }
+    /// @}
 
     /// The items of all transactions together.
     std::size_t occurrenceCount() const { return m_items.size(); }

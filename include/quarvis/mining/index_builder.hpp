@@ -20,6 +20,7 @@ namespace quarvis::mining {
 /// set.
 class IndexBuilder {
   public:
+    /// Without rows. The times of rows must fit in `timeWidth`.
     explicit IndexBuilder(TimeWidth timeWidth = TimeWidth::BITS_32);
 
     /// Begins a row: the transaction of the entity at this time, without items so far. Throws

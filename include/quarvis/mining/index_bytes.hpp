@@ -27,6 +27,7 @@ class IndexFormatError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The bytes of an index in the format above. Equal indexes give equal bytes on any machine.
 std::string indexToBytes(const HistoryIndex& index);
 
 /// The index that the bytes stand for. Throws `IndexFormatError` for anything that `indexToBytes`

@@ -16,12 +16,13 @@ namespace quarvis::mining {
 /// size below that it extends, its prefix, and the item that it adds. 16 bytes a set.
 struct Level {
     std::vector<std::uint32_t> prefix;  ///< Places in the level below; 0 in the first level.
-    std::vector<Rank> last;
-    std::vector<std::uint32_t> count;  ///< Histories that hold the set.
+    std::vector<Rank> last;             ///< The item that each set adds.
+    std::vector<std::uint32_t> count;   ///< Histories that hold the set.
 
     /// Where in the level above the extensions of each set begin, and the end of the last ones.
     std::vector<std::uint32_t> extensions;
 
+    /// The number of sets.
     std::size_t size() const { return last.size(); }
 };
 
@@ -49,9 +50,11 @@ class ItemSets {
     /// Writes the ascending items of a set to `items`, which has room for `size` of them.
     void items(std::size_t size, std::size_t set, Rank* items) const;
 
+    /// The place of a set that is not there.
+    static constexpr std::size_t NOT_FOUND = static_cast<std::size_t>(-1);
+
     /// A set that is given by its ascending items: its place in its level, or NOT_FOUND. A binary
     /// search among the extensions of each prefix.
-    static constexpr std::size_t NOT_FOUND = static_cast<std::size_t>(-1);
     std::size_t find(std::span<const Rank> items) const;
 
     /// Adds the level of the next size; its prefixes ascend.

@@ -25,8 +25,8 @@ enum class Miss : std::uint8_t {
 
 /// How a history that holds all items of a rule counts for it.
 struct Occurrence {
-    HistoryId history;
-    bool counts;
+    HistoryId history;  ///< In the index that was searched.
+    bool counts;        ///< Whether it counts for the rule.
 
     /// @{
     /// Of a history that counts: the time of the first transaction that the rule counts in, and of
@@ -41,6 +41,7 @@ struct Occurrence {
 /// The histories that hold all items of a rule, in the order of the index.
 class Occurrences {
   public:
+    /// The number of histories.
     std::size_t size() const { return m_histories.size(); }
 
     /// An occurrence by its place. Valid as long as the occurrences are.

@@ -17,12 +17,16 @@ enum class Splits {
     ALL,
 };
 
-/// The least values that a rule must have; all bounds are inclusive, and a NaN passes none.
+/// The values that a rule must have at least, and at most for the conviction; all bounds are
+/// inclusive, and a NaN passes none.
 struct Thresholds {
+    /// @{
+    /// Of the measure of that name (see `measures.hpp`).
     double minSupport = 0;
     double minConfidence = 0;
     double minLift = 0;
     double maxConviction = std::numeric_limits<double>::infinity();
+    /// @}
 };
 
 /// The settings of a run.
@@ -39,8 +43,8 @@ struct MiningOptions {
     /// index, and how long the subsequent must not have occurred. 0 is the whole past.
     std::uint64_t window = 0;
 
-    Splits splits = Splits::RUNS;
-    Thresholds thresholds;
+    Splits splits = Splits::RUNS;  ///< The rules that are proposed.
+    Thresholds thresholds;         ///< What a rule must have besides the least count.
 
     /// Threads that work on the run, the calling one among them; at least 1. The result does not
     /// depend on it.

@@ -25,11 +25,15 @@ struct Rule {
     std::uint32_t subsequentCount;  ///< n(S).
 
     double support;  ///< `count` / N.
+
+    /// @{
+    /// The measure of that name.
     double confidence;
     double lift;
     double conviction;
     double probability;
     double certainty;
+    /// @}
 };
 
 class [[gnu::visibility("hidden")]] RuleSelection;  // not for users, so not exported
@@ -38,8 +42,11 @@ class [[gnu::visibility("hidden")]] RuleSelection;  // not for users, so not exp
 /// compare lexicographically by rank, where a side comes before those that it begins with.
 class Rules {
   public:
+    /// @{
+    /// The number of rules, and whether there is none.
     std::size_t size() const { return m_rules.size(); }
     bool empty() const { return m_rules.empty(); }
+    /// @}
 
     /// A rule by its place. Its sides are valid as long as the rules are.
     Rule operator[](std::size_t place) const {
