@@ -3,17 +3,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <sstream>
+#include <ostream>
 #include <string>
 #include <vector>
 
-#include <quarvis/rule.hpp>
-
+#include "engine/bare_pairs.hpp"
+#include "engine/phases.hpp"
 #include "support/check.hpp"
-#include "support/phases.hpp"
 #include "support/program.hpp"
 #include "support/quest.hpp"
 #include "support/table.hpp"
+#include "support/temp_file.hpp"
 
 namespace {
 
@@ -22,7 +22,7 @@ using bench::PhaseTimes;
 using bench::QuestShape;
 using bench::QuestTable;
 using bench::Table;
-using quarvis::rule::TransactionSet;
+using bench::TempFile;
 
 constexpr std::uint64_t SEED = 19940912;
 
@@ -33,27 +33,23 @@ struct Point {
     std::size_t rules;
 };
 
-TransactionSet histories(const QuestTable& table, std::size_t number) {
-    std::istringstream in{std::string(table.file(number))};
-    TransactionSet txns;
-    txns.readInto(in, '\t');
-    bench::checkCount("histories", txns.size(), number);
-    return txns;
+TempFile fileOf(const QuestTable& table, std::size_t histories) {
+    return TempFile([&](std::ostream& os) { os << table.file(histories); });
 }
 
 /// The same histories so many times over, each time of other entities.
-TransactionSet copiesOf(const QuestTable& table, std::size_t number, std::size_t copies) {
-    TransactionSet txns;
-    std::string text(table.file(number));
-    for (std::size_t copy = 0; copy < copies; ++copy) {
-        for (std::size_t end = text.find('\n'); end + 1 < text.size();
-             end = text.find('\n', end + 1))
-            text[end + 1] = static_cast<char>('0' + copy);
-        std::istringstream in(text);
-        txns.readInto(in, '\t');
-    }
-    bench::checkCount("histories", txns.size(), number * copies);
-    return txns;
+TempFile copiesOf(const QuestTable& table, std::size_t histories, std::size_t copies) {
+    return TempFile([&](std::ostream& os) {
+        std::string text(table.file(histories));
+        const std::size_t header = text.find('\n') + 1;
+        os << text.substr(0, header);
+        text.erase(0, header);
+        for (std::size_t copy = 0; copy < copies; ++copy) {
+            for (std::size_t row = 0; row < text.size(); row = text.find('\n', row) + 1)
+                text[row] = static_cast<char>('0' + copy);
+            os << text;
+        }
+    });
 }
 
 Configuration atCount(std::size_t minCount) {
@@ -62,37 +58,39 @@ Configuration atCount(std::size_t minCount) {
     return config;
 }
 
-/// A table of measurements along one quantity, with the microseconds for each history (all but the
-/// assembly, which depends on what is found alone) and by how much the time grew since the last
-/// row.
+/// A table of measurements along one quantity, with the microseconds for each history (without the
+/// writing, which depends on what is found alone) and by how much the time grew since the last row.
 class Curve {
   public:
     Curve(const std::string& quantity, std::size_t runs)
         : m_table("Growth with " + quantity + ": processor time, ms, medians of " +
                       std::to_string(runs) + " runs",
-                  {quantity, "histories", "-c", "items", "item sets", "rules", "index", "search",
-                   "counting", "assembly", "total", "least..greatest", "us/history", "growth"}),
+                  {quantity, "histories", "-c", "items", "item sets", "rules", "reading", "index",
+                   "item sets, ms", "rules, ms", "writing", "total", "least..greatest",
+                   "us/history", "growth"}),
           m_runs(runs) {}
 
-    void measure(const std::string& label, const TransactionSet& txns, std::size_t minCount,
-                 const Point& expected) {
+    void measure(const std::string& label, const TempFile& file, std::size_t histories,
+                 std::size_t minCount, const Point& expected) {
         using bench::grouped;
         using bench::milliseconds;
-        const PhaseTimes times = bench::repeatedPhases(m_runs, atCount(minCount), txns);
+        const PhaseTimes times = bench::repeatedPhases(m_runs, atCount(minCount), file.path());
         const bench::Phases& found = times.last;
-        bench::checkCount("item sets at " + label, found.itemSets, expected.itemSets);
+        bench::checkCount("histories at " + label, found.histories, histories);
+        bench::checkCount("item sets at " + label, found.setCount, expected.itemSets);
         bench::checkCount("rules at " + label, found.ruleCount, expected.rules);
         const double total = times.total.cpu.median();
-        m_table.row(
-            {label, grouped(txns.size()), grouped(minCount), grouped(found.items),
-             grouped(found.itemSets), grouped(found.ruleCount), milliseconds(times.index.median()),
-             milliseconds(times.search()), milliseconds(times.counting.median()),
-             milliseconds(times.assembly.median()), milliseconds(total),
-             bench::millisecondRange(times.total.cpu),
-             bench::fixed(
-                 (total - times.assembly.median()) / static_cast<double>(txns.size()) * 1e6, 2),
-             m_last == 0 ? "" : bench::fixed(total / m_last, 2)});
-        m_last = total;
+        const double writing = times.writing.median();
+        m_table.row({label, grouped(histories), grouped(minCount), grouped(found.items),
+                     grouped(found.setCount), grouped(found.ruleCount),
+                     milliseconds(times.reading.median()), milliseconds(times.index.median()),
+                     milliseconds(times.itemSets.median()),
+                     milliseconds(times.counting.median() + times.selection.median()),
+                     milliseconds(writing), milliseconds(total),
+                     bench::millisecondRange(times.total.cpu),
+                     bench::fixed((total - writing) / static_cast<double>(histories) * 1e6, 2),
+                     m_last == 0 ? "" : bench::fixed((total - writing) / m_last, 2)});
+        m_last = total - writing;
     }
 
   private:
@@ -113,7 +111,7 @@ void growHistories(const QuestTable& table, std::size_t runs) {
                                                  {32, 93'691, 134},
                                                  {64, 92'861, 128}}) {
         const std::size_t number = BASE * point.at;
-        curve.measure(std::to_string(point.at) + 'x', histories(table, number), number / 800,
+        curve.measure(std::to_string(point.at) + 'x', fileOf(table, number), number, number / 800,
                       point);
     }
 }
@@ -123,8 +121,8 @@ void growCopies(const QuestTable& table, std::size_t runs) {
     Curve curve("copies of the histories", runs);
     constexpr std::size_t number = 2 * BASE;
     for (std::size_t copies = 1; copies <= 64; copies *= 2)
-        curve.measure(std::to_string(copies) + 'x', copiesOf(table, number, copies), 40 * copies,
-                      {copies, 14'909, 0});
+        curve.measure(std::to_string(copies) + 'x', copiesOf(table, number, copies),
+                      number * copies, 40 * copies, {copies, 14'909, 0});
 }
 
 void growItems(std::size_t runs) {
@@ -140,13 +138,15 @@ void growItems(std::size_t runs) {
         shape.items = point.at;
         shape.patterns = 2 * point.at;
         const QuestTable table(shape, number, SEED);
-        curve.measure(std::to_string(point.at), histories(table, number), number / 1000, point);
+        curve.measure(std::to_string(point.at), fileOf(table, number), number, number / 1000,
+                      point);
     }
 }
 
 void lowerCount(const QuestTable& table, std::size_t runs) {
     Curve curve("least count", runs);
-    const TransactionSet txns = histories(table, 4 * BASE);
+    constexpr std::size_t number = 4 * BASE;
+    const TempFile file = fileOf(table, number);
     for (const Point& point : std::vector<Point>{{640, 69, 0},
                                                  {320, 842, 0},
                                                  {160, 2'864, 0},
@@ -154,17 +154,19 @@ void lowerCount(const QuestTable& table, std::size_t runs) {
                                                  {40, 38'027, 0},
                                                  {20, 103'548, 450},
                                                  {10, 440'898, 23'303}})
-        curve.measure(std::to_string(point.at), txns, point.at, point);
+        curve.measure(std::to_string(point.at), file, number, point.at, point);
 }
 
 void checkAgainstPlain(const QuestTable& table) {
-    const TransactionSet txns = histories(table, BASE / 20);
+    const TempFile file = fileOf(table, BASE / 20);
     const Configuration config = atCount(8);
-    bench::check(bench::minedPlainly(config, txns).digest == bench::mined(config, txns).digest,
+    bench::check(bench::minedPlainly(config, file.path()).digest ==
+                     bench::minedByModel(config, file.path()).digest,
                  "not what the plain miner finds in a generated table");
 }
 
 void run(const Arguments& arguments) {
+    bench::printKernels();
     const QuestTable table(QuestShape(), 64 * BASE, SEED);
     checkAgainstPlain(table);
     growHistories(table, arguments.runs);

@@ -1,299 +1,267 @@
-/// The mining of the histories in a folder of the user's: time of each phase, cost of an item set,
-/// memory, and the ratio to the plain miner.
+/// The mining of the histories in a folder of the user's and of generated tables: time of each
+/// phase, cost of an item set, memory, gain by a second thread, and the ratio to the plain miner.
 
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
-#include <set>
+#include <ostream>
 #include <string>
 #include <vector>
 
-#include <quarvis/rule.hpp>
+#include <quarvis/mining/history_index.hpp>
 
-#include "bit_kernels.hpp"
-#include "history_index.hpp"
+#include "engine/bare_pairs.hpp"
+#include "engine/input.hpp"
+#include "engine/mining_cases.hpp"
+#include "engine/mining_memory.hpp"
+#include "engine/phases.hpp"
+#include "engine/thread_times.hpp"
 #include "support/check.hpp"
-#include "support/child.hpp"
-#include "support/phases.hpp"
 #include "support/program.hpp"
 #include "support/table.hpp"
 
 namespace {
 
 using bench::Arguments;
+using bench::MiningCase;
+using bench::MiningMemory;
 using bench::PhaseTimes;
 using bench::Samples;
 using bench::Table;
-using quarvis::rule::HistoryIndex;
-using quarvis::rule::Item;
-using quarvis::rule::ItemSet;
-using quarvis::rule::Rank;
-using quarvis::rule::TransactionSet;
+using bench::ThreadTimes;
+using quarvis::mining::at;
+using quarvis::mining::HistoryIndex;
+using quarvis::mining::Rank;
 
-/// A run and what it finds. Days and seconds are the units of the files.
-struct Case {
-    std::string file;
-    std::uint32_t minCount;
-    std::uint32_t windowSize;
-    std::uint32_t maxOrder;
-    std::size_t itemSets;
-    std::size_t rules;
-
-    Configuration config() const {
-        Configuration config;
-        config.minCount = minCount;
-        config.windowSize = windowSize;
-        config.maxOrder = maxOrder;
-        return config;
-    }
-
-    std::string name() const {
-        const auto option = [](const char* key, std::uint32_t value) {
-            return value == 0 ? std::string() : key + std::to_string(value);
-        };
-        return std::filesystem::path(file).stem().string() + option(" -c ", minCount) +
-               option(" -w ", windowSize) + option(" -o ", maxOrder);
-    }
-};
-
-constexpr std::uint32_t MONTH = 30;
-constexpr std::uint32_t MONTH_IN_SECONDS = MONTH * 24 * 60 * 60;
-
-const std::vector<Case>& knownCases() {
-    static const std::vector<Case> CASES = {
-        {"online_retail.tsv", 100, 0, 0, 37'086, 14},
-        {"online_retail.tsv", 100, MONTH_IN_SECONDS, 0, 37'086, 0},
-        {"online_retail.tsv", 70, 0, 0, 239'333, 279},
-        {"online_retail.tsv", 70, MONTH_IN_SECONDS, 0, 239'333, 0},
-        {"online_retail_lines.tsv", 100, 0, 0, 37'086, 12},
-        {"online_retail_lines.tsv", 100, MONTH, 0, 37'086, 0},
-        {"completejourney_types.tsv", 100, 0, 0, 431, 39},
-        {"log_traffic_fines.tsv", 20, 0, 0, 783, 273},
-        {"synthea27.tsv", 14, 0, 2, 53'004, 559},
-        {"bag-customers.tsv", 12, 0, 0, 381'914, 1'660},
-        {"bag-customers.tsv", 12, 3 * MONTH_IN_SECONDS, 2, 9'591, 50},
-    };
-    return CASES;
-}
+constexpr auto GIVEN = MiningCase::Origin::GIVEN;
 
 /// A run of the plain miner, on so many of the most frequent items (0: on all). It compares the
 /// lists of histories of every pair of items, so it takes long with all items of a large file.
 struct PlainCase {
-    Case run;
+    MiningCase run;
     std::size_t items;
 };
 
 const std::vector<PlainCase>& plainCases() {
     static const std::vector<PlainCase> CASES = {
-        {{"online_retail.tsv", 100, 0, 0, 1'408, 1}, 23},
-        {{"log_traffic_fines.tsv", 20, 0, 0, 783, 273}, 0},
-        {{"bag-customers.tsv", 25, 0, 0, 1'398, 3}, 0},
+        {{GIVEN, "online_retail", 100, 0, 0, 1'408, 1}, 23},
+        {{GIVEN, "log_traffic_fines", 20, 0, 0, 783, 273}, 0},
+        {{GIVEN, "bag-customers", 25, 0, 0, 1'398, 3}, 0},
     };
     return CASES;
 }
 
-TransactionSet histories(const std::string& path) {
-    TransactionSet txns;
-    txns.readInto(path, '\t');
-    bench::check(txns.size() > 0, path + " has no histories");
-    return txns;
+/// By rank: whether the item is one of the `number` that are in the most histories; of equals those
+/// first in order.
+std::vector<bool> mostFrequent(const HistoryIndex& index, std::size_t number) {
+    std::vector<Rank> ranks;
+    for (std::uint32_t item = 0; item < index.itemCount(); ++item)
+        ranks.push_back(Rank{item});
+    std::stable_sort(ranks.begin(), ranks.end(),
+                     [&](Rank a, Rank b) { return index.count(a) > index.count(b); });
+    ranks.resize(std::min(number, ranks.size()));
+    std::vector<bool> kept(index.itemCount());
+    for (const Rank item : ranks)
+        kept[at(item)] = true;
+    return kept;
 }
 
-/// Keeps only the `number` items that are in the most histories; of equals those first in order.
-void keepMostFrequent(TransactionSet& txns, std::size_t number) {
-    std::set<Item> kept;
-    {
-        const HistoryIndex index(txns, 1);
-        std::vector<Rank> ranks(index.itemCount());
-        for (Rank item = 0; item < ranks.size(); ++item)
-            ranks[item] = item;
-        std::stable_sort(ranks.begin(), ranks.end(),
-                         [&](Rank a, Rank b) { return index.count(a) > index.count(b); });
-        ranks.resize(std::min(number, ranks.size()));
-        for (const Rank item : ranks)
-            kept.insert(index.name(item));
-    }
-    for (auto& [key, history] : txns)
-        for (auto& [time, items] : history) {
-            ItemSet rest;
-            for (const Item& item : items)
-                if (kept.contains(item))
-                    rest.add(item);
-            items = rest;
+/// Writes the file with only its `number` most frequent items; every transaction stays, so every
+/// history does.
+void writeCut(const std::string& path, std::size_t number, std::ostream& os) {
+    const HistoryIndex index = bench::indexOf(path, 1);
+    const std::vector<bool> kept = mostFrequent(index, number);
+    os << "entity\ttime\titems\n";
+    for (std::uint32_t history = 0; history < index.historyCount(); ++history) {
+        const quarvis::mining::HistoryId id{history};
+        for (std::size_t place = index.firstTransaction(id); place < index.endTransaction(id);
+             ++place) {
+            os << 'e' << history << '\t' << index.time(place);
+            for (const Rank item : index.items(place))
+                if (kept[at(item)])
+                    os << '\t' << index.name(item);
+            os << '\n';
         }
-}
-
-/// The least that a search by bitmaps can do: intersect the bitmaps of every two frequent items, as
-/// long as there are histories, and count the bits.
-struct BarePairs {
-    bench::Seconds time;
-    std::size_t frequent;
-};
-
-BarePairs intersectPairs(const TransactionSet& txns, std::uint32_t minCount) {
-    const HistoryIndex index(txns, minCount);
-    const std::size_t words = (index.historyCount() + 63) / 64;
-    std::vector<std::uint64_t> bits(index.itemCount() * words);
-    std::vector<const std::uint64_t*> bitmaps;
-    for (Rank item = 0; item < index.itemCount(); ++item) {
-        std::uint64_t* const bitmap = bits.data() + item * words;
-        for (const auto history : index.histories(item))
-            bitmap[history / 64] |= std::uint64_t{1} << (history % 64);
-        bitmaps.push_back(bitmap);
     }
-
-    BarePairs result{};
-    std::vector<std::uint32_t> counts(index.itemCount());
-    const bench::Stopwatch watch;
-    for (std::size_t item = 0; item + 1 < bitmaps.size(); ++item) {
-        const std::size_t others = bitmaps.size() - item - 1;
-        quarvis::rule::bitKernels().countCommonEach(bitmaps[item], &bitmaps[item + 1], others,
-                                                    words, counts.data());
-        result.frequent += static_cast<std::size_t>(
-            std::count_if(counts.begin(), counts.begin() + static_cast<std::ptrdiff_t>(others),
-                          [minCount](std::uint32_t count) { return count >= minCount; }));
-    }
-    result.time = watch.elapsed();
-    return result;
-}
-
-void checkCounts(const Case& run, const bench::Phases& found) {
-    bench::checkCount("item sets of " + run.name(), found.itemSets, run.itemSets);
-    bench::checkCount("rules of " + run.name(), found.ruleCount, run.rules);
 }
 
 struct CaseResult {
     std::string name;
     PhaseTimes times;
+    MiningMemory memory;
     Samples bare;
+    ThreadTimes threads;
 };
 
-CaseResult measured(const Case& run, const TransactionSet& txns, std::size_t runs, bool known) {
-    CaseResult result{run.name(), bench::repeatedPhases(runs, run.config(), txns), {}};
-    const bench::Phases& found = result.times.last;
-    if (known)
-        checkCounts(run, found);
+CaseResult measured(const MiningCase& run, const std::string& path, std::size_t runs) {
+    CaseResult result{run.name(),
+                      bench::repeatedPhases(runs, run.config(), path),
+                      bench::measuredMemory(run.config(), path),
+                      {},
+                      bench::comparedThreads(runs, run.config(), path)};
     for (std::size_t i = 0; i < runs; ++i) {
-        const BarePairs bare = bench::inChild([&] { return intersectPairs(txns, run.minCount); });
-        bench::checkCount("bare pairs of " + result.name, bare.frequent, found.pairCount);
+        const bench::BarePairs bare = bench::intersectPairs(path, run.minCount);
+        bench::checkCount("bare pairs of " + result.name, bare.frequent, result.times.last.pairs);
         result.bare.add(bare.time.cpu);
     }
     return result;
 }
 
-void printTimes(const std::vector<CaseResult>& results, std::size_t runs) {
-    using bench::milliseconds;
-    const Table table("Mining: processor time, ms, medians of " + std::to_string(runs) + " runs",
-                      {"case", "index", "pairs", "larger", "counting", "assembly", "total",
-                       "least..greatest", "wall"});
-    for (const auto& [name, times, bare] : results)
-        table.row({name, milliseconds(times.index.median()), milliseconds(times.pairs.median()),
-                   milliseconds(times.larger.median()), milliseconds(times.counting.median()),
-                   milliseconds(times.assembly.median()), milliseconds(times.total.cpu.median()),
-                   bench::millisecondRange(times.total.cpu),
-                   milliseconds(times.total.wall.median())});
+std::string ratio(double a, double b) {
+    return bench::fixed(a / b, 2);
+}
+
+std::string ratio(std::size_t a, std::size_t b) {
+    return ratio(static_cast<double>(a), static_cast<double>(b));
+}
+
+std::string median(const Samples& seconds) {
+    return bench::milliseconds(seconds.median());
 }
 
 std::string nanoseconds(double seconds, std::size_t operations, int digits) {
     return bench::fixed(seconds / static_cast<double>(operations) * 1e9, digits);
 }
 
+void printTimes(const std::vector<CaseResult>& results, std::size_t runs) {
+    const Table table("Mining: processor time, ms, medians of " + std::to_string(runs) + " runs",
+                      {"case", "reading", "index", "item sets", "counting", "selection", "writing",
+                       "total", "least..greatest", "wall"});
+    for (const CaseResult& result : results) {
+        const PhaseTimes& times = result.times;
+        table.row({result.name, median(times.reading), median(times.index), median(times.itemSets),
+                   median(times.counting), median(times.selection), median(times.writing),
+                   median(times.total.cpu), bench::millisecondRange(times.total.cpu),
+                   median(times.total.wall)});
+    }
+}
+
 void printCosts(const std::vector<CaseResult>& results) {
     using bench::grouped;
     const Table table(
-        "Mining: nanoseconds for each item set and history, and for each history "
-        "that an item set is in",
-        {"case", "histories", "items", "item sets", "rules", "search", "counting", "total",
-         "total, in it"});
-    for (const auto& [name, times, bare] : results) {
+        "Mining: nanoseconds for each thing that a phase goes through",
+        {"case", "histories", "items", "item sets", "rules", "reading, a byte", "item sets, a set",
+         "a set in a history", "rules, a set", "writing, a line"});
+    for (const CaseResult& result : results) {
+        const PhaseTimes& times = result.times;
         const bench::Phases& last = times.last;
-        const std::size_t all = last.itemSets * last.histories;
-        const double total = times.total.cpu.median();
-        table.row({name, grouped(last.histories), grouped(last.items), grouped(last.itemSets),
-                   grouped(last.ruleCount), nanoseconds(times.search(), all, 3),
-                   nanoseconds(times.counting.median(), all, 3), nanoseconds(total, all, 3),
-                   nanoseconds(total, last.memberships, 1)});
+        const double reading = times.reading.median() + times.index.median();
+        const double rules = times.counting.median() + times.selection.median();
+        table.row({result.name, grouped(last.histories), grouped(last.items),
+                   grouped(last.setCount), grouped(last.ruleCount),
+                   nanoseconds(reading, last.fileBytes, 1),
+                   nanoseconds(times.itemSets.median(), last.setCount, 0),
+                   nanoseconds(times.itemSets.median(), last.memberships, 2),
+                   nanoseconds(rules, last.setCount, 0),
+                   nanoseconds(times.writing.median(), last.setCount + last.ruleCount + 2, 0)});
     }
 }
 
 void printBare(const std::vector<CaseResult>& results) {
     using bench::grouped;
     const Table table("Mining beside bare intersections of bitmaps",
-                      {"case", "pairs", "frequent", "bare, ms", "ns a pair", "pairs/bare",
-                       "search/bare", "search, ns a set"});
-    for (const auto& [name, times, bare] : results) {
-        const bench::Phases& last = times.last;
+                      {"case", "pairs", "frequent", "bare, ms", "ns a pair", "item sets/bare",
+                       "(item sets + rules)/bare"});
+    for (const CaseResult& result : results) {
+        const bench::Phases& last = result.times.last;
         const std::size_t pairs = last.items * (last.items - 1) / 2;
-        table.row({name, grouped(pairs), grouped(last.pairCount),
-                   bench::milliseconds(bare.median()), nanoseconds(bare.median(), pairs, 1),
-                   bench::fixed(times.pairs.median() / bare.median(), 2),
-                   bench::fixed(times.search() / bare.median(), 2),
-                   nanoseconds(times.search(), last.itemSets, 0)});
+        const double bare = result.bare.median();
+        table.row({result.name, grouped(pairs), grouped(last.pairs), bench::milliseconds(bare),
+                   nanoseconds(bare, pairs, 1), ratio(result.times.itemSets.median(), bare),
+                   ratio(result.times.search.median(), bare)});
     }
 }
 
 void printMemory(const std::vector<CaseResult>& results) {
     using bench::megabytes;
-    const Table table("Mining: memory, MB", {"case", "index", "sets", "result", "search peak",
-                                             "/ index", "peak", "/ (index + result)"});
-    const auto ratio = [](std::size_t a, std::size_t b) {
-        return bench::fixed(static_cast<double>(a) / static_cast<double>(b), 2);
-    };
-    for (const auto& [name, times, bare] : results) {
-        const bench::Phases& last = times.last;
-        table.row({name, megabytes(last.indexBytes), megabytes(last.setBytes),
-                   megabytes(last.resultBytes), megabytes(last.searchPeak),
-                   ratio(last.searchPeak, last.indexBytes), megabytes(last.totalPeak),
-                   ratio(last.totalPeak, last.indexBytes + last.resultBytes)});
+    const Table table(
+        "Mining: memory, MB",
+        {"case", "index", "bytes/occurrence", "reading peak", "/ index", "item sets", "search peak",
+         "/ (index + item sets)", "rules", "counting peak", "/ (index + item sets + rules)"});
+    for (const CaseResult& result : results) {
+        const MiningMemory& memory = result.memory;
+        const std::size_t searched = memory.index + memory.itemSets;
+        const std::size_t counted = searched + memory.rules;
+        table.row({result.name, megabytes(memory.index), ratio(memory.index, memory.occurrences),
+                   megabytes(memory.readingPeak), ratio(memory.readingPeak, memory.index),
+                   megabytes(memory.itemSets), megabytes(memory.itemSetPeak),
+                   ratio(memory.itemSetPeak, searched), megabytes(memory.rules),
+                   megabytes(memory.rulePeak), ratio(memory.rulePeak, counted)});
     }
 }
 
-void printPlain(const std::string& folder, std::size_t runs) {
+void printThreads(const std::vector<CaseResult>& results, std::size_t runs) {
+    const Table table("Search by one thread and by two: wall clock, ms, medians of " +
+                          std::to_string(runs) + " runs",
+                      {"case", "item sets: 1", "2", "1/2", "rules: 1", "2", "1/2", "both: 1",
+                       "least..greatest", "2", "least..greatest", "1/2"});
+    for (const CaseResult& result : results) {
+        const auto& [one, two, setCount, ruleCount] = result.threads;
+        table.row({result.name, median(one.itemSets), median(two.itemSets),
+                   ratio(one.itemSets.median(), two.itemSets.median()), median(one.rules),
+                   median(two.rules), ratio(one.rules.median(), two.rules.median()),
+                   median(one.both), bench::millisecondRange(one.both), median(two.both),
+                   bench::millisecondRange(two.both), ratio(one.both.median(), two.both.median())});
+    }
+}
+
+void printPlain(bench::CaseFiles& files, std::size_t runs) {
     const Table table(
-        "Mining beside the plain miner: the same result, processor time",
-        {"case", "histories", "item sets", "rules", "plain, ms", "here, ms", "ratio"});
+        "Mining beside the plain miner: the same result, processor time without "
+        "reading and writing",
+        {"case", "histories", "item sets", "rules", "plain, ms", "here, ms", "plain/here"});
     for (const auto& [run, items] : plainCases()) {
-        const std::filesystem::path path = std::filesystem::path(folder) / run.file;
-        if (!std::filesystem::exists(path))
+        const std::string whole = files.path(run);
+        if (whole.empty())
             continue;
-        TransactionSet txns = histories(path);
-        if (items != 0)
-            keepMostFrequent(txns, items);
-        const PhaseTimes times = bench::repeatedPhases(runs, run.config(), txns);
-        const bench::WholeRun plain = bench::minedPlainly(run.config(), txns);
+        const bench::TempFile cut([&, number = items](std::ostream& os) {
+            if (number != 0)
+                writeCut(whole, number, os);
+        });
+        const std::string path = items == 0 ? whole : cut.path();
+        const PhaseTimes times = bench::repeatedPhases(runs, run.config(), path);
+        const bench::WholeRun plain = bench::minedPlainly(run.config(), path);
         bench::check(plain.digest == times.last.digest, "not what the plain miner finds");
-        checkCounts(run, times.last);
-        const double here = times.total.cpu.median();
+        run.check(times.last.setCount, times.last.ruleCount);
+        const double here = times.index.median() + times.search.median();
         table.row({run.name() + (items == 0 ? "" : ", " + std::to_string(items) + " items"),
-                   bench::grouped(txns.size()), bench::grouped(times.last.itemSets),
+                   bench::grouped(times.last.histories), bench::grouped(times.last.setCount),
                    bench::grouped(times.last.ruleCount), bench::milliseconds(plain.time.cpu),
                    bench::milliseconds(here), bench::fixed(plain.time.cpu / here, 0)});
     }
 }
 
-std::vector<CaseResult> measureKnown(const std::string& folder, std::size_t runs) {
+std::vector<CaseResult> measureAll(bench::CaseFiles& files, std::size_t runs) {
     std::vector<CaseResult> results;
-    for (const Case& known : knownCases()) {
-        const std::filesystem::path path = std::filesystem::path(folder) / known.file;
-        if (std::filesystem::exists(path))
-            results.push_back(measured(known, histories(path), runs, true));
+    for (const MiningCase& each : bench::miningCases()) {
+        const std::string path = files.path(each);
+        if (path.empty())
+            continue;
+        results.push_back(measured(each, path, runs));
+        const bench::Phases& found = results.back().times.last;
+        each.check(found.setCount, found.ruleCount);
     }
     return results;
 }
 
+CaseResult measureOwn(const Arguments& arguments) {
+    const MiningCase own{
+        GIVEN, arguments.file, arguments.minCount, arguments.windowSize, arguments.maxOrder, 0, 0};
+    return measured(own, arguments.file, arguments.runs);
+}
+
 void run(const Arguments& arguments) {
-    const bool known = arguments.file.empty();
-    const Case own{
-        arguments.file, arguments.minCount, arguments.windowSize, arguments.maxOrder, 0, 0};
+    bench::printKernels();
+    bench::CaseFiles files(arguments.data);
+    const bool own = !arguments.file.empty();
     const std::vector<CaseResult> results =
-        known ? measureKnown(arguments.data, arguments.runs)
-              : std::vector{measured(own, histories(own.file), arguments.runs, false)};
+        own ? std::vector{measureOwn(arguments)} : measureAll(files, arguments.runs);
     printTimes(results, arguments.runs);
     printCosts(results);
     printBare(results);
     printMemory(results);
-    if (known)
-        printPlain(arguments.data, arguments.runs);
+    printThreads(results, arguments.runs);
+    if (!own)
+        printPlain(files, arguments.runs);
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 
 #include <moxtel/cmdline.hpp>
 
-#include "bit_kernels.hpp"
 #include "environment.hpp"
 
 namespace bench {
@@ -74,7 +73,6 @@ int runProgram(int argc, char** argv, void (*body)(const Arguments&)) {
         return 1;
     }
     printEnvironment();
-    std::printf("kernels:   %s\n", quarvis::rule::bitKernels().name);
     try {
         body(arguments);
     } catch (const std::exception& failure) {

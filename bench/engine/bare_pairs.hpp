@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "support/stopwatch.hpp"
+
+namespace bench {
+
+/// The least that a search by bitmaps can do: intersect the bitmaps of every two frequent items and
+/// count the bits. The bitmaps have a bit for each history and are made before.
+struct BarePairs {
+    Seconds time;
+    std::size_t frequent;  ///< Pairs with the least count.
+};
+
+/// In a process of its own.
+BarePairs intersectPairs(const std::string& path, std::uint32_t minCount);
+
+/// A line for the environment: the form of the bitmap kernels that this processor runs.
+void printKernels();
+
+}  // namespace bench

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "config.hpp"
+
+namespace bench {
+
+/// Bytes that one run of the mining takes, without what the process had before. A peak is that of
+/// the resident memory in its phase, and includes all that was there at its beginning.
+struct MiningMemory {
+    std::size_t occurrences;
+    std::size_t index;        ///< As the index tells.
+    std::size_t readingPeak;  ///< Reading and freezing.
+    std::size_t itemSets;     ///< On the heap.
+    std::size_t itemSetPeak;
+    std::size_t rules;  ///< On the heap.
+    std::size_t rulePeak;
+};
+
+/// Mines the file in a process of its own. Between the phases free memory goes back to the system,
+/// which costs time: the phases are timed in other runs.
+MiningMemory measuredMemory(const Configuration& config, const std::string& path);
+
+}  // namespace bench

@@ -1,0 +1,78 @@
+#include "thread_times.hpp"
+
+#include <cstdint>
+
+#include <quarvis/mining/mine.hpp>
+
+#include "engine_options.hpp"
+#include "input.hpp"
+#include "result_digest.hpp"
+#include "support/check.hpp"
+#include "support/child.hpp"
+
+namespace bench {
+
+namespace {
+
+using quarvis::mining::HistoryIndex;
+using quarvis::mining::ItemSets;
+using quarvis::mining::MiningOptions;
+using quarvis::mining::Observer;
+using quarvis::mining::Rules;
+
+struct Search {
+    Seconds itemSets;
+    Seconds rules;
+    std::size_t setCount;
+    std::size_t ruleCount;
+    std::uint64_t digest;  // where it was asked for
+};
+
+enum class Digested { NO, YES };
+
+Search searched(const HistoryIndex& index, MiningOptions options, unsigned threads,
+                Digested digested) {
+    options.threads = threads;
+    return inChild([&] {
+        Search search{};
+        Observer observer;
+        Stopwatch watch;
+        const ItemSets sets = findItemSets(index, options, observer);
+        search.itemSets = watch.lap();
+        const Rules rules = findRules(index, sets, options, observer);
+        search.rules = watch.lap();
+        search.setCount = sets.size();
+        search.ruleCount = rules.size();
+        if (digested == Digested::YES)
+            search.digest = digestOf(index, sets, rules);
+        return search;
+    });
+}
+
+void add(ThreadTimes::Of& times, const Search& search) {
+    times.itemSets.add(search.itemSets.wall);
+    times.rules.add(search.rules.wall);
+    times.both.add(search.itemSets.wall + search.rules.wall);
+}
+
+}  // namespace
+
+ThreadTimes comparedThreads(std::size_t runs, const Configuration& config,
+                            const std::string& path) {
+    const HistoryIndex index = indexOf(path, config.minCount);
+    const MiningOptions options = engineOptions(config);
+    const Search one = searched(index, options, 1, Digested::YES);
+    const Search two = searched(index, options, 2, Digested::YES);
+    check(one.digest == two.digest, "two threads do not give what one gives");
+
+    ThreadTimes times{{}, {}, one.setCount, one.ruleCount};
+    for (std::size_t run = 0; run < runs; ++run)
+        for (const bool first : {true, false}) {
+            const bool alone = first == (run % 2 == 0);
+            add(alone ? times.one : times.two,
+                searched(index, options, alone ? 1 : 2, Digested::NO));
+        }
+    return times;
+}
+
+}  // namespace bench
