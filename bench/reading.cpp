@@ -1,22 +1,20 @@
-/// Reading transaction files: beside the same containers filled by `std::getline` and `find`,
-/// plainly and with hints, in the same run and checked to have the same content.
+/// Reading transaction files into the index of the engine, beside the same in flat containers by
+/// `std::getline` and `find`; and into the rule model, beside sets and strings by the same means.
+/// All in one run, and checked to have the same content.
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <map>
-#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include <quarvis/rule.hpp>
-
+#include "engine/content.hpp"
+#include "engine/input.hpp"
+#include "engine/plain_reading.hpp"
 #include "support/check.hpp"
 #include "support/child.hpp"
-#include "support/digest.hpp"
 #include "support/memory.hpp"
 #include "support/program.hpp"
 #include "support/row_table.hpp"
@@ -27,92 +25,12 @@
 namespace {
 
 using bench::Arguments;
+using bench::Content;
 using bench::RowTable;
 using bench::Seconds;
 using bench::Table;
 using bench::TempFile;
 using bench::Times;
-using quarvis::rule::TransactionSet;
-
-using PlainHistories = std::map<std::string, std::map<unsigned int, std::set<std::string>>>;
-
-/// Where the rows of a file go in the baseline: simply to their places.
-class Placed {
-  public:
-    std::set<std::string>& at(std::string&& key, unsigned int time) {
-        return histories[std::move(key)][time];
-    }
-    static void add(std::set<std::string>& items, std::string&& item) {
-        items.insert(std::move(item));
-    }
-
-    PlainHistories histories;
-};
-
-/// The same with two shortcuts of the library that are none of the reading of text: rows of one
-/// entity often follow each other, items often come in order.
-class PlacedByHints {
-  public:
-    std::set<std::string>& at(std::string&& key, unsigned int time) {
-        if (m_entity == histories.end() || m_entity->first != key)
-            m_entity = histories.try_emplace(std::move(key)).first;
-        return m_entity->second[time];
-    }
-    static void add(std::set<std::string>& items, std::string&& item) {
-        items.insert(items.end(), std::move(item));
-    }
-
-    PlainHistories histories;
-
-  private:
-    PlainHistories::iterator m_entity = histories.end();
-};
-
-template <class Places>
-PlainHistories readPlainly(const std::string& path) {
-    Places places;
-    std::ifstream in(path);
-    std::string line;
-    std::getline(in, line);
-    while (std::getline(in, line)) {
-        std::size_t tab = line.find('\t');
-        std::string key = line.substr(0, tab);
-        const auto time =
-            static_cast<unsigned int>(std::strtoul(line.c_str() + tab + 1, nullptr, 10));
-        std::set<std::string>& items = places.at(std::move(key), time);
-        tab = line.find('\t', tab + 1);
-        while (tab != std::string::npos) {
-            const std::size_t begin = tab + 1;
-            tab = line.find('\t', begin);
-            if (const std::size_t end = std::min(tab, line.size()); end != begin)
-                Places::add(items, line.substr(begin, end - begin));
-        }
-    }
-    return std::move(places.histories);
-}
-
-struct Content {
-    std::uint64_t digest;
-    std::size_t cells;  // items of transactions
-};
-
-template <class Histories>
-Content contentOf(const Histories& histories) {
-    bench::Digest digest;
-    std::size_t cells = 0;
-    for (const auto& [key, history] : histories) {
-        digest.add(key);
-        digest.add(std::uint64_t{history.size()});
-        for (const auto& [time, items] : history) {
-            digest.add(std::uint64_t{time});
-            digest.add(std::uint64_t{items.size()});
-            for (const auto& item : items)
-                digest.add(item);
-            cells += items.size();
-        }
-    }
-    return {digest.value(), cells};
-}
 
 struct Reading {
     Seconds time;
@@ -132,153 +50,209 @@ Reading measured(std::size_t mapped, Read read) {
         const bench::Stopwatch watch;
         const auto histories = read();
         const Seconds time = watch.elapsed();
-        return Reading{time, contentOf(histories), bench::heapInUse() - heap, peak.rise()};
+        const std::size_t risen = peak.rise();
+        return Reading{time, bench::digested(histories), bench::heapInUse() - heap, risen};
     });
 }
 
-/// The ways to read a file.
-enum Way : std::size_t { LIBRARY, PLAIN, HINTED };
+bench::IndexedHistories readIndexed(const std::string& path) {
+    bench::IndexedHistories histories{bench::rowsOf(path), {}};
+    histories.index = histories.builder.freeze(1);
+    return histories;
+}
 
-struct Comparison {
-    std::vector<Times> times;  // of each way
-    Reading last;              // of the library
-    double bytes;
+/// The ways to read a file: by the engine, into flat containers, into the rule model, and into sets
+/// and strings, simply or with hints.
+enum Way : std::size_t { ENGINE, FLAT, MODEL, PLAIN, HINTED };
 
-    double seconds(Way way) const { return times[way].cpu.median(); }
-    double ratio(Way baseline) const { return seconds(LIBRARY) / seconds(baseline); }
-    double nanosecondsPerByte(Way way) const { return seconds(way) / bytes * 1e9; }
+Reading readBy(Way way, const std::string& path, std::size_t mapped) {
+    switch (way) {
+        case ENGINE:
+            return measured(mapped, [&] { return readIndexed(path); });
+        case FLAT:
+            return measured(mapped, [&] { return bench::readFlat(path); });
+        case MODEL:
+            return measured(mapped, [&] { return bench::transactionsOf(path); });
+        case PLAIN:
+            return measured(mapped, [&] { return bench::readPlainly(path); });
+        case HINTED:
+            break;
+    }
+    return measured(mapped, [&] { return bench::readWithHints(path); });
+}
+
+/// What one way takes: the times of all runs, and the last of them.
+struct Measured {
+    Times times;
+    Reading last;
+
+    double seconds() const { return times.cpu.median(); }
+    double bytesAnOccurrence() const {
+        return static_cast<double>(last.heap) / static_cast<double>(last.content.occurrences);
+    }
 };
 
-/// Reads the file in each way up to `lastWay`, in processes that have `mapped` bytes of memory
-/// before. Throws when they disagree.
-Comparison compare(const std::string& path, std::size_t runs, Way lastWay, std::size_t mapped) {
-    const auto readByLibrary = [&] {
-        TransactionSet txns;
-        txns.readInto(path, '\t');
-        return txns;
-    };
-    std::vector<Reading> readings(lastWay + 1);
-    std::vector<std::function<Seconds()>> ways = {
-        [&] {
-            readings[LIBRARY] = measured(mapped, readByLibrary);
-            return readings[LIBRARY].time;
-        },
-        [&] {
-            readings[PLAIN] = measured(mapped, [&] { return readPlainly<Placed>(path); });
-            return readings[PLAIN].time;
-        },
-        [&] {
-            readings[HINTED] = measured(mapped, [&] { return readPlainly<PlacedByHints>(path); });
-            return readings[HINTED].time;
-        }};
-    ways.resize(lastWay + 1);
-    std::vector<Times> times = bench::inTurns(runs, ways);
-    for (const Reading& reading : readings)
-        bench::check(reading.content.digest == readings[LIBRARY].content.digest,
+/// Reads the file in each of the ways, in processes that have `mapped` bytes of memory before.
+/// Throws when they disagree.
+std::vector<Measured> compare(const std::string& path, std::size_t runs,
+                              const std::vector<Way>& ways, std::size_t mapped) {
+    std::vector<Reading> readings(ways.size());
+    std::vector<std::function<Seconds()>> contestants;
+    for (std::size_t i = 0; i < ways.size(); ++i)
+        contestants.push_back([&, i] {
+            readings[i] = readBy(ways[i], path, mapped);
+            return readings[i].time;
+        });
+    std::vector<Times> times = bench::inTurns(runs, contestants);
+    std::vector<Measured> all;
+    for (std::size_t i = 0; i < ways.size(); ++i) {
+        bench::check(readings[i].content.digest == readings[0].content.digest,
                      "not the content of " + path);
-    return {std::move(times), readings[LIBRARY],
-            static_cast<double>(std::filesystem::file_size(path))};
+        all.push_back({std::move(times[i]), readings[i]});
+    }
+    return all;
 }
 
-/// A row a file: speeds by processor time, and memory.
-class FileTable {
-  public:
-    explicit FileTable(std::size_t runs)
-        : m_table(
-              "Reading files: MB/s of processor time, medians of " + std::to_string(runs) + " runs",
-              {"file", "MB", "item cells", "here", "least..greatest", "getline", "time ratio",
-               "with hints", "time ratio", "bytes/cell", "peak, MB"}),
-          m_runs(runs) {}
+struct FileResult {
+    std::string name;
+    double bytes;
+    std::vector<Measured> ways;
 
-    void measure(const std::string& name, const std::string& path) {
-        const Comparison both = compare(path, m_runs, HINTED, 0);
-        const Reading& last = both.last;
-        const double perCell =
-            static_cast<double>(last.heap) / static_cast<double>(last.content.cells);
-        m_table.row({name, bench::fixed(both.bytes / 1e6, 1), bench::grouped(last.content.cells),
-                     m_speed(both, both.seconds(LIBRARY)), m_range(both),
-                     m_speed(both, both.seconds(PLAIN)), bench::fixed(both.ratio(PLAIN), 2),
-                     m_speed(both, both.seconds(HINTED)), bench::fixed(both.ratio(HINTED), 2),
-                     bench::fixed(perCell, 1), bench::megabytes(last.peak)});
+    const Measured& by(Way way) const { return ways[way]; }
+    std::string speed(double seconds) const { return bench::fixed(bytes / 1e6 / seconds, 1); }
+    std::string speed(Way way) const { return speed(by(way).seconds()); }
+    std::string range(Way way) const {
+        const bench::Samples& cpu = by(way).times.cpu;
+        return speed(cpu.greatest()) + ".." + speed(cpu.least());
     }
-
-    void measure(const std::string& name, const RowTable& rows) {
-        const TempFile file([&](std::ostream& os) { rows.write(os); });
-        measure(name, file.path());
+    std::string ratio(Way way, Way baseline) const {
+        return bench::fixed(by(way).seconds() / by(baseline).seconds(), 2);
     }
-
-  private:
-    static std::string m_speed(const Comparison& both, double seconds) {
-        return bench::fixed(both.bytes / 1e6 / seconds, 1);
-    }
-    static std::string m_range(const Comparison& both) {
-        const auto& cpu = both.times[LIBRARY].cpu;
-        return m_speed(both, cpu.greatest()) + ".." + m_speed(both, cpu.least());
-    }
-
-    Table m_table;
-    std::size_t m_runs;
 };
 
-void compareFiles(const Arguments& arguments) {
-    FileTable table(arguments.runs);
-    std::vector<std::filesystem::path> given;
-    if (!arguments.data.empty())
-        for (const auto& entry : std::filesystem::directory_iterator(arguments.data))
-            if (entry.path().extension() == ".tsv")
-                given.push_back(entry.path());
-    std::sort(given.begin(), given.end());
-    for (const std::filesystem::path& path : given)
-        table.measure(path.filename().string(), path.string());
-
-    const std::size_t rows = arguments.rows;
-    table.measure("rows of 10,000 items", RowTable{rows / 10'000 + 1, 1, 10'000, 1'000'000, false});
-    table.measure("short rows", RowTable{rows, 100, 1, 10'000, false});
-    table.measure("short rows, one entity", RowTable{rows, rows, 1, 10'000, false});
-    table.measure("short rows, an entity each", RowTable{rows, 1, 1, 10'000, false});
-    table.measure("rows of 8 items, keys in order", RowTable{rows / 8 + 1, 4, 8, 10'000, false});
-    table.measure("rows of 8 items, keys shuffled", RowTable{rows / 8 + 1, 4, 8, 10'000, true});
+FileResult measuredFile(const std::string& name, const std::string& path, std::size_t runs) {
+    return {name, static_cast<double>(std::filesystem::file_size(path)),
+            compare(path, runs, {ENGINE, FLAT, MODEL, PLAIN, HINTED}, 0)};
 }
 
-/// Rows of 8 items, from 1 MB up to `most`, in steps of 4. The memory for them is the system's to
-/// give, at a price of its own; so the same is measured with that memory given before.
-void follow(const Table& table, std::size_t most, bool shuffled, std::size_t runs) {
-    std::vector<Comparison> given;
+std::vector<std::filesystem::path> givenFiles(const std::string& folder) {
+    std::vector<std::filesystem::path> files;
+    if (!folder.empty())
+        for (const auto& entry : std::filesystem::directory_iterator(folder))
+            if (entry.path().extension() == ".tsv")
+                files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+std::vector<FileResult> measureFiles(const Arguments& arguments) {
+    std::vector<FileResult> results;
+    for (const std::filesystem::path& path : givenFiles(arguments.data))
+        results.push_back(measuredFile(path.filename().string(), path.string(), arguments.runs));
+    const std::size_t rows = arguments.rows;
+    const std::vector<std::pair<std::string, RowTable>> generated = {
+        {"rows of 10,000 items", {rows / 10'000 + 1, 1, 10'000, 1'000'000, false}},
+        {"short rows", {rows, 100, 1, 10'000, false}},
+        {"short rows, one entity", {rows, rows, 1, 10'000, false}},
+        {"short rows, an entity each", {rows, 1, 1, 10'000, false}},
+        {"rows of 8 items, keys in order", {rows / 8 + 1, 4, 8, 10'000, false}},
+        {"rows of 8 items, keys shuffled", {rows / 8 + 1, 4, 8, 10'000, true}},
+    };
+    for (const auto& [name, table] : generated) {
+        const TempFile file([&shape = table](std::ostream& os) { shape.write(os); });
+        results.push_back(measuredFile(name, file.path(), arguments.runs));
+    }
+    return results;
+}
+
+void printIndexed(const std::vector<FileResult>& results, std::size_t runs) {
+    const Table table("Reading and indexing: MB/s of processor time, medians of " +
+                          std::to_string(runs) + " runs",
+                      {"file", "MB", "occurrences", "index", "least..greatest", "flat containers",
+                       "index/flat, time", "rule model", "index/model, time"});
+    for (const FileResult& file : results)
+        table.row({file.name, bench::fixed(file.bytes / 1e6, 1),
+                   bench::grouped(file.by(ENGINE).last.content.occurrences), file.speed(ENGINE),
+                   file.range(ENGINE), file.speed(FLAT), file.ratio(ENGINE, FLAT),
+                   file.speed(MODEL), file.ratio(ENGINE, MODEL)});
+}
+
+void printModel(const std::vector<FileResult>& results, std::size_t runs) {
+    const Table table("Reading into the rule model: MB/s of processor time, medians of " +
+                          std::to_string(runs) + " runs",
+                      {"file", "rule model", "least..greatest", "getline", "model/getline, time",
+                       "with hints", "model/hints, time"});
+    for (const FileResult& file : results)
+        table.row({file.name, file.speed(MODEL), file.range(MODEL), file.speed(PLAIN),
+                   file.ratio(MODEL, PLAIN), file.speed(HINTED), file.ratio(MODEL, HINTED)});
+}
+
+void printMemory(const std::vector<FileResult>& results) {
+    const Table table("Memory of reading: heap bytes an occurrence afterwards, and the peak in MB",
+                      {"file", "index", "peak", "flat containers", "peak", "rule model", "peak"});
+    for (const FileResult& file : results) {
+        std::vector<std::string> row = {file.name};
+        for (const Way way : {ENGINE, FLAT, MODEL}) {
+            row.push_back(bench::fixed(file.by(way).bytesAnOccurrence(), 1));
+            row.push_back(bench::megabytes(file.by(way).last.peak));
+        }
+        table.row(row);
+    }
+}
+
+/// Rows of 8 items, from 1 MB up to `most`, in steps of 4, read in one way and its baseline. The
+/// memory for them is the system's to give, at a price of its own; so the same is measured with
+/// that memory given before.
+void follow(const Table& table, Way way, Way baseline, std::size_t most, bool shuffled,
+            std::size_t runs) {
+    std::vector<double> first;
     for (std::size_t megabytes = 1; megabytes <= most; megabytes *= 4) {
         RowTable rows;
         rows.rows = megabytes * 1'000'000 / rows.rowSize();
         rows.shuffled = shuffled;
         const TempFile file([&](std::ostream& os) { rows.write(os); });
-        const Comparison asking = compare(file.path(), runs, PLAIN, 0);
-        const std::size_t heap = asking.last.heap;
-        given.push_back(compare(file.path(), runs, PLAIN, heap + heap / 8));
+        const auto bytes = static_cast<double>(std::filesystem::file_size(file.path()));
+        const auto perByte = [bytes](const Measured& each) { return each.seconds() / bytes * 1e9; };
+
+        const std::vector<Measured> asking = compare(file.path(), runs, {way, baseline}, 0);
+        const std::size_t peak = std::max(asking[0].last.peak, asking[1].last.peak);
+        const std::vector<Measured> given =
+            compare(file.path(), runs, {way, baseline}, peak + peak / 8);
+        if (first.empty())
+            first = {perByte(given[0]), perByte(given[1])};
+
         std::vector<std::string> row = {std::to_string(megabytes) + " MB",
                                         shuffled ? "shuffled" : "in order"};
-        for (const Way way : {LIBRARY, PLAIN})
-            row.push_back(bench::fixed(asking.nanosecondsPerByte(way), 2));
-        row.push_back(bench::fixed(asking.ratio(PLAIN), 2));
-        for (const Way way : {LIBRARY, PLAIN}) {
-            const double cost = given.back().nanosecondsPerByte(way);
-            row.push_back(bench::fixed(cost, 2));
-            row.push_back(bench::fixed(cost / given.front().nanosecondsPerByte(way), 2));
+        for (const Measured& each : asking)
+            row.push_back(bench::fixed(perByte(each), 2));
+        row.push_back(bench::fixed(asking[0].seconds() / asking[1].seconds(), 2));
+        for (std::size_t i = 0; i < given.size(); ++i) {
+            row.push_back(bench::fixed(perByte(given[i]), 2));
+            row.push_back(bench::fixed(perByte(given[i]) / first[i], 2));
         }
-        row.push_back(bench::fixed(given.back().ratio(PLAIN), 2));
-        row.push_back(bench::megabytes(heap));
+        row.push_back(bench::fixed(given[0].seconds() / given[1].seconds(), 2));
+        row.push_back(bench::megabytes(asking[0].last.peak));
         table.row(row);
     }
 }
 
-void follow(const Arguments& arguments) {
-    const Table table("Growth of reading: nanoseconds of processor time per byte",
-                      {"file", "keys", "here", "getline", "ratio", "given memory: here", "to 1 MB",
-                       "getline", "to 1 MB", "ratio", "heap, MB"});
+void follow(const std::string& what, const std::string& baselineName, Way way, Way baseline,
+            const Arguments& arguments) {
+    const Table table(
+        "Growth of reading into the " + what + ": nanoseconds of processor time per byte",
+        {"file", "keys", "here", baselineName, "ratio", "given memory: here", "to 1 MB",
+         baselineName, "to 1 MB", "ratio", "peak, MB"});
     for (const bool shuffled : {false, true})
-        follow(table, arguments.megabytes, shuffled, arguments.runs);
+        follow(table, way, baseline, arguments.megabytes, shuffled, arguments.runs);
 }
 
 void run(const Arguments& arguments) {
-    compareFiles(arguments);
-    follow(arguments);
+    const std::vector<FileResult> results = measureFiles(arguments);
+    printIndexed(results, arguments.runs);
+    printModel(results, arguments.runs);
+    printMemory(results);
+    follow("index", "flat", ENGINE, FLAT, arguments);
+    follow("rule model", "getline", MODEL, PLAIN, arguments);
 }
 
 }  // namespace

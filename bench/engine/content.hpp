@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <quarvis/mining/history_index.hpp>
+#include <quarvis/mining/index_builder.hpp>
+#include <quarvis/rule.hpp>
+
+#include "plain_reading.hpp"
+
+namespace bench {
+
+/// Histories as the engine has them: the builder still knows the names of the entities.
+struct IndexedHistories {
+    quarvis::mining::IndexBuilder builder;
+    quarvis::mining::HistoryIndex index;
+};
+
+/// What containers of histories hold, whatever they are. Transactions without items, which the
+/// index does not keep, are left out.
+struct Content {
+    std::uint64_t digest;
+    std::size_t occurrences;  ///< Items of transactions.
+};
+
+Content digested(const IndexedHistories& histories);
+Content digested(const FlatHistories& histories);
+Content digested(const PlainHistories& histories);
+Content digested(const quarvis::rule::TransactionSet& histories);
+
+}  // namespace bench
