@@ -8,6 +8,8 @@
 #include <string>
 #include <thread>
 
+#include "machine_load.hpp"
+
 namespace bench {
 
 namespace {
@@ -42,6 +44,8 @@ std::string caches() {
     return text.empty() ? "unknown" : text;
 }
 
+constexpr double GREATEST_BUSY = 0.2;  // cores at work beside the program
+
 std::string version() {
     std::string text = "unknown";
     if (FILE* git = popen("git -C '" SOURCE_ROOT "' describe --always --dirty 2>/dev/null", "r")) {
@@ -74,6 +78,10 @@ void printEnvironment() {
 #if !defined(__OPTIMIZE__)
     std::printf("WARNING: this build is not optimised; its figures mean nothing.\n");
 #endif
+    if (const double busy = busyCores(); busy > GREATEST_BUSY)
+        std::printf(
+            "WARNING: %.1f core(s) are busy with other work; run again when they are not.\n", busy);
+    std::fflush(stdout);
 }
 
 }  // namespace bench
