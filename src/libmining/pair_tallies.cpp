@@ -113,6 +113,65 @@ class StripCounter {
     std::vector<std::uint32_t> m_items;
 };
 
+/// Counts the pairs of one first item after the other, in the histories of that item.
+class ItemCounter {
+  public:
+    ItemCounter(const Standings& standings, const Level& pairs)
+        : m_standings(standings), m_pairs(pairs), m_pairOf(standings.itemCount(), NONE) {}
+
+    /// Counts the pairs [begin, end) of the item into `met`.
+    void count(Rank first, std::size_t begin, std::size_t end, std::vector<PairTallies::Pair>& met,
+               Work& work) {
+        if (begin == end)
+            return;
+        for (std::size_t pair = begin; pair < end; ++pair)
+            m_pairOf[at(m_pairs.last[pair])] = static_cast<std::uint32_t>(pair);
+        for (const Standings::Place& place : m_standings.places(first)) {
+            const Standings::Masks own = m_standings.masks(place.history, place.entry);
+            const std::uint32_t weight = m_standings.weight(place.history);
+            const std::size_t last = m_standings.endEntry(place.history);
+            for (std::size_t entry = place.entry + std::size_t{1}; entry < last; ++entry)
+                if (const std::uint32_t pair = m_pairOf[at(m_standings.item(entry))]; pair != NONE)
+                    s_add(own, own.after(entry - place.entry), weight, met[pair]);
+            work.add(2 * (last - place.entry) + 5);
+        }
+        for (std::size_t pair = begin; pair < end; ++pair)
+            m_pairOf[at(m_pairs.last[pair])] = NONE;
+    }
+
+  private:
+    static void s_add(const Standings::Masks& first, const Standings::Masks& second,
+                      std::uint32_t weight, PairTallies::Pair& met) {
+        std::uint64_t forward = 0;
+        std::uint64_t backward = 0;
+        for (std::size_t word = 0; word < first.words; ++word) {
+            forward |= first.recent()[word] & second.fresh[word];
+            backward |= first.fresh[word] & second.recent()[word];
+        }
+        met.forward += forward != 0 ? weight : 0;
+        met.backward += backward != 0 ? weight : 0;
+    }
+
+    const Standings& m_standings;
+    const Level& m_pairs;
+    std::vector<std::uint32_t> m_pairOf;  // by rank, or NONE
+};
+
+/// Whether going through all histories for each of so many strips costs less than it costs to go to
+/// the histories of each first item, which lie anywhere in memory. Both look at all pairs of items
+/// in a history once.
+bool stripsPay(const Standings& standings, std::size_t strips) {
+    constexpr std::size_t far = 3;
+    std::size_t entries = 0;
+    std::size_t pairs = 0;
+    for (std::size_t history = 0; history < standings.historyCount(); ++history) {
+        const std::size_t items = standings.endEntry(history) - entries;
+        entries += items;
+        pairs += items * (items - 1) / 2;
+    }
+    return strips * (entries + 5 * standings.historyCount()) <= far * pairs;
+}
+
 }  // namespace
 
 PairTallies::PairTallies(const Standings& standings, const ItemSets& sets, unsigned threads,
@@ -123,23 +182,40 @@ PairTallies::PairTallies(const Standings& standings, const ItemSets& sets, unsig
     if (items == 0 || m_met.empty())
         return;
     const std::size_t rows = std::clamp<std::size_t>(STRIP_SIZE / items, 1, items / threads + 1);
+    const std::size_t strips = (items + rows - 1) / rows;
+    const Level& firsts = sets.level(1);
     const Level& pairs = sets.level(2);
+    if (!stripsPay(standings, strips)) {
+        const auto makeWorker = [&](unsigned) {
+            return [&, work = std::make_unique<Work>(step),
+                    counter = ItemCounter(standings, pairs)](std::size_t first) mutable {
+                counter.count(firsts.last[first], firsts.extensions[first],
+                              firsts.extensions[first + 1], m_met, *work);
+            };
+        };
+        workOn(firsts.size(), threads, step, makeWorker, [](std::size_t) {});
+        return;
+    }
     const auto makeWorker = [&](unsigned) {
         return [&, work = std::make_unique<Work>(step),
                 counter = StripCounter(standings, numbers)](std::size_t strip) mutable {
             const std::size_t begin = strip * rows;
             const std::size_t end = std::min(begin + rows, items);
             counter.count(begin, end, *work);
-            for (std::size_t pair = 0; pair < pairs.size(); ++pair) {
-                const Rank rank = sets.level(1).last[pairs.prefix[pair]];
-                const std::uint32_t first = numbers.numbers[at(rank)];
-                const std::uint32_t second = numbers.numbers[at(pairs.last[pair])];
-                if (first >= begin && first < end && second != NONE)
-                    m_met[pair] = counter.met(first, second);
+            auto first = static_cast<std::size_t>(
+                std::lower_bound(firsts.last.begin(), firsts.last.end(), numbers.items[begin]) -
+                firsts.last.begin());
+            for (; first < firsts.size() && firsts.last[first] <= numbers.items[end - 1]; ++first) {
+                const std::uint32_t number = numbers.numbers[at(firsts.last[first])];
+                for (std::size_t pair = firsts.extensions[first];
+                     number != NONE && pair < firsts.extensions[first + 1]; ++pair)
+                    if (const std::uint32_t other = numbers.numbers[at(pairs.last[pair])];
+                        other != NONE)
+                        m_met[pair] = counter.met(number, other);
             }
         };
     };
-    workOn((items + rows - 1) / rows, threads, step, makeWorker, [](std::size_t) {});
+    workOn(strips, threads, step, makeWorker, [](std::size_t) {});
 }
 
 PairTallies::Pair countPair(const Standings& standings, Rank a, Rank b) {

@@ -17,7 +17,8 @@ namespace quarvis::mining {
 /// the counters of all pairs of its items, frequent or not. So memory is read in its order, and a
 /// pair of items in a history of up to 64 moments takes about a nanosecond, much less than keeping
 /// the moments of the pair does. The counts tell for which pairs they have to be kept. A matrix
-/// that would not fit into a cache is made in strips of some first items each.
+/// that would not fit into a cache is made in strips of some first items each; where that would
+/// take too many strips, the pairs of a first item are counted in the histories of that item.
 class PairTallies {
   public:
     /// A number for each of the rules of a pair (a, b), a before b.

@@ -44,7 +44,7 @@ class Dictionary {
 
     std::string m_text;                         // all names
     std::vector<std::uint64_t> m_begins = {0};  // by code: where its name begins; and an end
-    std::vector<Slot> m_slots;          // a power of two of them
+    std::vector<Slot> m_slots;                  // a power of two of them
 };
 
 }  // namespace quarvis::mining
