@@ -1,0 +1,208 @@
+#include "found_sets.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "naive_sets.hpp"
+#include "oracle/draws.hpp"
+#include "support/engine.hpp"
+
+namespace quarvis::mining {
+namespace {
+
+using mining_tests::CountedSets;
+using mining_tests::Set;
+using mining_tests::setsOf;
+
+/// In walk order: c 2, b 3, a 4; by rank: a, b, c.
+HistoryIndex threeItems() {
+    return support::indexOf(oracle::tableOf({"1:a,b,c", "1:a,b,c", "1:a,b", "1:a"}), 1);
+}
+
+constexpr Rank A{0};
+constexpr Rank B{1};
+constexpr Rank C{2};
+
+TEST(FoundSets, AreOfOneItemAtFirst) {
+    FoundSets sets;
+    EXPECT_EQ(1U, sets.maxSize());
+    EXPECT_EQ(0U, sets.count(2));
+    sets.link(3);
+    EXPECT_EQ((std::vector<std::uint32_t>{0, 0, 0, 0}), sets.pairBegin());
+    const HistoryIndex index = threeItems();
+    const ItemSets ordered = std::move(sets).ordered(WalkOrder(index, 1));
+    EXPECT_EQ((CountedSets{{{A}, 4}, {{B}, 3}, {{C}, 2}}), setsOf(ordered));
+    EXPECT_EQ(1U, ordered.levels());
+}
+
+TEST(FoundSets, AreOrderedByTheRanksOfTheirItems) {
+    FoundSets sets;  // {c,b}, {c,a}, {b,a}; {c,b,a}
+    sets.add(2, 0, WalkItem{1}, 2);
+    sets.add(2, 0, WalkItem{2}, 2);
+    sets.add(2, 1, WalkItem{2}, 3);
+    sets.add(3, 0, WalkItem{2}, 2);
+    const HistoryIndex index = threeItems();
+    const ItemSets ordered = std::move(sets).ordered(WalkOrder(index, 1));
+    ASSERT_EQ(3U, ordered.levels());
+    EXPECT_EQ((std::vector<Rank>{A, B, C}), ordered.level(1).last);
+    EXPECT_EQ((std::vector<std::uint32_t>{4, 3, 2}), ordered.level(1).count);
+    EXPECT_EQ((std::vector<std::uint32_t>{0, 0, 1}), ordered.level(2).prefix);
+    EXPECT_EQ((std::vector<Rank>{B, C, C}), ordered.level(2).last);
+    EXPECT_EQ((std::vector<std::uint32_t>{3, 2, 2}), ordered.level(2).count);
+    EXPECT_EQ((std::vector<std::uint32_t>{0}), ordered.level(3).prefix);
+    EXPECT_EQ((std::vector<Rank>{C}), ordered.level(3).last);
+    EXPECT_EQ((std::vector<std::uint32_t>{2}), ordered.level(3).count);
+}
+
+TEST(FoundSets, OfNoItemsAreOrderedToAnEmptyLevel) {
+    const ItemSets ordered = FoundSets().ordered(WalkOrder(threeItems(), 5));
+    EXPECT_EQ(1U, ordered.levels());
+    EXPECT_EQ(0U, ordered.size());
+}
+
+TEST(FoundSets, LinkTellsWhereExtensionsBegin) {
+    FoundSets sets;
+    sets.add(2, 0, WalkItem{1}, 9);
+    sets.add(2, 0, WalkItem{2}, 9);
+    sets.add(2, 0, WalkItem{3}, 9);
+    sets.add(2, 2, WalkItem{3}, 9);
+    sets.add(3, 0, WalkItem{3}, 9);
+    sets.add(3, 1, WalkItem{3}, 9);
+    sets.link(4);
+    EXPECT_EQ((std::vector<std::uint32_t>{0, 3, 3, 4, 4}), sets.pairBegin());
+    EXPECT_EQ((std::vector<std::uint32_t>{0, 1, 2, 2, 2}), sets.level(2).extensions);
+    EXPECT_TRUE(sets.level(3).extensions.empty());
+}
+
+TEST(FoundSets, TruncateDropsLargerSets) {
+    FoundSets sets;
+    sets.add(2, 0, WalkItem{1}, 9);
+    sets.add(3, 0, WalkItem{2}, 9);
+    sets.add(4, 0, WalkItem{3}, 9);
+    sets.truncate(5);
+    EXPECT_EQ((std::vector<std::size_t>{1, 1, 1}), sets.sizes());
+    sets.truncate(3);
+    EXPECT_EQ((std::vector<std::size_t>{1, 1}), sets.sizes());
+    sets.truncate(1);
+    EXPECT_EQ(1U, sets.maxSize());
+}
+
+bool areEqual(const FoundSets& a, const FoundSets& b) {
+    if (a.sizes() != b.sizes())
+        return false;
+    for (std::size_t size = 2; size <= a.maxSize(); ++size)
+        if (a.level(size).parent != b.level(size).parent ||
+            a.level(size).last != b.level(size).last || a.level(size).count != b.level(size).count)
+            return false;
+    return true;
+}
+
+/// The sets that begin with an item, as a walk finds them: a trie of random shape. Those of fewer
+/// than `begin` items are known, and of the least size `begin` the parents are places among them.
+void addRandom(FoundSets& sets, std::size_t item, std::size_t begin, oracle::Draws& draws) {
+    std::vector<std::size_t> below = {item};
+    for (std::size_t size = begin; size < begin + 4; ++size) {
+        std::vector<std::size_t> here;
+        for (const std::size_t parent : below)
+            for (std::uint64_t n = draws.upTo(2); n > 0; --n) {
+                here.push_back(sets.count(size));
+                sets.add(size, parent, WalkItem{static_cast<std::uint32_t>(n)},
+                         static_cast<std::uint32_t>(draws.upTo(99)));
+            }
+        below = here;
+    }
+}
+
+/// Several finders take turns with the items; what they find is put together in the order of the
+/// items, as if one had found it all.
+TEST(FoundSets, AppendPutsTogetherWhatSeveralFound) {
+    for (std::uint64_t seed = 0; seed < 200; ++seed) {
+        constexpr std::size_t finders = 3;
+        constexpr std::size_t items = 12;
+        const std::size_t begin = 2 + seed % 2;
+        oracle::Draws turns(seed);
+        FoundSets expected;
+        FoundSets whole;
+        if (begin == 3)
+            for (std::uint32_t item = 0; item < items; ++item) {
+                expected.add(2, item, WalkItem{item + 1}, 5);
+                whole.add(2, item, WalkItem{item + 1}, 5);
+            }
+        std::vector<FoundSets> found(finders);
+        struct Part {
+            std::size_t finder;
+            std::vector<std::size_t> begins;
+            std::vector<std::size_t> ends;
+        };
+        std::vector<Part> parts;
+        for (std::size_t item = 0; item < items; ++item) {
+            const std::size_t finder = turns.upTo(finders - 1);
+            oracle::Draws draws(1000 * seed + item);
+            oracle::Draws same(1000 * seed + item);
+            addRandom(expected, item, begin, draws);
+            parts.push_back({finder, found[finder].sizes(), {}});
+            addRandom(found[finder], item, begin, same);
+            parts.back().ends = found[finder].sizes();
+        }
+        for (const Part& part : parts)
+            whole.append(found[part.finder], part.begins, part.ends);
+        ASSERT_TRUE(areEqual(expected, whole)) << "seed " << seed;
+    }
+}
+
+/// So many items and so few sets that the order is made by comparing, and the other way round, and
+/// so many items that a key takes in but one of them.
+TEST(FoundSets, AreOrderedHoweverManyItemsThereAre) {
+    for (const std::size_t items : {5U, 100U, 130U, 20'000U})
+        for (const std::size_t pairs : {1U, 20U, 4000U}) {
+            oracle::Table table;
+            for (std::size_t item = 0; item < items; ++item) {
+                // Items of great rank are rare, so the walk goes through them backwards.
+                const std::string digits = std::to_string(item);
+                const std::string name = std::string(6 - digits.size(), '0') + digits;
+                table.histories.resize(3);
+                for (std::size_t history = 0; history < 1 + 3 * item / items; ++history)
+                    table.histories[2 - history][1].insert(name);
+            }
+            const HistoryIndex index = support::indexOf(table, 1);
+            const WalkOrder order(index, 1);
+            oracle::Draws draws(items);
+            std::set<std::pair<std::uint32_t, std::uint32_t>> chosen;
+            for (std::size_t i = 0; i < pairs; ++i) {
+                const auto a = static_cast<std::uint32_t>(draws.upTo(items - 1));
+                const auto b = static_cast<std::uint32_t>(draws.upTo(items - 1));
+                if (a != b)
+                    chosen.insert({std::min(a, b), std::max(a, b)});
+            }
+            FoundSets sets;
+            CountedSets expected;
+            for (const auto& [first, last] : chosen) {
+                const Rank low = std::min(order.rank(WalkItem{first}), order.rank(WalkItem{last}));
+                const Rank high = std::max(order.rank(WalkItem{first}), order.rank(WalkItem{last}));
+                const auto count = static_cast<std::uint32_t>(expected.size());
+                expected[Set{low, high}] = count;
+                sets.add(2, first, WalkItem{last}, count);
+            }
+            const ItemSets ordered = std::move(sets).ordered(order);
+            EXPECT_EQ(items, ordered.count(1));
+            ASSERT_EQ(expected.size(), ordered.count(2));
+            std::size_t place = 0;
+            for (const auto& [set, count] : expected) {
+                Set found(2);
+                ordered.items(2, place, found.data());
+                ASSERT_EQ(set, found) << items << " items, pair " << place;
+                ASSERT_EQ(count, ordered.level(2).count[place]);
+                ++place;
+            }
+        }
+}
+
+}  // namespace
+}  // namespace quarvis::mining
