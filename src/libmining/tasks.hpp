@@ -19,6 +19,8 @@ namespace quarvis::mining {
 template <class MakeWorker, class Between>
 void workOn(std::size_t count, unsigned threads, Step& step, MakeWorker makeWorker,
             Between between) {
+    // Small tasks never settle, so a run that was cancelled before them ends here.
+    step.spend(0);
     std::atomic<std::size_t> next{0};
     std::exception_ptr error;
     std::mutex mutex;
