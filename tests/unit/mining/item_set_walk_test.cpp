@@ -219,8 +219,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Shape{"H128", 128, 9, MIXED, 2}, Shape{"H129", 129, 9, DENSE, 40},
                     Shape{"H1000", 1000, 10, MIXED, 5}, Shape{"H4096", 4096, 9, MIXED, 10},
                     Shape{"H4097", 4097, 9, SHUNNING, 1}, Shape{"H6000", 6000, 14, SHUNNING, 20, 6},
-                    Shape{"ManyItemsSeldom", 400, 300, SPARSE, 3, 4},
-                    Shape{"ManyItemsHardlyTogether", 2000, 200, SPARSE, 12, 4}),
+                    Shape{"ManyItemsSeldom", 300, 200, SPARSE, 3, 4},
+                    Shape{"ManyItemsHardlyTogether", 1000, 100, SPARSE, 12, 4}),
     [](const testing::TestParamInfo<Shape>& shape) { return std::string(shape.param.name); });
 
 TEST(ItemSetWalk, FindsNothingForAnItemWithoutLaterOnes) {

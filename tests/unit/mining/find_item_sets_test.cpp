@@ -1,0 +1,103 @@
+#include <quarvis/mining/mine.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "naive_sets.hpp"
+#include "runs.hpp"
+#include "support/engine.hpp"
+
+namespace quarvis::mining {
+namespace {
+
+using mining_tests::CountedSets;
+using mining_tests::evenHistories;
+using mining_tests::setsOf;
+
+MiningOptions atLeast(std::uint32_t minCount, std::uint32_t maxSize = 0) {
+    MiningOptions options;
+    options.minCount = minCount;
+    options.maxSize = maxSize;
+    return options;
+}
+
+TEST(FindItemSets, RefusesAnIndexThatLacksFrequentItems) {
+    const HistoryIndex index = support::indexOf(oracle::tableOf({"1:a", "1:a"}), 2);
+    Observer observer;
+    EXPECT_THROW(findItemSets(index, atLeast(1), observer), std::invalid_argument);
+    EXPECT_THROW(mine(index, atLeast(0), observer), std::invalid_argument);
+    EXPECT_EQ(1U, findItemSets(index, atLeast(2), observer).size());
+}
+
+TEST(FindItemSets, RefusesToRunWithoutThreads) {
+    const HistoryIndex index = support::indexOf(oracle::tableOf({"1:a", "1:a"}), 1);
+    MiningOptions options = atLeast(1);
+    options.threads = 0;
+    Observer observer;
+    EXPECT_THROW(findItemSets(index, options, observer), std::invalid_argument);
+}
+
+TEST(FindItemSets, FindsAllSubsetsWhereNoHistoryIsNeeded) {
+    const HistoryIndex index = support::indexOf(oracle::tableOf({"1:a,b", "1:c"}), 0);
+    Observer observer;
+    EXPECT_EQ((CountedSets{{{Rank{0}}, 1},
+                           {{Rank{1}}, 1},
+                           {{Rank{2}}, 1},
+                           {{Rank{0}, Rank{1}}, 1},
+                           {{Rank{0}, Rank{2}}, 0},
+                           {{Rank{1}, Rank{2}}, 0},
+                           {{Rank{0}, Rank{1}, Rank{2}}, 0}}),
+              setsOf(findItemSets(index, atLeast(0), observer)));
+}
+
+/// Writes down of each level whether there was work after the one before: 'w' or '-'.
+class LevelWatcher : public Observer {
+  public:
+    void levelFound(std::size_t size, std::size_t) override {
+        m_levels += m_works ? 'w' : '-';
+        EXPECT_EQ(size, m_levels.size());
+        m_works = false;
+    }
+    void progressed(std::uint64_t, std::uint64_t) override { m_works = true; }
+
+    const std::string& levels() const { return m_levels; }
+
+  private:
+    bool m_works = false;
+    std::string m_levels;
+};
+
+CountedSets multiplied(CountedSets sets, std::uint32_t factor) {
+    for (auto& [set, count] : sets)
+        count *= factor;
+    return sets;
+}
+
+/// What takes one walk over a few histories takes a walk for each level over many copies of them,
+/// until there are fewer sets of a size than of the size before; the rest is one walk again. Here
+/// size 7 is the first with fewer sets, and there are sets of up to 9 items.
+TEST(FindItemSets, FindsTheSameInALongSearchLevelByLevel) {
+    constexpr std::size_t histories = 500;
+    constexpr std::uint32_t items = 26;
+    constexpr std::uint32_t minCount = 7;
+    constexpr std::uint32_t copies = 400;
+    LevelWatcher inShort;
+    const ItemSets few =
+        findItemSets(evenHistories(histories, items, 1), atLeast(minCount), inShort);
+    EXPECT_EQ("-w--------", inShort.levels());
+    EXPECT_GT(few.count(6), few.count(5));
+    EXPECT_LT(few.count(7), few.count(6));
+    const CountedSets expected = multiplied(setsOf(few), copies);
+
+    const HistoryIndex index = evenHistories(histories, items, copies);
+    LevelWatcher watcher;
+    EXPECT_TRUE(expected == setsOf(findItemSets(index, atLeast(minCount * copies), watcher)));
+    EXPECT_EQ("-wwwwwww--", watcher.levels());
+}
+
+}  // namespace
+}  // namespace quarvis::mining
