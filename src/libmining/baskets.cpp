@@ -65,7 +65,7 @@ Baskets::Baskets(const Shard& shard, const WalkOrder& order) : m_begin(order.siz
             m_places[next[at(histories.items[i])]++] = history;
 
     m_items = std::move(histories.items);
-    m_items.resize(m_places.size() + count, END);
+    m_items.resize(m_places.size() + count);
     for (std::size_t history = 0; history < count; ++history) {
         m_items[histories.begin[history + 1] + history] = END;
         histories.begin[history] += static_cast<std::uint32_t>(history);
