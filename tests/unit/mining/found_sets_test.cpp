@@ -21,6 +21,12 @@ using mining_tests::CountedSets;
 using mining_tests::Set;
 using mining_tests::setsOf;
 
+ItemSets ordered(FoundSets sets, const WalkOrder& order, unsigned threads = 1) {
+    Observer observer;
+    Step step(observer);
+    return std::move(sets).ordered(order, threads, step);
+}
+
 /// In walk order: c 2, b 3, a 4; by rank: a, b, c.
 HistoryIndex threeItems() {
     return support::indexOf(oracle::tableOf({"1:a,b,c", "1:a,b,c", "1:a,b", "1:a"}), 1);
@@ -37,9 +43,9 @@ TEST(FoundSets, AreOfOneItemAtFirst) {
     sets.link(3);
     EXPECT_EQ((std::vector<std::uint32_t>{0, 0, 0, 0}), sets.pairBegin());
     const HistoryIndex index = threeItems();
-    const ItemSets ordered = std::move(sets).ordered(WalkOrder(index, 1));
-    EXPECT_EQ((CountedSets{{{A}, 4}, {{B}, 3}, {{C}, 2}}), setsOf(ordered));
-    EXPECT_EQ(1U, ordered.levels());
+    const ItemSets made = ordered(std::move(sets), WalkOrder(index, 1));
+    EXPECT_EQ((CountedSets{{{A}, 4}, {{B}, 3}, {{C}, 2}}), setsOf(made));
+    EXPECT_EQ(1U, made.levels());
 }
 
 TEST(FoundSets, AreOrderedByTheRanksOfTheirItems) {
@@ -49,22 +55,22 @@ TEST(FoundSets, AreOrderedByTheRanksOfTheirItems) {
     sets.add(2, 1, WalkItem{2}, 3);
     sets.add(3, 0, WalkItem{2}, 2);
     const HistoryIndex index = threeItems();
-    const ItemSets ordered = std::move(sets).ordered(WalkOrder(index, 1));
-    ASSERT_EQ(3U, ordered.levels());
-    EXPECT_EQ((std::vector<Rank>{A, B, C}), ordered.level(1).last);
-    EXPECT_EQ((std::vector<std::uint32_t>{4, 3, 2}), ordered.level(1).count);
-    EXPECT_EQ((std::vector<std::uint32_t>{0, 0, 1}), ordered.level(2).prefix);
-    EXPECT_EQ((std::vector<Rank>{B, C, C}), ordered.level(2).last);
-    EXPECT_EQ((std::vector<std::uint32_t>{3, 2, 2}), ordered.level(2).count);
-    EXPECT_EQ((std::vector<std::uint32_t>{0}), ordered.level(3).prefix);
-    EXPECT_EQ((std::vector<Rank>{C}), ordered.level(3).last);
-    EXPECT_EQ((std::vector<std::uint32_t>{2}), ordered.level(3).count);
+    const ItemSets made = ordered(std::move(sets), WalkOrder(index, 1));
+    ASSERT_EQ(3U, made.levels());
+    EXPECT_EQ((std::vector<Rank>{A, B, C}), made.level(1).last);
+    EXPECT_EQ((std::vector<std::uint32_t>{4, 3, 2}), made.level(1).count);
+    EXPECT_EQ((std::vector<std::uint32_t>{0, 0, 1}), made.level(2).prefix);
+    EXPECT_EQ((std::vector<Rank>{B, C, C}), made.level(2).last);
+    EXPECT_EQ((std::vector<std::uint32_t>{3, 2, 2}), made.level(2).count);
+    EXPECT_EQ((std::vector<std::uint32_t>{0}), made.level(3).prefix);
+    EXPECT_EQ((std::vector<Rank>{C}), made.level(3).last);
+    EXPECT_EQ((std::vector<std::uint32_t>{2}), made.level(3).count);
 }
 
 TEST(FoundSets, OfNoItemsAreOrderedToAnEmptyLevel) {
-    const ItemSets ordered = FoundSets().ordered(WalkOrder(threeItems(), 5));
-    EXPECT_EQ(1U, ordered.levels());
-    EXPECT_EQ(0U, ordered.size());
+    const ItemSets made = ordered(FoundSets(), WalkOrder(threeItems(), 5));
+    EXPECT_EQ(1U, made.levels());
+    EXPECT_EQ(0U, made.size());
 }
 
 TEST(FoundSets, LinkTellsWhereExtensionsBegin) {
@@ -190,15 +196,15 @@ TEST(FoundSets, AreOrderedHoweverManyItemsThereAre) {
                 expected[Set{low, high}] = count;
                 sets.add(2, first, WalkItem{last}, count);
             }
-            const ItemSets ordered = std::move(sets).ordered(order);
-            EXPECT_EQ(items, ordered.count(1));
-            ASSERT_EQ(expected.size(), ordered.count(2));
+            const ItemSets made = ordered(std::move(sets), order, pairs == 20 ? 3 : 1);
+            EXPECT_EQ(items, made.count(1));
+            ASSERT_EQ(expected.size(), made.count(2));
             std::size_t place = 0;
             for (const auto& [set, count] : expected) {
                 Set found(2);
-                ordered.items(2, place, found.data());
+                made.items(2, place, found.data());
                 ASSERT_EQ(set, found) << items << " items, pair " << place;
-                ASSERT_EQ(count, ordered.level(2).count[place]);
+                ASSERT_EQ(count, made.level(2).count[place]);
                 ++place;
             }
         }

@@ -77,7 +77,7 @@ CountedSets walked(const HistoryIndex& index, std::uint32_t minCount, const Coun
         walk.walk(WalkItem{item}, found);
     FoundSets whole = all;
     whole.append(found, {}, found.sizes());
-    return setsOf(std::move(whole).ordered(order));
+    return setsOf(std::move(whole).ordered(order, 1, step));
 }
 
 CountedSets upTo(const CountedSets& sets, std::size_t maxSize) {

@@ -87,11 +87,11 @@ TEST(MomentWords, AHistoryIsPackedForEachDigitOfItsWeight) {
     words.make(stood.standings, stood.standings.places(Rank{0}));
     EXPECT_EQ(2U, words.mostFields());
     EXPECT_EQ((std::vector<std::uint32_t>{1, 2, 4}), Described(words).weights);
-    std::multimap<std::uint32_t, std::uint32_t> wordsOfHistories;
+    std::multimap<std::uint32_t, std::uint32_t> wordsOfPlaces;
     for (const MomentWords::Field& field : words.fields())
-        wordsOfHistories.insert({field.history, field.word});
+        wordsOfPlaces.insert({field.place, field.word});
     EXPECT_EQ((std::multimap<std::uint32_t, std::uint32_t>{{0, 0}, {0, 2}, {1, 0}, {1, 1}}),
-              wordsOfHistories);
+              wordsOfPlaces);
 }
 
 TEST(MomentWords, BeginAtTheFirstMomentOfTheItem) {
@@ -103,7 +103,8 @@ TEST(MomentWords, BeginAtTheFirstMomentOfTheItem) {
     const MomentWords::Field& field = words.fields()[0];
     EXPECT_EQ(2U, field.from);
     EXPECT_EQ(3U, field.bits);
-    const Standings::Masks masks = stood.standings.masks(field.history, field.entry);
+    const Standings::Place& place = stood.standings.places(Rank{3})[field.place];
+    const Standings::Masks masks = stood.standings.masks(place.history, place.entry);
     EXPECT_EQ(0b001U, MomentWords::moved(masks.fresh, field));
     EXPECT_EQ(0b110U, MomentWords::moved(masks.recent(), field));
 }
@@ -150,16 +151,17 @@ std::size_t entryOf(const Standings& standings, std::size_t history, Rank item) 
     return entry;
 }
 
-/// The masks of an item in all words of another.
-std::vector<std::uint64_t> bitsOf(const Standings& standings, const MomentWords& words, Rank item,
-                                  MaskOf maskOf) {
+/// The masks of an item in all words of a first one.
+std::vector<std::uint64_t> bitsOf(const Standings& standings, const MomentWords& words, Rank first,
+                                  Rank item, MaskOf maskOf) {
     std::vector<std::uint64_t> bits(words.words());
     for (const MomentWords::Field& field : words.fields()) {
-        const std::size_t entry = entryOf(standings, field.history, item);
-        if (entry == standings.endEntry(field.history))
+        const std::uint32_t history = standings.places(first)[field.place].history;
+        const std::size_t entry = entryOf(standings, history, item);
+        if (entry == standings.endEntry(history))
             continue;
         const std::uint64_t moved =
-            MomentWords::moved(maskOf(standings.masks(field.history, entry)), field);
+            MomentWords::moved(maskOf(standings.masks(history, entry)), field);
         EXPECT_EQ(0U, bits[field.word] & moved) << "fields overlap";
         bits[field.word] |= moved;
     }
@@ -197,8 +199,8 @@ void expectNaiveCounts(const Table& table, std::uint64_t window, std::uint64_t s
         for (std::uint32_t b = 0; b < standings.itemCount(); ++b)
             for (const MaskOf maskOfA : {&freshOf, &recentOf})
                 for (const MaskOf maskOfB : {&freshOf, &recentOf}) {
-                    const auto left = bitsOf(standings, words, Rank{a}, maskOfA);
-                    const auto right = bitsOf(standings, words, Rank{b}, maskOfB);
+                    const auto left = bitsOf(standings, words, Rank{a}, Rank{a}, maskOfA);
+                    const auto right = bitsOf(standings, words, Rank{a}, Rank{b}, maskOfB);
                     std::vector<std::uint64_t> both(words.words());
                     const std::uint32_t count = words.intersect(described.selection, left.data(),
                                                                 right.data(), both.data(), false);

@@ -73,7 +73,8 @@ Tallies walked(const HistoryIndex& index, const Run& run) {
     Observer observer;
     Step step(observer);
     Work work(step);
-    RuleWalk walk(standings, sets, run.maxSize, run.splits, run.window == 0, recorder, work);
+    const PairTallies pairs(standings, sets, 1, step);
+    RuleWalk walk(standings, pairs, sets, run.maxSize, run.splits, run.window == 0, recorder, work);
     for (std::size_t first = 0; first < sets.count(1); ++first)
         walk.walk(first);
     Tallies tallies;
