@@ -4,15 +4,13 @@
 
 namespace quarvis::mining {
 
-namespace {
-
-/// A block ends when it has so many candidates.
-constexpr std::size_t BLOCK = std::size_t{1} << 20;
-
-}  // namespace
-
-Candidates::Candidates(FoundSets& found, std::size_t items, std::uint32_t minCount)
-    : m_found(found), m_items(items), m_minCount(minCount), m_size(found.maxSize() + 1) {}
+Candidates::Candidates(FoundSets& found, std::size_t items, std::uint32_t minCount,
+                       std::size_t block)
+    : m_found(found),
+      m_items(items),
+      m_minCount(minCount),
+      m_block(block),
+      m_size(found.maxSize() + 1) {}
 
 /// Calls `visit(parent, last, number)` for the classes of candidates of a first item: for each set
 /// that is extended, the place of the set and the places of the sets that extend it, in the level
@@ -48,7 +46,7 @@ std::size_t Candidates::m_countOf(std::size_t item) const {
 bool Candidates::next() {
     m_begin = m_end;
     m_count = 0;
-    while (m_end < m_items && m_count < BLOCK)
+    while (m_end < m_items && m_count < m_block)
         m_count += m_countOf(m_end++);
     return m_begin < m_end;
 }

@@ -15,8 +15,9 @@ namespace quarvis::mining {
 class Candidates {
   public:
     /// Of size `found.maxSize()` + 1, or of size 2 when there is none; `found` is linked and stays
-    /// as it is until the last block was pruned.
-    Candidates(FoundSets& found, std::size_t items, std::uint32_t minCount);
+    /// as it is until the last block was pruned. A block ends when it has `block` candidates.
+    Candidates(FoundSets& found, std::size_t items, std::uint32_t minCount,
+               std::size_t block = std::size_t{1} << 20);
 
     /// The size of the candidates.
     std::size_t size() const { return m_size; }
@@ -45,6 +46,7 @@ class Candidates {
     FoundSets& m_found;
     std::size_t m_items;
     std::uint32_t m_minCount;
+    std::size_t m_block;
     std::size_t m_size;
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
