@@ -15,7 +15,8 @@ namespace quarvis::mining {
 ///
 /// Each thread makes itself a worker by `makeWorker(thread)` and calls it with one task after the
 /// other; tasks are given out in ascending order. The first exception ends all threads and is
-/// rethrown. `between(done)` is called in the calling thread now and then.
+/// rethrown. Before each task the step is asked whether to end. `between(done)` is called in the
+/// calling thread now and then.
 template <class MakeWorker, class Between>
 void workOn(std::size_t count, unsigned threads, Step& step, MakeWorker makeWorker,
             Between between) {
@@ -28,6 +29,7 @@ void workOn(std::size_t count, unsigned threads, Step& step, MakeWorker makeWork
         try {
             auto worker = makeWorker(thread);
             for (std::size_t task = next++; task < count; task = next++) {
+                step.spend(0);
                 worker(task);
                 afterEach(task + 1);
             }
