@@ -41,13 +41,13 @@ TEST_P(FuzzTarget, HoldsForNoBytes) {
     EXPECT_NO_THROW(GetParam().body({}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Targets, FuzzTarget,
-                         testing::Values(Target{"arguments", fuzzArguments},
-                                         Target{"values", fuzzValues},
-                                         Target{"delimited_text", fuzzDelimitedText},
-                                         Target{"rule_files", fuzzRuleFiles},
-                                         Target{"whole_run", fuzzWholeRun}),
-                         [](const auto& target) { return std::string(target.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Targets, FuzzTarget,
+    testing::Values(Target{"arguments", fuzzArguments}, Target{"values", fuzzValues},
+                    Target{"delimited_text", fuzzDelimitedText},
+                    Target{"rule_files", fuzzRuleFiles}, Target{"whole_run", fuzzWholeRun},
+                    Target{"index_bytes", fuzzIndexBytes}, Target{"engine", fuzzEngine}),
+    [](const auto& target) { return std::string(target.param.name); });
 
 }  // namespace
 }  // namespace fuzz

@@ -33,4 +33,12 @@ void fuzzRuleFiles(Bytes bytes);
 /// `quarvis::rule::mine` against the plain miner of the tests: results and messages.
 void fuzzWholeRun(Bytes bytes);
 
+/// `quarvis::mining::indexFromBytes`: an error, or an index whose bytes these are and that can be
+/// asked and mined.
+void fuzzIndexBytes(Bytes bytes);
+
+/// Two of the ways through the engine, `quarvis::mining::mine` and `mineShards`, against each
+/// other: results to the last bit.
+void fuzzEngine(Bytes bytes);
+
 }  // namespace fuzz
