@@ -177,6 +177,24 @@ void checkHistories(const IndexParts& parts, std::size_t transactions) {
     }
 }
 
+/// No item is in more histories than its count tells.
+void checkCounts(const IndexParts& parts) {
+    constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+    std::vector<std::uint32_t> left = parts.counts;
+    std::vector<std::uint32_t> last(left.size(), none);  // by rank: the last history with the item
+    for (std::uint32_t history = 0; history + 1 < parts.historyBegin.size(); ++history) {
+        const std::size_t end = parts.itemBegin[parts.historyBegin[history + 1]];
+        for (std::size_t i = parts.itemBegin[parts.historyBegin[history]]; i < end; ++i) {
+            const std::size_t item = at(parts.items[i]);
+            if (last[item] == history)
+                continue;
+            require(left[item] > 0, "its counts are too low");
+            last[item] = history;
+            --left[item];
+        }
+    }
+}
+
 }  // namespace
 
 std::string indexToBytes(const HistoryIndex& index) {
@@ -246,6 +264,7 @@ HistoryIndex indexFromBytes(std::span<const char> bytes) {
     require(reader.atEnd(), "there is something behind it");
     checkItems(index, parts);
     checkHistories(parts, static_cast<std::size_t>(head[HEAD_TRANSACTIONS]));
+    checkCounts(parts);
     require(parts.transactionCount >= head[HEAD_TRANSACTIONS], "it has too few transactions");
     return index;
 }

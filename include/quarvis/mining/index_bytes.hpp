@@ -35,7 +35,8 @@ class IndexFormatError : public std::runtime_error {
 std::string indexToBytes(const HistoryIndex& index);
 
 /// The index that the bytes stand for. Throws `IndexFormatError` for anything that `indexToBytes`
-/// does not write: every length, order and reference is checked, whatever the checksum says.
+/// does not write: every length, order and reference is checked, whatever the checksum says. The
+/// counts may be those of a larger index, of which this is a slice, but not less than here.
 HistoryIndex indexFromBytes(std::span<const char> bytes);
 
 }  // namespace quarvis::mining

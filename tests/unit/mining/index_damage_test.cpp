@@ -181,6 +181,7 @@ INSTANTIATE_TEST_SUITE_P(
                    f.nameBegin = {0, 0, 0, 4};
                }},
         Damage{"ACountBelowTheLeast", COUNTS, [](auto& f) { f.counts[2] = 0; }},
+        Damage{"ACountBelowTheHistories", COUNTS, [](auto& f) { f.counts[1] = 1; }},
         Damage{"AnotherLeast", COUNTS, [](auto& f) { f.head.minCount = 2; }}),
     nameOf);
 
