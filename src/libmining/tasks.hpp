@@ -20,8 +20,6 @@ namespace quarvis::mining {
 template <class MakeWorker, class Between>
 void workOn(std::size_t count, unsigned threads, Step& step, MakeWorker makeWorker,
             Between between) {
-    // Small tasks never settle, so a run that was cancelled before them ends here.
-    step.spend(0);
     std::atomic<std::size_t> next{0};
     std::exception_ptr error;
     std::mutex mutex;
@@ -29,6 +27,7 @@ void workOn(std::size_t count, unsigned threads, Step& step, MakeWorker makeWork
         try {
             auto worker = makeWorker(thread);
             for (std::size_t task = next++; task < count; task = next++) {
+                // Small tasks never settle with the step.
                 step.spend(0);
                 worker(task);
                 afterEach(task + 1);
