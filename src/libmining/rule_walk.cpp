@@ -17,7 +17,8 @@ RuleWalk::RuleWalk(const Standings& standings, const PairTallies& tallies, const
       m_single(single),
       m_ledger(ledger),
       m_work(work),
-      m_columns(standings) {}
+      m_columns(standings),
+      m_joined(standings.itemCount()) {}
 
 void RuleWalk::walk(std::size_t first) {
     if (m_maxSize < 2)
@@ -159,6 +160,7 @@ void RuleWalk::m_visit(std::size_t size, const std::vector<Node>& nodes) {
         std::size_t set = level.extensions[nodes[node].set];
         if (set == end)
             continue;
+        m_markJoined(size + 1, set, end);
         const Marks marks = m_mark();
         std::vector<Node>& extended = m_nodesAt(size + 1);
         bool anyLive = false;
@@ -181,6 +183,25 @@ void RuleWalk::m_visit(std::size_t size, const std::vector<Node>& nodes) {
             m_visit(size + 1, extended);
         m_release(marks);
     }
+}
+
+/// Marks those of the sets [begin, end), which share all items but the last, whose last item
+/// another of them is extended by.
+void RuleWalk::m_markJoined(std::size_t size, std::size_t begin, std::size_t end) {
+    ++m_markings;
+    if (size >= m_maxSize)
+        return;
+    const Level& level = m_sets.level(size);
+    const Level& above = m_sets.level(size + 1);
+    for (std::size_t set = level.extensions[begin]; set < level.extensions[end]; ++set)
+        m_joined[at(above.last[set])] = m_markings;
+}
+
+/// Whether larger sets are made from a set that m_markJoined was last called for.
+bool RuleWalk::m_isNeeded(std::size_t size, std::size_t set) const {
+    const Level& level = m_sets.level(size);
+    return size < m_maxSize && (level.extensions[set] < level.extensions[set + 1] ||
+                                m_joined[at(level.last[set])] == m_markings);
 }
 
 /// Finds the words that a set and a column share.
@@ -228,8 +249,8 @@ const std::uint64_t* RuleWalk::m_gather(const std::uint64_t* bits, std::size_t w
 }
 
 /// The moments of the set `set` of `size` + 1 items, from those of the set that lacks `item`, which
-/// stands at `place` among its items; null when none of its rules is followed. The rules are taken
-/// to the ledger on the way.
+/// stands at `place` among its items; null when none of its rules is followed, or no larger set is
+/// made from it. The rules are taken to the ledger on the way.
 const RuleWalk::Moments* RuleWalk::m_extend(const Moments& from, std::size_t size, std::size_t set,
                                             Rank item, std::size_t place) {
     m_align(from, m_columns.of(item));
@@ -271,7 +292,7 @@ const RuleWalk::Moments* RuleWalk::m_extend(const Moments& from, std::size_t siz
     }
     tryRule(m_gather(from.allNew, from.words.size), allOf(size), false);
     tryRule(m_gather(from.allRecent, from.words.size), 0, true);
-    if (made->rules == 0 || size + 1 == m_maxSize) {
+    if (made->rules == 0 || !m_isNeeded(size + 1, set)) {
         m_release(marks);
         return nullptr;
     }

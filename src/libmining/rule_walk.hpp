@@ -85,6 +85,8 @@ class RuleWalk {
     void m_visitPairs();
     const Moments* m_pairMoments(Rank item, bool forward, bool backward);
     void m_visit(std::size_t size, const std::vector<Node>& nodes);
+    void m_markJoined(std::size_t size, std::size_t begin, std::size_t end);
+    bool m_isNeeded(std::size_t size, std::size_t set) const;
     const Moments* m_extend(const Moments& from, std::size_t size, std::size_t set, Rank item,
                             std::size_t place);
     void m_align(const Moments& from, const MomentColumns::Column& column);
@@ -117,6 +119,9 @@ class RuleWalk {
     std::vector<Pair> m_pairs;
     MomentColumns m_columns;
     std::deque<std::vector<Node>> m_nodes;  // by size
+    // By rank: the last time that m_markJoined marked a set with this last item.
+    std::vector<std::uint32_t> m_joined;
+    std::uint32_t m_markings = 0;
     // Of the words that a set and a column share: their places in the set, and what the column has.
     std::vector<std::uint32_t> m_shared;
     std::vector<std::uint64_t> m_fresh;
