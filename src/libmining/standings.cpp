@@ -1,6 +1,7 @@
 #include "standings.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
@@ -14,6 +15,9 @@ constexpr std::uint32_t IRRELEVANT = NONE - 1;
 
 /// Where of so many histories less than a sixteenth was alike, no more of them are looked for.
 constexpr std::size_t TRIAL = 2048;
+
+/// So many items are put into order by counting for each the lesser ones.
+constexpr std::size_t FEW = 32;
 
 /// Sets the bits [begin, end).
 void setRange(std::uint64_t* words, std::size_t begin, std::size_t end) {
@@ -155,17 +159,39 @@ class StandingsBuilder {
         }
     }
 
-    /// Adds the history, or a weight to one that is alike.
-    void m_keep() {
+    /// Puts the slots of items that are new or recent at some moment into the order of the items.
+    void m_sortSlots() {
         m_order.clear();
         for (std::uint32_t slot = 0; slot < m_slotItems.size(); ++slot)
             if (std::any_of(&m_slotMasks[slot * 3 * m_words],
                             &m_slotMasks[slot * 3 * m_words] + 2 * m_words,
                             [](std::uint64_t word) { return word != 0; }))
                 m_order.push_back(slot);
-        std::sort(m_order.begin(), m_order.end(), [this](std::uint32_t a, std::uint32_t b) {
-            return m_slotItems[a] < m_slotItems[b];
-        });
+        if (m_order.size() > FEW) {
+            std::sort(m_order.begin(), m_order.end(), [this](std::uint32_t a, std::uint32_t b) {
+                return m_slotItems[a] < m_slotItems[b];
+            });
+            return;
+        }
+        // To count the lesser items takes no branches.
+        std::array<std::uint32_t, FEW> items;
+        std::array<std::uint32_t, FEW> slots;
+        const std::size_t size = m_order.size();
+        for (std::size_t i = 0; i < size; ++i) {
+            slots[i] = m_order[i];
+            items[i] = static_cast<std::uint32_t>(at(m_slotItems[slots[i]]));
+        }
+        for (std::size_t i = 0; i < size; ++i) {
+            std::uint32_t lesser = 0;
+            for (std::size_t j = 0; j < size; ++j)
+                lesser += items[j] < items[i] ? 1 : 0;
+            m_order[lesser] = slots[i];
+        }
+    }
+
+    /// Adds the history, or a weight to one that is alike.
+    void m_keep() {
+        m_sortSlots();
         const std::size_t entry = m_made.m_items.size();
         const std::size_t mask = m_made.m_masks.size() / 2;
         if (entry + m_order.size() >= NONE)
