@@ -17,8 +17,8 @@
 /// arrays follow, each filled up with zeros to a multiple of 8 bytes: where names begin (64-bit,
 /// one more than there are items), the names, the counts of items, where the transactions of
 /// histories begin (one more than there are histories), the times, where the items of transactions
-/// begin (one more than there are transactions), and the items; 32-bit but for what is told, and the
-/// times as wide as the head says.
+/// begin (one more than there are transactions), and the items; 32-bit but for what is told, and
+/// the times as wide as the head says.
 ///
 /// The last 8 bytes are a checksum of all bytes before. It begins as their number. For every 8 of
 /// them, as a number w, the checksum s becomes t xor (t >> 29), where t is
