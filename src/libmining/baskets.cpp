@@ -16,7 +16,7 @@ struct Unordered {
     std::vector<std::uint32_t> begin = {0};  // by history that is kept, and the end of the last
     std::vector<std::uint32_t> counts;       // by item
 
-    Unordered(const Shard& shard, const WalkOrder& order) : counts(order.size()) {
+    Unordered(const Shard& shard, const WalkOrder& order, Work* work) : counts(order.size()) {
         std::vector<std::uint32_t> last(order.size(), NONE);  // by item: the last history with it
         for (std::size_t history = shard.begin; history < shard.end; ++history) {
             const HistoryId id{static_cast<std::uint32_t>(history)};
@@ -29,6 +29,8 @@ struct Unordered {
                     last[at(item)] = static_cast<std::uint32_t>(history);
                     items.push_back(item);
                 }
+            if (work != nullptr)
+                work->add(1 + 5 * (items.size() - begin.back()));
             m_endHistory();
         }
     }
@@ -52,8 +54,9 @@ struct Unordered {
 
 /// A transposition sorts the histories: their items are listed by item, and these lists, taken in
 /// the order of the items, fill each history in that order.
-Baskets::Baskets(const Shard& shard, const WalkOrder& order) : m_begin(order.size() + 1) {
-    Unordered histories(shard, order);
+Baskets::Baskets(const Shard& shard, const WalkOrder& order, Work* work)
+    : m_begin(order.size() + 1) {
+    Unordered histories(shard, order, work);
     for (std::size_t item = 0; item < order.size(); ++item)
         m_begin[item + 1] = m_begin[item] + histories.counts[item];
 

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "run_control.hpp"
 #include "shard.hpp"
 #include "walk_order.hpp"
 
@@ -22,7 +23,8 @@ class Baskets {
     /// The mark behind the items of a history; greater than every item.
     static constexpr WalkItem END{static_cast<std::uint32_t>(-1)};
 
-    Baskets(const Shard& shard, const WalkOrder& order);
+    /// What it costs is told to `work`, if any.
+    Baskets(const Shard& shard, const WalkOrder& order, Work* work = nullptr);
 
     std::size_t itemCount() const { return m_begin.size() - 1; }
 

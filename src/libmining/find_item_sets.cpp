@@ -26,18 +26,14 @@ class Search {
           m_maxSize(options.maxSize == 0 ? std::numeric_limits<std::size_t>::max()
                                          : options.maxSize),
           m_order(index, options.minCount),
-          m_baskets(Shard::whole(index), m_order) {
+          m_shard(Shard::whole(index)) {
         m_sets.link(m_order.size());
     }
 
     ItemSets run() {
         m_observer.levelFound(1, m_order.size());
-        if (m_maxSize > 1 && m_order.size() > 0 && !m_isShort()) {
-            while (m_walkLevel())
-                continue;
-            if (m_sets.maxSize() == m_reported)
-                m_walk(m_maxSize, Step::NO_LIMIT);
-        }
+        if (m_maxSize > 1 && m_order.size() > 0)
+            m_findLarger();
         for (std::size_t size = m_reported + 1; size <= m_sets.maxSize(); ++size)
             m_observer.levelFound(size, m_sets.count(size));
         if (m_sets.maxSize() < m_maxSize && m_sets.maxSize() + 1 > m_reported)
@@ -47,6 +43,18 @@ class Search {
     }
 
   private:
+    void m_findLarger() {
+        Step step(m_observer);
+        Work work(step);
+        m_baskets = std::make_unique<Baskets>(m_shard, m_order, &work);
+        if (m_isShort())
+            return;
+        while (m_walkLevel())
+            continue;
+        if (m_sets.maxSize() == m_reported)
+            m_walk(m_maxSize, Step::NO_LIMIT);
+    }
+
     /// Finds the next level; whether to go on so.
     bool m_walkLevel() {
         const std::size_t size = m_reported + 1;
@@ -83,7 +91,7 @@ class Search {
                     walk = std::unique_ptr<ItemSetWalk>()](std::size_t task) mutable {
                 if (!walk)
                     walk =
-                        std::make_unique<ItemSetWalk>(m_baskets, m_options.minCount, scope, *work);
+                        std::make_unique<ItemSetWalk>(*m_baskets, m_options.minCount, scope, *work);
                 parts[task].thread = thread;
                 parts[task].begins = found[thread].sizes();
                 walk->walk(WalkItem{static_cast<std::uint32_t>(task)}, found[thread]);
@@ -112,7 +120,8 @@ class Search {
     Observer& m_observer;
     std::size_t m_maxSize;
     WalkOrder m_order;
-    Baskets m_baskets;
+    Shard m_shard;
+    std::unique_ptr<Baskets> m_baskets;
     FoundSets m_sets;
     std::size_t m_reported = 1;
 };

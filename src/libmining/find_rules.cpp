@@ -19,8 +19,9 @@ Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOpt
     Step step(observer);
     std::vector<CountedRule> counted;
     if (sets.levels() > 1) {
+        Work ownWork(step);
         const Standings standings(Shard::whole(index), relevantItems(sets, index.itemCount()),
-                                  options.window);
+                                  options.window, &ownWork);
         const std::uint32_t least = std::max<std::uint32_t>(options.minCount, 1);
         const PairTallies tallies(standings, sets, options.threads, step);
         std::vector<std::unique_ptr<WholeLedger>> ledgers(options.threads);

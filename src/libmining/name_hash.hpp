@@ -41,7 +41,8 @@ inline std::uint32_t nameHash(std::string_view name) {
     };
     std::uint64_t hash = name.size();
     if (name.size() < word) {
-        hash = mixed(hash, shortWord(name));
+        // The length is spread over all bits first, as the bytes of a short name repeat.
+        hash = mixed(mixed(0, hash), shortWord(name));
     } else {
         const char* const last = name.data() + name.size() - word;
         for (const char* bytes = name.data(); bytes < last; bytes += word)

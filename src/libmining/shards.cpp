@@ -23,8 +23,9 @@ namespace {
 /// What the counting of rules on one shard works on.
 struct RuleParts {
     RuleParts(const HistoryIndex& index, const ItemSets& sets, const std::vector<bool>& relevant,
-              std::uint64_t window, Step& step)
-        : standings(Shard::whole(index), relevant, window), tallies(standings, sets, 1, step) {}
+              std::uint64_t window, Step& step, Work& work)
+        : standings(Shard::whole(index), relevant, window, &work),
+          tallies(standings, sets, 1, step) {}
 
     Standings standings;
     PairTallies tallies;
@@ -48,8 +49,9 @@ class ShardedRun {
         FoundSets found;
         found.link(m_order.size());
         std::vector<std::unique_ptr<Baskets>> baskets(m_shards.size());
-        m_onEach([&](std::size_t shard, Work&) {
-            baskets[shard] = std::make_unique<Baskets>(Shard::whole(m_shards[shard]), m_order);
+        m_onEach([&](std::size_t shard, Work& work) {
+            baskets[shard] =
+                std::make_unique<Baskets>(Shard::whole(m_shards[shard]), m_order, &work);
         });
         for (bool any = m_maxSize > 1; any;) {
             Candidates candidates(found, m_order.size(), m_options.minCount);
@@ -110,9 +112,9 @@ class ShardedRun {
         const std::uint32_t least = std::max<std::uint32_t>(m_options.minCount, 1);
         std::vector<std::unique_ptr<RuleParts>> parts(m_shards.size());
         const std::vector<bool> relevant = relevantItems(sets, m_shards.front().itemCount());
-        m_onEach([&](std::size_t shard, Work&) {
+        m_onEach([&](std::size_t shard, Work& work) {
             parts[shard] = std::make_unique<RuleParts>(m_shards[shard], sets, relevant,
-                                                       m_options.window, m_step);
+                                                       m_options.window, m_step, work);
         });
         std::vector<SplitSet> live;
         for (std::uint32_t size = 2; size <= sets.levels(); ++size) {

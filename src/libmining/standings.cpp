@@ -306,7 +306,8 @@ class StandingsBuilder {
     std::vector<std::uint64_t> m_hashes;  // by history
 };
 
-Standings::Standings(const Shard& shard, const std::vector<bool>& relevant, std::uint64_t window) {
+Standings::Standings(const Shard& shard, const std::vector<bool>& relevant, std::uint64_t window,
+                     Work* work) {
     StandingsBuilder builder(*this, *shard.index, relevant, window);
     std::size_t entries = 0;
     for (std::uint32_t item = 0; item < relevant.size(); ++item)
@@ -316,8 +317,13 @@ Standings::Standings(const Shard& shard, const std::vector<bool>& relevant, std:
     entries = std::min(entries, shard.index->occurrenceCount());
     m_items.reserve(entries);
     m_masks.reserve(2 * entries);
-    for (std::size_t history = shard.begin; history < shard.end; ++history)
-        builder.add(HistoryId{static_cast<std::uint32_t>(history)});
+    for (std::size_t history = shard.begin; history < shard.end; ++history) {
+        const HistoryId id{static_cast<std::uint32_t>(history)};
+        builder.add(id);
+        if (work != nullptr)
+            work->add(50 *
+                      (1 + shard.index->endTransaction(id) - shard.index->firstTransaction(id)));
+    }
     builder.finish();
 }
 

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "run_control.hpp"
 #include "shard.hpp"
 
 namespace quarvis::mining {
@@ -44,8 +45,9 @@ class Standings {
     };
 
     /// Of the items of the index that `relevant` tells, by rank. A window of 0 is none: whatever
-    /// occurred before is recent.
-    Standings(const Shard& shard, const std::vector<bool>& relevant, std::uint64_t window);
+    /// occurred before is recent. What it costs is told to `work`, if any.
+    Standings(const Shard& shard, const std::vector<bool>& relevant, std::uint64_t window,
+              Work* work = nullptr);
 
     /// The items of the index.
     std::size_t itemCount() const { return m_begin.size() - 1; }

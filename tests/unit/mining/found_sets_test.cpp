@@ -117,7 +117,7 @@ void addRandom(FoundSets& sets, std::size_t item, std::size_t begin, oracle::Dra
     for (std::size_t size = begin; size < begin + 4; ++size) {
         std::vector<std::size_t> here;
         for (const std::size_t parent : below)
-            for (std::uint64_t n = draws.upTo(2); n > 0; --n) {
+            for (std::uint64_t n = 0, last = draws.upTo(2); n < last; ++n) {
                 here.push_back(sets.count(size));
                 sets.add(size, parent, WalkItem{static_cast<std::uint32_t>(n)},
                          static_cast<std::uint32_t>(draws.upTo(99)));
