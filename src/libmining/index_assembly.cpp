@@ -90,7 +90,9 @@ std::vector<std::uint32_t> rankItems(const std::vector<std::uint32_t>& counts,
 struct WideKey {
     std::uint64_t time;
     std::uint32_t rank;
-    auto operator<=>(const WideKey&) const = default;
+    bool operator<(const WideKey& other) const {
+        return time != other.time ? time < other.time : rank < other.rank;
+    }
 };
 
 template <class Time>

@@ -84,12 +84,7 @@ class Reader {
 
     template <class Number>
     Number number() {
-        require(m_bytes.size() >= sizeof(Number), "it is cut off");
-        std::uint64_t value = 0;
-        for (std::size_t i = 0; i < sizeof(Number); ++i)
-            value |= std::uint64_t{static_cast<unsigned char>(m_bytes[i])} << (8 * i);
-        m_bytes = m_bytes.subspan(sizeof(Number));
-        return static_cast<Number>(value);
+        return static_cast<Number>(m_take(sizeof(Number)));
     }
 
     /// Room is only taken for what is there.
@@ -105,7 +100,7 @@ class Reader {
             m_bytes = m_bytes.subspan(bytes);
         } else {
             for (Number& value : values)
-                value = Number{number<std::make_unsigned_t<UnderlyingOf<Number>>>()};
+                value = number<Number>();
         }
         const std::size_t fill = (ALIGNMENT - bytes % ALIGNMENT) % ALIGNMENT;
         require(m_bytes.size() >= fill, "it is cut off");
@@ -119,17 +114,14 @@ class Reader {
     bool atEnd() const { return m_bytes.empty(); }
 
   private:
-    template <class Number>
-    struct Underlying {
-        using type = Number;
-    };
-    template <class Id>
-    requires std::is_enum_v<Id>
-    struct Underlying<Id> {
-        using type = std::underlying_type_t<Id>;
-    };
-    template <class Number>
-    using UnderlyingOf = typename Underlying<Number>::type;
+    std::uint64_t m_take(std::size_t bytes) {
+        require(m_bytes.size() >= bytes, "it is cut off");
+        std::uint64_t value = 0;
+        for (std::size_t i = 0; i < bytes; ++i)
+            value |= std::uint64_t{static_cast<unsigned char>(m_bytes[i])} << (8 * i);
+        m_bytes = m_bytes.subspan(bytes);
+        return value;
+    }
 
     std::span<const char> m_bytes;
 };

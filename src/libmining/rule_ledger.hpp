@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <tuple>
 #include <vector>
 
 #include "splits.hpp"
@@ -22,7 +23,10 @@ struct SplitSet {
     std::uint32_t set;
     SplitMask split;
 
-    auto operator<=>(const SplitSet&) const = default;
+    bool operator==(const SplitSet&) const = default;
+    bool operator<(const SplitSet& other) const {
+        return std::tie(size, set, split) < std::tie(other.size, other.set, other.split);
+    }
 };
 
 struct CountedRule {

@@ -157,7 +157,8 @@ Rules RuleSelection::sorted() && {
         if (a.first != b.first)
             return a.first < b.first;
         const std::strong_ordering sides = compare(antecedent(a.second), antecedent(b.second));
-        return sides != 0 ? sides < 0 : compare(subsequent(a.second), subsequent(b.second)) < 0;
+        return std::is_neq(sides) ? std::is_lt(sides)
+                                  : std::is_lt(compare(subsequent(a.second), subsequent(b.second)));
     });
     std::vector<Rules::Stored> sorted;
     sorted.reserve(rules.size());

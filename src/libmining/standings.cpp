@@ -134,6 +134,9 @@ class StandingsBuilder {
         return m_moments > 0;
     }
 
+    /// The masks of a slot, in the order new, recent, present.
+    std::uint64_t* m_masksOf(std::size_t slot) { return &m_slotMasks[slot * 3 * m_words]; }
+
     void m_fillMasks() {
         m_words = (m_moments + 63) / 64;
         m_slotMasks.assign(m_slotItems.size() * 3 * m_words, 0);
@@ -147,7 +150,7 @@ class StandingsBuilder {
             const std::size_t endRecent =
                 after < m_transactions.size() ? m_transactions[after].moments : m_moments;
             for (std::size_t i = now.begin; i < m_endOf(here); ++i) {
-                std::uint64_t* const fresh = &m_slotMasks[m_slots[i] * 3 * m_words];
+                std::uint64_t* const fresh = m_masksOf(m_slots[i]);
                 std::uint32_t& last = m_last[m_slots[i]];
                 const bool isFresh = last == NONE || !m_within(last, here);
                 if (now.isMoment)
@@ -163,8 +166,7 @@ class StandingsBuilder {
     void m_sortSlots() {
         m_order.clear();
         for (std::uint32_t slot = 0; slot < m_slotItems.size(); ++slot)
-            if (std::any_of(&m_slotMasks[slot * 3 * m_words],
-                            &m_slotMasks[slot * 3 * m_words] + 2 * m_words,
+            if (std::any_of(m_masksOf(slot), m_masksOf(slot) + 2 * m_words,
                             [](std::uint64_t word) { return word != 0; }))
                 m_order.push_back(slot);
         if (m_order.size() > FEW) {
@@ -217,7 +219,7 @@ class StandingsBuilder {
 
     /// Appends an item with its masks.
     void m_append(std::uint32_t slot) {
-        const std::uint64_t* const masks = &m_slotMasks[slot * 3 * m_words];
+        const std::uint64_t* const masks = m_masksOf(slot);
         const std::uint64_t* const present = masks + 2 * m_words;
         m_made.m_items.push_back(m_slotItems[slot]);
         const bool isPresent =
