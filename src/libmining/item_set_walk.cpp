@@ -14,6 +14,9 @@ namespace {
 
 constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
 
+/// The histories of an item lie far apart in memory, so they are fetched this many ahead.
+constexpr std::size_t AHEAD = 16;
+
 std::size_t wordsOf(std::size_t bits) {
     return (bits + 63) / 64;
 }
@@ -90,6 +93,8 @@ ItemSetWalk::Delivery ItemSetWalk::m_deliver(WalkItem item, std::uint32_t least)
                 break;
             check += check - spare;
         }
+        if (history + AHEAD < places.size())
+            __builtin_prefetch(m_baskets.after(places[history + AHEAD]));
         const WalkItem* other = m_baskets.after(places[history]);
         const WalkItem* const first = other;
         for (; *other != Baskets::END; ++other)
@@ -181,6 +186,8 @@ void ItemSetWalk::m_makeBitmaps(WalkItem item, Class& partners) {
     for (std::size_t history = 0; history < places.size(); ++history) {
         const std::uint64_t bit = std::uint64_t{1} << (history % 64);
         std::uint64_t* const word = partners.bitmaps + history / 64;
+        if (history + AHEAD < places.size())
+            __builtin_prefetch(m_baskets.after(places[history + AHEAD]));
         const WalkItem* other = m_baskets.after(places[history]);
         const WalkItem* const first = other;
         for (; *other != Baskets::END; ++other)
