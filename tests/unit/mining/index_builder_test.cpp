@@ -171,6 +171,16 @@ TEST(IndexBuilder, TakesTimesOf64BitsWhereItIsToldTo) {
         textOf(index));
 }
 
+TEST(IndexBuilder, TellsTimesApartThatDifferInOneBit) {
+    for (std::uint32_t bit = 0; bit < 64; ++bit) {
+        const std::uint64_t time = std::uint64_t{1} << bit;
+        IndexBuilder builder(TimeWidth::BITS_64);
+        builder.add("ann", 0, "a");
+        builder.add("ann", time, "b");
+        EXPECT_EQ("0:a " + std::to_string(time) + ":b", historiesOf(builder.freeze(1)));
+    }
+}
+
 TEST(IndexBuilder, IsWithoutRowsAfterFreezingButKeepsItsEntities) {
     IndexBuilder builder;
     builder.add("ann", 1, "a");

@@ -223,6 +223,62 @@ INSTANTIATE_TEST_SUITE_P(
                     Shape{"ManyItemsHardlyTogether", 1000, 100, SPARSE, 12, 4}),
     [](const testing::TestParamInfo<Shape>& shape) { return std::string(shape.param.name); });
 
+/// Items x and y are each in thousands of histories, but only in few together. The class of {x,y}
+/// has so many members that its bitmaps are made anew over these few.
+TEST(ItemSetWalk, FindsTheSetsOfFewAmongManyHistories) {
+    for (const std::size_t both : {1U, 63U, 64U, 65U, 100U, 128U, 129U, 200U}) {
+        oracle::Draws draws(both);
+        Dictionary names;
+        names.add("x");
+        names.add("y");
+        for (const char name : {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 'j'})
+            names.add(std::string(1, name));
+        constexpr std::size_t alone = 3000;
+        const std::size_t histories = 2 * alone + both;
+        std::vector<std::uint32_t> entities;
+        std::vector<std::uint32_t> items;
+        for (std::uint32_t history = 0; history < histories; ++history) {
+            // Those with both are spread among those with x.
+            const bool hasX = history < alone + both;
+            const bool hasY = history >= alone + both || history * both / (alone + both) !=
+                                                             (history + 1) * both / (alone + both);
+            for (std::uint32_t item = 0; item < names.size(); ++item)
+                if (item == 0 ? hasX : item == 1 ? hasY : draws.upTo(9) < 7) {
+                    entities.push_back(history);
+                    items.push_back(item);
+                }
+        }
+        const std::vector<std::uint32_t> times(items.size(), 1);
+        const auto minCount = static_cast<std::uint32_t>(std::max<std::size_t>(both / 4, 1));
+        const HistoryIndex index = indexColumns(entities, times, items, histories, names, minCount);
+        const CountedSets sets = naiveSets(index, minCount, 5);
+        for (const std::size_t known : {1U, 3U})
+            EXPECT_TRUE(sets == walked(index, minCount, sets, known, 5))
+                << both << " with both, " << known << " known";
+    }
+}
+
+/// Item y is in the last `least` of the histories of x and in no other of them: after all that it
+/// may be lacking in, it still can be frequent.
+TEST(ItemSetWalk, FindsAPartnerThatIsInTheLastHistoriesAlone) {
+    for (const std::uint32_t least : {1U, 8U, 9U, 40U, 100U})
+        for (const std::uint32_t spare : {0U, 1U, 7U, 8U, 9U, 60U, 300U}) {
+            oracle::Table table;
+            const auto addHistories = [&table](std::uint32_t number, const oracle::Items& items) {
+                table.histories.insert(table.histories.end(), number, {{1, items}});
+            };
+            addHistories(spare, {"f", "x"});
+            addHistories(least, {"x", "y"});
+            addHistories(least + spare, {"g", "y"});
+            const HistoryIndex index = support::indexOf(table, least);
+            const CountedSets sets = naiveSets(index, least);
+            EXPECT_EQ(least,
+                      sets.at(Set{Rank(index.itemCount() - 2), Rank(index.itemCount() - 1)}));
+            EXPECT_TRUE(sets == walked(index, least, sets, 1, 64))
+                << least << " and " << spare << " more";
+        }
+}
+
 TEST(ItemSetWalk, FindsNothingForAnItemWithoutLaterOnes) {
     const HistoryIndex index = support::indexOf(oracle::tableOf({"1:a,b", "1:a,b"}), 1);
     const WalkOrder order(index, 1);
