@@ -338,6 +338,7 @@ std::vector<Series> largeTables() {
         {{"HundredsOfItems", names(300), 4, 3, 4, 30, 1}, 100},
         {{"LongHistories", names(6), 3, 200, 2, 400}, 150},
         {{"LongHistoriesOfOneItem", names(3), 4, 300, 1, 2000}, 100},
+        {{"LongHistoriesOfOneItemAtEachTime", names(3), 3, 600, 1, 400}, 30},
         {{"LongAndShortHistories", names(5), 30, 90, 2, 100, 3}, 60},
     };
 }

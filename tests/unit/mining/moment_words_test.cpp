@@ -229,6 +229,7 @@ TEST(MomentWords, CountHistoriesOfAllWeightsAndLengths) {
         {"", {"a", "b", "c"}, 700, 2, 2, 2},
         {"", {"a", "b", "c", "d"}, 4, 200, 1, 800},
         {"", {"a", "b", "c"}, 30, 90, 1, 400},
+        {"", {"a", "b", "c"}, 3, 600, 1, 400},
     };
     for (const TableShape& shape : shapes)
         for (std::uint64_t seed = 0; seed < 6; ++seed)

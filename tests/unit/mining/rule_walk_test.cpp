@@ -209,6 +209,19 @@ TEST(RuleWalk, CountsAHistoryThatMeetsARuleOftenOnce) {
     EXPECT_EQ("a>b 1/1", walkedText({"1:a 2:b 10:a 11:b 20:a 21:b"}, {.window = 3}));
 }
 
+/// Two histories, alike, that meet a => b at 140 moments each: in three words.
+TEST(RuleWalk, CountsALongHistoryThatMeetsARuleOftenOnce) {
+    Table table;
+    table.histories.resize(2);
+    for (oracle::History& history : table.histories)
+        for (oracle::Time round = 0; round < 140; ++round) {
+            history[10 * round] = {"a"};
+            history[10 * round + 1] = {"b"};
+        }
+    const HistoryIndex index = support::indexOf(table, 1);
+    EXPECT_EQ("a>b 2/2", textOf(index, walked(index, {.window = 3})));
+}
+
 TEST(RuleWalk, CountsHistoriesThatAreAlikeByTheirWeight) {
     EXPECT_EQ("a>b 5/5, b>a 3/3", walkedText({"1:a 2:b", "1:b 2:a", "3:a 4:b", "1:a 9:b", "5:b 6:a",
                                               "1:a 2:b", "7:b 9:a", "8:a 9:b"},
@@ -276,6 +289,7 @@ std::vector<Series> series() {
         {{"AlikeHistories", three, 200, 3, 2, 3}, 40},
         {{"PresentAntecedents", five, 12, 6, 6, 8}, 40},
         {{"MoreThan64Moments", three, 2, 250, 1, 900}, 30},
+        {{"MetInSeveralWords", three, 3, 600, 1, 400}, 10},
         {{"LongAndShort", five, 12, 100, 1, 300, 2}, 10},
         {{"HundredItems", hundred, 300, 3, 5, 9, 2}, 6},
     };
