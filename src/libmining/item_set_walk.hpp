@@ -29,7 +29,7 @@ namespace quarvis::mining {
 class ItemSetWalk {
   public:
     /// What the walk counts. Sets of up to `knownSize` items, at least 1, are taken from `known`,
-    /// which is linked; `maxSize` is the size at which it ends.
+    /// which is linked and has as many levels at least; `maxSize` is the size at which it ends.
     struct Scope {
         const FoundSets* known = nullptr;
         std::size_t knownSize = 1;

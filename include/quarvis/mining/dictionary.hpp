@@ -16,7 +16,8 @@ namespace quarvis::mining {
 ///
 /// The names stand one after the other in one block. A hash table with linear probing, at most half
 /// full, holds the hash beside the number, so that names are compared only where their hashes
-/// agree. With names of n bytes it takes n + 24 to n + 40 bytes a name.
+/// agree. With names of n bytes it takes n + 24 bytes a name at least, and about twice that at
+/// most.
 class Dictionary {
   public:
     Dictionary();

@@ -42,7 +42,8 @@ class HistoryIndex {
     /// The frequent items; ranks are below it.
     std::size_t itemCount() const { return m_counts.size(); }
 
-    /// The distinct pairs of entity and time that the index was made from.
+    /// The distinct pairs of entity and time that the index was made from; in a slice, those of
+    /// them that have frequent items.
     std::uint64_t transactionCount() const { return m_transactionCount; }
 
     /// The least number of histories of the items that were kept.

@@ -22,15 +22,15 @@ class Observer {
     virtual ~Observer() = default;
 
     /// There are `sets` frequent item sets of `size` items. Called once for each size from 1 on, in
-    /// order, as soon as it is known; the last call is that of the first size without a set, or
-    /// that of the greatest size asked for.
+    /// order, as soon as it is known; the last call is that of the first size from 2 on without a
+    /// set, or that of the greatest size asked for.
     virtual void levelFound(std::size_t /*size*/, std::size_t /*sets*/) {}
 
     /// All rules were counted; `rules` have the least count.
     virtual void rulesCounted(std::size_t /*rules*/) {}
 
-    /// Of the phase at hand, `done` of `all` units of work are done. Both are estimates that only
-    /// grow within a phase.
+    /// Of the step at hand, `done` of `all` tasks are done; a task is a first item, or a shard. A
+    /// run takes several steps one after the other, and each begins anew.
     virtual void progressed(std::uint64_t /*done*/, std::uint64_t /*all*/) {}
 
     /// Whether the run is to end. Asked often: between steps, and within long ones every few
