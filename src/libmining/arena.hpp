@@ -30,7 +30,7 @@ class Arena {
             m_used = 0;
         }
         if (m_chunk == m_chunks.size())
-            m_chunks.emplace_back(std::max(n, CHUNK_SIZE));
+            m_chunks.emplace_back(std::max(n, m_chunks.empty() ? FIRST_SIZE : CHUNK_SIZE));
         T* const taken = m_chunks[m_chunk].data() + m_used;
         m_used += n;
         return taken;
@@ -43,6 +43,8 @@ class Arena {
     }
 
   private:
+    // Small runs are many, so the first chunk is small.
+    static constexpr std::size_t FIRST_SIZE = 256;
     static constexpr std::size_t CHUNK_SIZE = 8192;
 
     std::vector<std::vector<T>> m_chunks;

@@ -69,9 +69,10 @@ class BuilderRows {
 IndexBuilder::IndexBuilder(TimeWidth timeWidth) : m_timeWidth(timeWidth) {}
 
 void IndexBuilder::m_newBlock() {
-    m_blocks.emplace_back(BLOCK);
+    const std::size_t size = m_blocks.empty() ? FIRST_BLOCK : BLOCK;
+    m_blocks.emplace_back(size);
     m_next = m_blocks.back().data();
-    m_left = BLOCK;
+    m_left = size;
 }
 
 void IndexBuilder::m_endRow() {

@@ -44,7 +44,7 @@ class StandingsBuilder {
           m_index(index),
           m_window(window),
           m_slotOf(index.itemCount()),
-          m_table(1024, NONE) {
+          m_table(64, NONE) {
         for (std::size_t item = 0; item < index.itemCount(); ++item)
             m_slotOf[item] = relevant[item] ? NONE : IRRELEVANT;
     }

@@ -51,6 +51,8 @@ class IndexBuilder {
 
     // A row stands as entity, time (one word or two) and its items; the last item is marked, and
     // NO_ITEM stands for a row without one. Blocks are full but the last and never move.
+    // The first one is small, as small runs are many.
+    static constexpr std::size_t FIRST_BLOCK = std::size_t{1} << 10;
     static constexpr std::size_t BLOCK = std::size_t{1} << 16;
     static constexpr std::uint32_t LAST = std::uint32_t{1} << 31;
 
