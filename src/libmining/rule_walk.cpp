@@ -222,6 +222,7 @@ void RuleWalk::m_align(const Moments& from, const MomentColumns::Column& column)
         for (std::size_t i = 0; i < words; ++i)
             share(i, column.standing[from.word[i]]);
     } else if (words == m_columns.words().words()) {
+        // The set has all words, so each stands in its own place.
         for (std::size_t i = 0; i < column.size; ++i)
             share(column.word[i], column.standing[i]);
     } else {

@@ -14,8 +14,6 @@ struct Shard {
     std::size_t end;
 
     static Shard whole(const HistoryIndex& index) { return {&index, 0, index.historyCount()}; }
-
-    bool isWhole() const { return begin == 0 && end == index->historyCount(); }
 };
 
 }  // namespace quarvis::mining

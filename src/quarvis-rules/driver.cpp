@@ -63,14 +63,6 @@ void writeTo(const std::string& filename, Write write) {
     write(out);
 }
 
-template <class Content>
-void write(const Content& content, const std::string& filename) {
-    if (isStandardStream(filename))
-        content.write(std::cout);
-    else
-        content.write(filename);
-}
-
 }  // namespace
 
 void mine(Configuration& config) {
@@ -99,9 +91,9 @@ TransactionSet readTxns(Configuration&, const char* filename) {
 }
 
 void writeRules(const MiningResult& result, const char* filename) {
-    write(result.rules(), filename);
+    writeTo(filename, [&result](std::ostream& out) { result.rules().write(out); });
 }
 
 void writeIS(const MiningResult& result, const char* filename) {
-    write(result.itemSets(), filename);
+    writeTo(filename, [&result](std::ostream& out) { result.itemSets().write(out); });
 }
