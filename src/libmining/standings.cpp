@@ -19,11 +19,16 @@ constexpr std::size_t TRIAL = 2048;
 /// So many items are put into order by counting for each the lesser ones.
 constexpr std::size_t FEW = 32;
 
+/// The bits [begin, end) of one word.
+std::uint64_t rangeMask(std::size_t begin, std::size_t end) {
+    return begin < end ? ~std::uint64_t{0} >> (64 - (end - begin)) << begin : 0;
+}
+
 /// Sets the bits [begin, end).
 void setRange(std::uint64_t* words, std::size_t begin, std::size_t end) {
     while (begin < end) {
         const std::size_t bits = std::min(end - begin, 64 - begin % 64);
-        words[begin / 64] |= (~std::uint64_t{0} >> (64 - bits)) << (begin % 64);
+        words[begin / 64] |= rangeMask(begin % 64, begin % 64 + bits);
         begin += bits;
     }
 }
@@ -51,8 +56,13 @@ class StandingsBuilder {
 
     void add(HistoryId history) {
         m_readTransactions(history);
-        if (m_findMoments()) {
-            m_fillMasks();
+        if (m_moments > 0) {
+            m_words = (m_moments + 63) / 64;
+            m_slotMasks.assign(m_slotItems.size() * 3 * m_words, 0);
+            if (m_words == 1)
+                m_fillMasks<true>();
+            else
+                m_fillMasks<false>();
             m_keep();
         }
         for (const Rank item : m_slotItems)
@@ -76,88 +86,86 @@ class StandingsBuilder {
     }
 
   private:
-    /// A transaction with relevant items, which are [begin, next one's begin) of m_slots.
+    /// A transaction with relevant items, whose occurrences end at `end` in m_occurrences.
     struct Transaction {
         std::uint64_t time;
-        std::uint32_t begin;
+        std::uint32_t end;
         std::uint32_t moments;  // before it
         bool isMoment;
     };
 
+    struct Occurrence {
+        std::uint32_t slot;
+        bool isFresh;
+    };
+
+    /// Finds the relevant occurrences of a history, and numbers its moments.
     void m_readTransactions(HistoryId history) {
         m_transactions.clear();
-        m_slots.clear();
+        m_occurrences.clear();
         m_slotItems.clear();
+        m_last.clear();
+        m_moments = 0;
         const std::size_t end = m_index.endTransaction(history);
         for (std::size_t place = m_index.firstTransaction(history); place < end; ++place) {
-            const auto begin = static_cast<std::uint32_t>(m_slots.size());
+            const auto here = static_cast<std::uint32_t>(m_transactions.size());
+            const std::uint64_t time = m_index.time(place);
+            const std::size_t before = m_occurrences.size();
+            bool anyFresh = false;
             for (const Rank item : m_index.items(place)) {
                 std::uint32_t& slot = m_slotOf[at(item)];
                 if (slot == IRRELEVANT)
                     continue;
-                if (slot == NONE) {
+                bool isFresh = slot == NONE;
+                if (isFresh) {
                     slot = static_cast<std::uint32_t>(m_slotItems.size());
                     m_slotItems.push_back(item);
+                    m_last.push_back(time);
+                } else {
+                    isFresh = !m_within(m_last[slot], time);
+                    m_last[slot] = time;
                 }
-                m_slots.push_back(slot);
+                m_occurrences.push_back({slot, isFresh});
+                anyFresh = anyFresh || isFresh;
             }
-            if (m_slots.size() != begin)
-                m_transactions.push_back({m_index.time(place), begin, 0, false});
+            if (m_occurrences.size() == before)
+                continue;
+            const bool isMoment =
+                anyFresh && here > 0 && m_within(m_transactions.back().time, time);
+            m_transactions.push_back({time, static_cast<std::uint32_t>(m_occurrences.size()),
+                                      static_cast<std::uint32_t>(m_moments), isMoment});
+            m_moments += isMoment ? 1 : 0;
         }
     }
 
-    std::size_t m_endOf(std::size_t transaction) const {
-        return transaction + 1 < m_transactions.size() ? m_transactions[transaction + 1].begin
-                                                       : m_slots.size();
-    }
-
-    bool m_within(std::size_t earlier, std::size_t later) const {
-        return m_window == 0 ||
-               m_transactions[later].time - m_transactions[earlier].time <= m_window;
-    }
-
-    /// Numbers the moments; false when there is none.
-    bool m_findMoments() {
-        m_last.assign(m_slotItems.size(), NONE);
-        m_moments = 0;
-        for (std::uint32_t here = 0; here < m_transactions.size(); ++here) {
-            bool anyFresh = false;
-            for (std::size_t i = m_transactions[here].begin; i < m_endOf(here); ++i) {
-                std::uint32_t& last = m_last[m_slots[i]];
-                anyFresh = anyFresh || last == NONE || !m_within(last, here);
-                last = here;
-            }
-            m_transactions[here].moments = static_cast<std::uint32_t>(m_moments);
-            m_transactions[here].isMoment = anyFresh && here > 0 && m_within(here - 1, here);
-            m_moments += m_transactions[here].isMoment ? 1 : 0;
-        }
-        return m_moments > 0;
+    bool m_within(std::uint64_t earlier, std::uint64_t later) const {
+        return m_window == 0 || later - earlier <= m_window;
     }
 
     /// The masks of a slot, in the order new, recent, present.
     std::uint64_t* m_masksOf(std::size_t slot) { return &m_slotMasks[slot * 3 * m_words]; }
 
+    template <bool ONE_WORD>
     void m_fillMasks() {
-        m_words = (m_moments + 63) / 64;
-        m_slotMasks.assign(m_slotItems.size() * 3 * m_words, 0);
-        m_last.assign(m_slotItems.size(), NONE);
+        const std::size_t words = ONE_WORD ? 1 : m_words;
         std::size_t after = 0;  // the first transaction that is too late for the one at hand
-        for (std::uint32_t here = 0; here < m_transactions.size(); ++here) {
-            while (after < m_transactions.size() && m_within(here, after))
+        std::size_t occurrence = 0;
+        for (const Transaction& now : m_transactions) {
+            while (after < m_transactions.size() && m_within(now.time, m_transactions[after].time))
                 ++after;
-            const Transaction& now = m_transactions[here];
             const std::size_t firstRecent = now.moments + (now.isMoment ? 1 : 0);
             const std::size_t endRecent =
                 after < m_transactions.size() ? m_transactions[after].moments : m_moments;
-            for (std::size_t i = now.begin; i < m_endOf(here); ++i) {
-                std::uint64_t* const fresh = m_masksOf(m_slots[i]);
-                std::uint32_t& last = m_last[m_slots[i]];
-                const bool isFresh = last == NONE || !m_within(last, here);
+            const std::uint64_t recent = ONE_WORD ? rangeMask(firstRecent, endRecent) : 0;
+            for (; occurrence < now.end; ++occurrence) {
+                const auto [slot, isFresh] = m_occurrences[occurrence];
+                std::uint64_t* const fresh = &m_slotMasks[slot * 3 * words];
                 if (now.isMoment)
-                    setBit(isFresh ? fresh : fresh + 2 * m_words, now.moments);
-                if (isFresh || m_window != 0)
-                    setRange(fresh + m_words, firstRecent, endRecent);
-                last = here;
+                    setBit(isFresh ? fresh : fresh + 2 * words, now.moments);
+                if (ONE_WORD)
+                    fresh[1] |= recent;
+                else if (isFresh || m_window != 0)
+                    setRange(fresh + words, firstRecent, endRecent);
             }
         }
     }
@@ -198,8 +206,7 @@ class StandingsBuilder {
         const std::size_t mask = m_made.m_masks.size() / 2;
         if (entry + m_order.size() >= NONE)
             throw std::length_error("too many items of histories");
-        for (const std::uint32_t slot : m_order)
-            m_append(slot);
+        m_append(entry, mask);
         const auto number = static_cast<std::uint32_t>(m_made.historyCount());
         m_made.m_histories.push_back(
             {static_cast<std::uint32_t>(entry), 1, static_cast<std::uint32_t>(m_words), mask});
@@ -217,18 +224,26 @@ class StandingsBuilder {
         m_hashes.resize(number);
     }
 
-    /// Appends an item with its masks.
-    void m_append(std::uint32_t slot) {
-        const std::uint64_t* const masks = m_masksOf(slot);
-        const std::uint64_t* const present = masks + 2 * m_words;
-        m_made.m_items.push_back(m_slotItems[slot]);
-        const bool isPresent =
-            std::any_of(present, present + m_words, [](std::uint64_t word) { return word != 0; });
-        if (isPresent && !m_made.anyPresent())
-            m_made.m_present.resize(m_made.m_masks.size() / 2);
-        if (isPresent || m_made.anyPresent())
-            m_made.m_present.insert(m_made.m_present.end(), present, present + m_words);
-        m_made.m_masks.insert(m_made.m_masks.end(), masks, present);
+    /// Appends the items with their masks, which begin at `entry` and `mask`.
+    void m_append(std::size_t entry, std::size_t mask) {
+        m_made.m_items.resize(entry + m_order.size());
+        m_made.m_masks.resize(2 * (mask + m_order.size() * m_words));
+        Rank* item = &m_made.m_items[entry];
+        std::uint64_t* target = &m_made.m_masks[2 * mask];
+        std::uint64_t any = 0;
+        for (const std::uint32_t slot : m_order) {
+            const std::uint64_t* const masks = m_masksOf(slot);
+            *item++ = m_slotItems[slot];
+            target = std::copy(masks, masks + 2 * m_words, target);
+            for (std::size_t word = 0; word < m_words; ++word)
+                any |= masks[2 * m_words + word];
+        }
+        if (any == 0 && !m_made.anyPresent())
+            return;
+        m_made.m_present.resize(m_made.m_masks.size() / 2);
+        std::uint64_t* present = &m_made.m_present[mask];
+        for (const std::uint32_t slot : m_order)
+            present = std::copy_n(m_masksOf(slot) + 2 * m_words, m_words, present);
     }
 
     /// A hash of the items and masks from these places on.
@@ -294,9 +309,9 @@ class StandingsBuilder {
     // occurrence.
     std::vector<std::uint32_t> m_slotOf;  // by rank, or NONE, or IRRELEVANT
     std::vector<Rank> m_slotItems;
-    std::vector<std::uint32_t> m_slots;  // of the items of its transactions
+    std::vector<Occurrence> m_occurrences;  // of its transactions
     std::vector<Transaction> m_transactions;
-    std::vector<std::uint32_t> m_last;  // by slot: the last transaction with it, or NONE
+    std::vector<std::uint64_t> m_last;  // by slot: the last time of it
     std::size_t m_moments = 0;
     std::size_t m_words = 0;
     std::vector<std::uint64_t> m_slotMasks;
