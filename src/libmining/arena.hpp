@@ -7,15 +7,18 @@
 
 namespace quarvis::mining {
 
+/// How much of an arena is taken.
+struct ArenaMark {
+    std::size_t chunk = 0;
+    std::size_t used = 0;
+};
+
 /// Room for arrays that are given back in the reverse order of taking, all since a mark at once. An
 /// array stays where it is until then; what it holds at first is not specified.
 template <class T>
 class Arena {
   public:
-    struct Mark {
-        std::size_t chunk = 0;
-        std::size_t used = 0;
-    };
+    using Mark = ArenaMark;
 
     Mark mark() const { return {m_chunk, m_used}; }
 

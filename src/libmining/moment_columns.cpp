@@ -22,13 +22,7 @@ std::size_t MomentColumns::Column::find(std::uint32_t of) const {
 MomentColumns::MomentColumns(const Standings& standings)
     : m_standings(standings), m_numbers(standings.itemCount(), NONE) {}
 
-std::size_t MomentColumns::ask(Rank item, std::size_t histories) {
-    m_numbers[at(item)] = static_cast<std::uint32_t>(m_drafts.size());
-    m_drafts.push_back({item, histories, nullptr, nullptr, nullptr, 0});
-    return m_drafts.size() - 1;
-}
-
-void MomentColumns::clear() {
+void MomentColumns::m_clear() {
     for (const Draft& draft : m_drafts)
         m_numbers[at(draft.item)] = NONE;
     m_drafts.clear();
@@ -50,8 +44,6 @@ void MomentColumns::m_choosePlaces(Rank first) {
             m_standings.prefetch(places[i + AHEAD].history, places[i + AHEAD].entry);
         const auto after =
             static_cast<std::uint32_t>(m_standings.endEntry(place.history) - place.entry);
-        if (m_hits.size() < hits + after)
-            m_hits.resize(2 * (hits + after));
         const std::size_t before = hits;
         for (std::uint32_t entry = 1; entry < after; ++entry) {
             const std::uint32_t number = m_numbers[at(m_standings.item(place.entry + entry))];
@@ -107,8 +99,19 @@ inline void MomentColumns::m_put(Draft& draft, const MomentWords::Field& field,
         draft.present[place] |= MomentWords::moved(masks.present, field);
 }
 
-void MomentColumns::fill(Rank first) {
+void MomentColumns::fill(Rank first, std::span<const RuleCounter::Partner> partners) {
+    m_clear();
     m_cost = 0;
+    std::size_t hits = 1;  // one more than there are, since each is written before it is known
+    for (const RuleCounter::Partner& partner : partners) {
+        m_numbers[at(partner.item)] = static_cast<std::uint32_t>(m_drafts.size());
+        m_drafts.push_back({partner.item, partner.histories, nullptr, nullptr, nullptr, 0});
+        hits += partner.histories;
+    }
+    if (m_hitRoom < hits) {
+        m_hits = std::make_unique_for_overwrite<Hit[]>(hits);
+        m_hitRoom = hits;
+    }
     m_choosePlaces(first);
     m_words.make(m_standings, m_places);
     const std::size_t words = m_words.words();

@@ -2,10 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <vector>
 
 #include "arena.hpp"
 #include "moment_words.hpp"
+#include "rule_counter.hpp"
 #include "standings.hpp"
 
 namespace quarvis::mining {
@@ -39,27 +42,17 @@ class MomentColumns {
 
     explicit MomentColumns(const Standings& standings);
 
-    /// Asks for a column for an item after the first one, which both are in at most `histories`
-    /// histories. The number of the column.
-    std::size_t ask(Rank item, std::size_t histories);
-
-    /// Fills what was asked for since the last time; columns of before are gone.
-    void fill(Rank first);
+    /// Fills the columns of a first item and its partners; columns of before are gone.
+    void fill(Rank first, std::span<const RuleCounter::Partner> partners);
 
     const MomentWords& words() const { return m_words; }
 
     /// The first item, in all words.
     const Column& first() const { return m_first; }
 
-    /// A column by its number.
-    const Column& operator[](std::size_t number) const { return m_columns[number]; }
-
     /// The column of an item that has one.
     const Column& of(Rank item) const { return m_columns[m_numbers[at(item)]]; }
     bool has(Rank item) const { return m_numbers[at(item)] != NONE; }
-
-    /// Forgets the columns.
-    void clear();
 
     /// What the last filling cost, in nanoseconds or so.
     std::size_t cost() const { return m_cost; }
@@ -83,6 +76,7 @@ class MomentColumns {
         std::uint32_t after;   // how many entries after the first item
     };
 
+    void m_clear();
     void m_choosePlaces(Rank first);
     Draft m_draft(Rank item, std::size_t most, bool isDense);
     void m_put(Draft& draft, const MomentWords::Field& field, const Standings::Masks& masks);
@@ -94,7 +88,8 @@ class MomentColumns {
     std::vector<Column> m_columns;
     Column m_first{};
     std::vector<Standings::Place> m_places;
-    std::vector<Hit> m_hits;               // of one history after the other
+    std::unique_ptr<Hit[]> m_hits;  // of one history after the other
+    std::size_t m_hitRoom = 0;
     std::vector<std::uint32_t> m_hitsEnd;  // by place
     std::size_t m_cost = 0;
     Arena<std::uint32_t> m_indices;

@@ -13,12 +13,16 @@ RuleWalk::RuleWalk(const Standings& standings, const PairTallies& tallies, const
       m_tallies(tallies),
       m_sets(sets),
       m_maxSize(std::min(maxSize, sets.levels())),
-      m_splits(splits),
-      m_single(single),
       m_ledger(ledger),
       m_work(work),
-      m_columns(standings),
-      m_joined(standings.itemCount()) {}
+      m_splits(splits),
+      m_live(tallies, sets, standings.itemCount(), ledger),
+      m_rulePartners(m_live, standings.itemCount()),
+      m_moments(standings, sets, single, m_rulePartners, ledger, splits, work),
+      m_joined(standings.itemCount()) {
+    if (single)
+        m_orders.emplace(standings, sets, m_rulePartners, ledger, splits, work);
+}
 
 void RuleWalk::walk(std::size_t first) {
     if (m_maxSize < 2)
@@ -33,14 +37,22 @@ void RuleWalk::walk(std::size_t first) {
     for (std::size_t pair = begin; pair < end; ++pair)
         m_pairs.push_back({pair, m_sets.level(2).last[pair], false, false, false});
     m_judgePairs(item);
-    if (m_maxSize == 2 || !m_askColumns())
+    if (m_maxSize == 2)
         return;
-    m_columns.fill(item);
-    m_work.add(m_columns.cost());
-    const Marks marks = m_mark();
+    m_later.clear();
+    for (const Pair& pair : m_pairs)
+        m_later.push_back(pair.last);
+    m_rulePartners.begin(item, m_later);
+    if (!m_choosePartners())
+        return;
+    m_counter = m_orders && m_orders->begin(item, m_partners) ? &*m_orders : nullptr;
+    if (m_counter == nullptr) {
+        m_moments.begin(item, m_partners);
+        m_counter = &m_moments;
+    }
+    const RuleCounter::Mark mark = m_counter->mark();
     m_visitPairs();
-    m_release(marks);
-    m_columns.clear();
+    m_counter->rewind(mark);
 }
 
 /// Takes the rules of the pairs of an item to the ledger.
@@ -68,8 +80,8 @@ void RuleWalk::m_judgePairs(Rank first) {
     }
 }
 
-/// Asks for columns for the items of triples that are to be looked at; whether there are any.
-bool RuleWalk::m_askColumns() {
+/// Chooses the items of triples that are to be looked at; whether there are any.
+bool RuleWalk::m_choosePartners() {
     const Level& pairs = m_sets.level(2);
     for (std::size_t i = 0; i < m_pairs.size(); ++i) {
         std::size_t other = i;
@@ -77,69 +89,44 @@ bool RuleWalk::m_askColumns() {
              set < pairs.extensions[m_pairs[i].set + 1]; ++set) {
             while (m_pairs[other].last != m_sets.level(3).last[set])
                 ++other;
-            if (m_pairs[i].isLive() || m_pairs[other].isLive())
+            if (m_mayHaveRule(m_pairs[i].last, m_pairs[other].last))
                 m_pairs[i].isNeeded = m_pairs[other].isNeeded = true;
         }
     }
-    bool any = false;
-    for (const Pair& pair : m_pairs) {
+    m_partners.clear();
+    for (const Pair& pair : m_pairs)
         if (pair.isNeeded)
-            m_columns.ask(pair.last, pairs.count[pair.set]);
-        any = any || pair.isNeeded;
-    }
-    return any;
+            m_partners.push_back({pair.last, pairs.count[pair.set]});
+    return !m_partners.empty();
 }
 
-/// Makes the moments of the pairs, and goes on to larger sets.
+/// Whether the pairs of the items of a triple, the first item and these, leave a rule possible.
+bool RuleWalk::m_mayHaveRule(Rank second, Rank third) const {
+    const std::uint32_t numbers[] = {0, m_rulePartners.number(second),
+                                     m_rulePartners.number(third)};
+    if (numbers[1] == RulePartners::NONE || numbers[2] == RulePartners::NONE)
+        return false;
+    for (SplitMask split = 1; split < allOf(3); ++split) {
+        bool may = isProposed(split, 3, m_splits);
+        for (std::size_t a = 0; a < 3 && may; ++a)
+            for (std::size_t s = 0; s < 3; ++s)
+                if ((split >> a & 1) == 0 && (split >> s & 1) != 0)
+                    may = may && RulePartners::has(m_rulePartners.after(numbers[a]), numbers[s]);
+        if (may)
+            return true;
+    }
+    return false;
+}
+
+/// Has of the pairs kept what is needed, and goes on to larger sets.
 void RuleWalk::m_visitPairs() {
     std::vector<Node>& nodes = m_nodesAt(2);
     for (const Pair& pair : m_pairs)
         nodes.push_back({pair.set, pair.last,
                          pair.isNeeded && pair.isLive()
-                             ? m_pairMoments(pair.last, pair.forward, pair.backward)
+                             ? m_counter->pair(pair.last, pair.forward, pair.backward)
                              : nullptr});
     m_visit(2, nodes);
-}
-
-/// The moments of a pair of which at least one rule is followed.
-const RuleWalk::Moments* RuleWalk::m_pairMoments(Rank item, bool forward, bool backward) {
-    const MomentColumns::Column& column = m_columns.of(item);
-    m_work.add(5 * column.size);
-    Moments* const made = m_moments.take(1);
-    *made = Moments();
-    made->word = m_indices.take(column.size);
-    made->allNew = m_bits.take(column.size);
-    made->allRecent = m_bits.take(column.size);
-    made->splits = m_bits.take(2);
-    made->met = m_pointers.take(2);
-    std::uint64_t* const metForward = m_bits.take(column.size);
-    std::uint64_t* const metBackward = m_bits.take(column.size);
-    if (backward) {
-        made->splits[made->rules] = 1;
-        made->met[made->rules++] = metBackward;
-    }
-    if (forward) {
-        made->splits[made->rules] = 2;
-        made->met[made->rules++] = metForward;
-    }
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i < column.size; ++i) {
-        const std::uint32_t word =
-            column.isDense() ? static_cast<std::uint32_t>(i) : column.word[i];
-        const MomentColumns::Standing& first = m_columns.first().standing[word];
-        const MomentColumns::Standing& last = column.standing[i];
-        made->word[kept] = word;
-        made->allNew[kept] = first.fresh & last.fresh;
-        made->allRecent[kept] = first.recent & last.recent;
-        metForward[kept] = forward ? first.recent & last.fresh : 0;
-        metBackward[kept] = backward ? first.fresh & last.recent : 0;
-        const bool any = (made->allNew[kept] | made->allRecent[kept] | metForward[kept] |
-                          metBackward[kept]) != 0;
-        kept += any ? 1 : 0;
-    }
-    made->words.size = kept;
-    made->words.word = made->word;
-    return made;
 }
 
 std::vector<RuleWalk::Node>& RuleWalk::m_nodesAt(std::size_t size) {
@@ -161,27 +148,28 @@ void RuleWalk::m_visit(std::size_t size, const std::vector<Node>& nodes) {
         if (set == end)
             continue;
         m_markJoined(size + 1, set, end);
-        const Marks marks = m_mark();
+        const RuleCounter::Mark mark = m_counter->mark();
         std::vector<Node>& extended = m_nodesAt(size + 1);
         bool anyLive = false;
         for (std::size_t other = node; set < end; ++set) {
             const Rank item = above.last[set];
             while (nodes[other].last != item)
                 ++other;
-            const Moments* const prefix = nodes[node].moments;
-            const Moments* const sibling = nodes[other].moments;
-            const Moments* made = nullptr;
-            if (prefix != nullptr &&
-                (sibling == nullptr || prefix->words.size <= sibling->words.size))
-                made = m_extend(*prefix, size, set, item, size);
+            const RuleCounter::Kept* const prefix = nodes[node].kept;
+            const RuleCounter::Kept* const sibling = nodes[other].kept;
+            const RuleCounter::Kept* made = nullptr;
+            const bool isNeeded = m_isNeeded(size + 1, set);
+            if (prefix != nullptr && (sibling == nullptr || prefix->cost <= sibling->cost))
+                made = m_counter->extend(*prefix, {size + 1, set, item, size, isNeeded});
             else if (sibling != nullptr)
-                made = m_extend(*sibling, size, set, nodes[node].last, size - 1);
+                made = m_counter->extend(*sibling,
+                                         {size + 1, set, nodes[node].last, size - 1, isNeeded});
             extended.push_back({set, item, made});
             anyLive = anyLive || made != nullptr;
         }
         if (anyLive)
             m_visit(size + 1, extended);
-        m_release(marks);
+        m_counter->rewind(mark);
     }
 }
 
@@ -202,168 +190,6 @@ bool RuleWalk::m_isNeeded(std::size_t size, std::size_t set) const {
     const Level& level = m_sets.level(size);
     return size < m_maxSize && (level.extensions[set] < level.extensions[set + 1] ||
                                 m_joined[at(level.last[set])] == m_markings);
-}
-
-/// Finds the words that a set and a column share.
-void RuleWalk::m_align(const Moments& from, const MomentColumns::Column& column) {
-    const std::size_t words = from.words.size;
-    const std::size_t most = column.isDense() ? words : std::min(words, column.size);
-    m_shared.resize(most);
-    m_fresh.resize(most);
-    m_recent.resize(most);
-    std::size_t n = 0;
-    const auto share = [&](std::size_t place, const MomentColumns::Standing& standing) {
-        m_shared[n] = static_cast<std::uint32_t>(place);
-        m_fresh[n] = standing.fresh;
-        m_recent[n] = standing.recent;
-        n += (standing.fresh | standing.recent) != 0 ? 1 : 0;
-    };
-    if (column.isDense()) {
-        for (std::size_t i = 0; i < words; ++i)
-            share(i, column.standing[from.word[i]]);
-    } else if (words == m_columns.words().words()) {
-        // The set has all words, so each stands in its own place.
-        for (std::size_t i = 0; i < column.size; ++i)
-            share(column.word[i], column.standing[i]);
-    } else {
-        std::size_t j = 0;
-        for (std::size_t i = 0; i < words && j < column.size;) {
-            if (from.word[i] == column.word[j])
-                share(i, column.standing[j]);
-            const bool less = from.word[i] < column.word[j];
-            const bool greater = column.word[j] < from.word[i];
-            i += greater ? 0 : 1;
-            j += less ? 0 : 1;
-        }
-    }
-    m_shared.resize(n);
-}
-
-/// The bits of a set in the words that it shares with the column; `words` are all of the set.
-const std::uint64_t* RuleWalk::m_gather(const std::uint64_t* bits, std::size_t words) {
-    if (m_shared.size() == words)
-        return bits;
-    m_gathered.resize(m_shared.size());
-    for (std::size_t i = 0; i < m_shared.size(); ++i)
-        m_gathered[i] = bits[m_shared[i]];
-    return m_gathered.data();
-}
-
-/// The moments of the set `set` of `size` + 1 items, from those of the set that lacks `item`, which
-/// stands at `place` among its items; null when none of its rules is followed, or no larger set is
-/// made from it. The rules are taken to the ledger on the way.
-const RuleWalk::Moments* RuleWalk::m_extend(const Moments& from, std::size_t size, std::size_t set,
-                                            Rank item, std::size_t place) {
-    m_align(from, m_columns.of(item));
-    const std::size_t words = m_shared.size();
-    m_work.add(from.words.size + words * (2 * from.rules + 4));
-    if (words == 0)
-        return nullptr;
-    const Marks marks = m_mark();
-    Moments* const made = m_moments.take(1);
-    *made = Moments();
-    made->word = m_indices.take(words);
-    for (std::size_t i = 0; i < words; ++i)
-        made->word[i] = from.word[m_shared[i]];
-    made->words.size = words;
-    made->words.word = made->word;
-    m_columns.words().describe(made->words, m_indices.take(words), m_bits.take(words));
-    made->splits = m_bits.take(2 * from.rules + 2);
-    made->met = m_pointers.take(2 * from.rules + 2);
-
-    const auto tryRule = [&](const std::uint64_t* bits, SplitMask before, bool isNew) {
-        const SplitSet rule{static_cast<std::uint32_t>(size + 1), static_cast<std::uint32_t>(set),
-                            withBit(before, place, isNew)};
-        if (!isProposed(rule.split, size + 1, m_splits))
-            return;
-        std::uint64_t* const met = m_bits.take(words);
-        const std::uint32_t count = m_columns.words().intersect(
-            made->words, bits, isNew ? m_fresh.data() : m_recent.data(), met, m_single);
-        if (m_judge(*made, rule, met, count)) {
-            made->splits[made->rules] = rule.split;
-            made->met[made->rules++] = met;
-        } else {
-            m_bits.giveBack(words);
-        }
-    };
-    for (std::size_t rule = 0; rule < from.rules; ++rule) {
-        const std::uint64_t* const bits = m_gather(from.met[rule], from.words.size);
-        tryRule(bits, from.splits[rule], true);
-        tryRule(bits, from.splits[rule], false);
-    }
-    tryRule(m_gather(from.allNew, from.words.size), allOf(size), false);
-    tryRule(m_gather(from.allRecent, from.words.size), 0, true);
-    if (made->rules == 0 || !m_isNeeded(size + 1, set)) {
-        m_release(marks);
-        return nullptr;
-    }
-    made->allNew = m_bits.take(words);
-    made->allRecent = m_bits.take(words);
-    for (std::size_t i = 0; i < words; ++i) {
-        made->allNew[i] = from.allNew[m_shared[i]] & m_fresh[i];
-        made->allRecent[i] = from.allRecent[m_shared[i]] & m_recent[i];
-    }
-    s_squeeze(*made);
-    return made;
-}
-
-/// Takes a rule to the ledger; whether it is followed.
-bool RuleWalk::m_judge(const Moments& made, const SplitSet& rule, const std::uint64_t* moments,
-                       std::uint32_t met) {
-    if (met < m_ledger.least())
-        return false;
-    const bool followed = m_ledger.follows(rule, met);
-    if (m_ledger.isCounted(rule, met))
-        m_ledger.count(rule, {met, m_counted(made, rule, moments, met)});
-    return followed;
-}
-
-/// The histories in which a rule that is met at some moments counts: at one of them at least, some
-/// item of the antecedent is not present.
-std::uint32_t RuleWalk::m_counted(const Moments& made, const SplitSet& rule,
-                                  const std::uint64_t* moments, std::uint32_t met) {
-    if (!m_standings.anyPresent())
-        return met;
-    const std::size_t words = made.words.size;
-    m_items.resize(rule.size);
-    m_sets.items(rule.size, rule.set, m_items.data());
-    m_present.assign(moments, moments + words);
-    for (std::size_t i = 0; i < rule.size; ++i) {
-        if ((rule.split >> i & 1) != 0)
-            continue;
-        const MomentColumns::Column& column = i == 0 ? m_columns.first() : m_columns.of(m_items[i]);
-        for (std::size_t word = 0; word < words; ++word) {
-            if (m_present[word] == 0)
-                continue;
-            const std::size_t at = column.find(made.word[word]);
-            m_present[word] &= at < column.size ? column.present[at] : 0;
-        }
-    }
-    for (std::uint64_t& present : m_present)
-        present = ~present;
-    return m_columns.words().intersect(made.words, moments, m_present.data(), m_present.data(),
-                                       m_single);
-}
-
-/// Drops the words in which the set has no moments. Weights and tops are those of a shorter life.
-void RuleWalk::s_squeeze(Moments& made) {
-    std::size_t kept = 0;
-    for (std::size_t word = 0; word < made.words.size; ++word) {
-        std::uint64_t any = made.allNew[word] | made.allRecent[word];
-        for (std::size_t rule = 0; rule < made.rules; ++rule)
-            any |= made.met[rule][word];
-        if (any == 0)
-            continue;
-        if (kept != word) {
-            made.word[kept] = made.word[word];
-            made.allNew[kept] = made.allNew[word];
-            made.allRecent[kept] = made.allRecent[word];
-            for (std::size_t rule = 0; rule < made.rules; ++rule)
-                made.met[rule][kept] = made.met[rule][word];
-        }
-        ++kept;
-    }
-    made.words.size = kept;
 }
 
 }  // namespace quarvis::mining

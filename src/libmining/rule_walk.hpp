@@ -3,29 +3,26 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <vector>
 
 #include <quarvis/mining/item_sets.hpp>
 
-#include "arena.hpp"
-#include "moment_columns.hpp"
+#include "live_pairs.hpp"
+#include "moment_counter.hpp"
+#include "order_counter.hpp"
 #include "pair_tallies.hpp"
 #include "rule_ledger.hpp"
+#include "rule_partners.hpp"
 #include "run_control.hpp"
 #include "standings.hpp"
 
 namespace quarvis::mining {
 
-/// The counting of rules: a walk over the frequent item sets, depth first, that keeps for each set
-/// the moments at which its rules are met, and gets those of a set with one more item by
-/// intersecting them with the masks of the item (see `Standings`). In how many histories the rules
-/// of pairs are met is known before, so that moments are made only for pairs that a triple is made
-/// from, and for items of triples that are looked at.
-///
-/// At any moment a set meets one rule at most: its subsequent are the items that are new, its
-/// antecedent those that are recent, and no item may be neither. So a set has for each of its rules
-/// the moments at which it is met, and those at which all items are new, and all recent, from which
-/// rules of larger sets begin.
+/// The counting of rules: a walk over the frequent item sets, depth first, in which the rules of a
+/// set are counted from what was kept of a set with one item less (see `RuleCounter`). In how many
+/// histories the rules of pairs are met is known before, so that something is kept only of pairs
+/// that a triple is made from, and of items of triples that are looked at.
 ///
 /// A rule that is met leaves every smaller rule with two sides met. So from three items on a set
 /// has a rule that is met often enough only if its prefix has one, or the set without its last item
@@ -42,23 +39,11 @@ class RuleWalk {
     void walk(std::size_t first);
 
   private:
-    /// The moments of a set, in those words of the first item's in which it has any. Of each rule
-    /// and of the two beginnings the bits of all these words stand one after the other.
-    struct Moments {
-        MomentWords::Selection words;
-        std::uint32_t* word = nullptr;  // those of `words`
-        std::uint64_t* allNew = nullptr;
-        std::uint64_t* allRecent = nullptr;
-        std::size_t rules = 0;
-        SplitMask* splits = nullptr;
-        std::uint64_t** met = nullptr;  // by rule
-    };
-
-    /// A set among those that share all items but the last, with its moments if it is alive.
+    /// A set among those that share all items but the last, with what is kept of it if it is alive.
     struct Node {
         std::size_t set;
         Rank last;
-        const Moments* moments;
+        const RuleCounter::Kept* kept;
     };
 
     /// A pair of the first item: which of its rules are followed, and whether it or its last item
@@ -73,67 +58,35 @@ class RuleWalk {
         bool isLive() const { return forward || backward; }
     };
 
-    struct Marks {
-        Arena<std::uint64_t>::Mark bits;
-        Arena<std::uint32_t>::Mark indices;
-        Arena<Moments>::Mark moments;
-        Arena<std::uint64_t*>::Mark pointers;
-    };
-
     void m_judgePairs(Rank first);
-    bool m_askColumns();
+    bool m_choosePartners();
+    bool m_mayHaveRule(Rank second, Rank third) const;
     void m_visitPairs();
-    const Moments* m_pairMoments(Rank item, bool forward, bool backward);
     void m_visit(std::size_t size, const std::vector<Node>& nodes);
     void m_markJoined(std::size_t size, std::size_t begin, std::size_t end);
     bool m_isNeeded(std::size_t size, std::size_t set) const;
-    const Moments* m_extend(const Moments& from, std::size_t size, std::size_t set, Rank item,
-                            std::size_t place);
-    void m_align(const Moments& from, const MomentColumns::Column& column);
-    const std::uint64_t* m_gather(const std::uint64_t* bits, std::size_t words);
-    bool m_judge(const Moments& made, const SplitSet& rule, const std::uint64_t* moments,
-                 std::uint32_t met);
-    std::uint32_t m_counted(const Moments& made, const SplitSet& rule, const std::uint64_t* moments,
-                            std::uint32_t met);
-    static void s_squeeze(Moments& made);
     std::vector<Node>& m_nodesAt(std::size_t size);
-    Marks m_mark() const {
-        return {m_bits.mark(), m_indices.mark(), m_moments.mark(), m_pointers.mark()};
-    }
-    void m_release(const Marks& marks) {
-        m_bits.release(marks.bits);
-        m_indices.release(marks.indices);
-        m_moments.release(marks.moments);
-        m_pointers.release(marks.pointers);
-    }
 
     const Standings& m_standings;
     const PairTallies& m_tallies;
     const ItemSets& m_sets;
     std::size_t m_maxSize;
-    Splits m_splits;
-    bool m_single;
     RuleLedger& m_ledger;
     Work& m_work;
 
+    Splits m_splits;
+    LivePairs m_live;
+    RulePartners m_rulePartners;
+    MomentCounter m_moments;
+    std::optional<OrderCounter> m_orders;  // where there is no window
+    RuleCounter* m_counter = nullptr;      // the one that suits the first item at hand
     std::vector<Pair> m_pairs;
-    MomentColumns m_columns;
-    std::deque<std::vector<Node>> m_nodes;  // by size
+    std::vector<Rank> m_later;                     // their last items
+    std::vector<RuleCounter::Partner> m_partners;  // those that are needed
+    std::deque<std::vector<Node>> m_nodes;         // by size
     // By rank: the last time that m_markJoined marked a set with this last item.
     std::vector<std::uint32_t> m_joined;
     std::uint32_t m_markings = 0;
-    // Of the words that a set and a column share: their places in the set, and what the column has.
-    std::vector<std::uint32_t> m_shared;
-    std::vector<std::uint64_t> m_fresh;
-    std::vector<std::uint64_t> m_recent;
-    std::vector<std::uint64_t> m_gathered;
-    std::vector<Rank> m_items;
-    std::vector<std::uint64_t> m_present;
-
-    Arena<std::uint64_t> m_bits;
-    Arena<std::uint32_t> m_indices;
-    Arena<Moments> m_moments;
-    Arena<std::uint64_t*> m_pointers;
 };
 
 }  // namespace quarvis::mining

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -58,6 +60,9 @@ class Standings {
     /// The number of histories that one stands for.
     std::uint32_t weight(std::size_t history) const { return m_histories[history].weight; }
 
+    /// The words of each mask of a history.
+    std::size_t words(std::size_t history) const { return m_histories[history].words; }
+
     /// The places of an item, by ascending history.
     std::span<const Place> places(Rank item) const {
         return {m_places.data() + m_begin[at(item)], m_begin[at(item) + 1] - m_begin[at(item)]};
@@ -68,6 +73,15 @@ class Standings {
         return history + 1 < m_histories.size() ? m_histories[history + 1].entry : m_items.size();
     }
     Rank item(std::size_t entry) const { return m_items[entry]; }
+
+    /// The entry of an item in a history that holds it at `from` or after.
+    std::size_t entryOf(const Place& from, Rank item) const {
+        const auto begin = m_items.begin() + from.entry;
+        const auto end = m_items.begin() + static_cast<std::ptrdiff_t>(endEntry(from.history));
+        const auto found = std::lower_bound(begin, end, item);
+        assert(found != end && *found == item);
+        return static_cast<std::size_t>(found - m_items.begin());
+    }
 
     Masks masks(std::size_t history, std::size_t entry) const {
         const History& of = m_histories[history];

@@ -90,11 +90,11 @@ void expectColumnsOf(const oracle::Table& table, std::uint64_t window, std::uint
     oracle::Draws draws(seed);
     MomentColumns columns(standings);
     for (std::uint32_t first = 0; first < index.itemCount(); ++first) {
-        std::vector<std::pair<Rank, std::size_t>> asked;
+        std::vector<RuleCounter::Partner> asked;
         for (std::uint32_t item = first + 1; item < index.itemCount(); ++item) {
             if (draws.upTo(1) == 0)
                 continue;
-            std::size_t both = 0;
+            std::uint32_t both = 0;
             for (std::uint32_t history = 0; history < index.historyCount(); ++history) {
                 const auto has = [&](Rank rank) {
                     for (std::size_t place = index.firstTransaction(HistoryId{history});
@@ -106,15 +106,15 @@ void expectColumnsOf(const oracle::Table& table, std::uint64_t window, std::uint
                 };
                 both += has(Rank{first}) && has(Rank{item}) ? 1 : 0;
             }
-            asked.emplace_back(Rank{item}, columns.ask(Rank{item}, both));
+            asked.push_back({Rank{item}, both});
         }
-        columns.fill(Rank{first});
+        columns.fill(Rank{first}, asked);
 
         // Only histories with the first item and two that were asked for have moments here.
         std::vector<std::uint32_t> histories;
         for (const Standings::Place& place : standings.places(Rank{first})) {
             const auto items = std::count_if(asked.begin(), asked.end(), [&](const auto& one) {
-                return entryOf(standings, place.history, one.first) !=
+                return entryOf(standings, place.history, one.item) !=
                        standings.endEntry(place.history);
             });
             if (items > 1)
@@ -128,16 +128,16 @@ void expectColumnsOf(const oracle::Table& table, std::uint64_t window, std::uint
         ASSERT_TRUE(columns.first().isDense());
         expectColumn(expectedOf(standings, columns.words(), histories, Rank{first}),
                      columns.first());
-        for (const auto& [item, number] : asked) {
+        for (const auto& [item, both] : asked) {
             ASSERT_TRUE(columns.has(item));
-            ASSERT_EQ(&columns[number], &columns.of(item));
-            expectColumn(expectedOf(standings, columns.words(), histories, item), columns[number]);
-            (columns[number].isDense() ? seen.dense : seen.sparse) += 1;
-            seen.present += columns[number].present != nullptr ? 1 : 0;
+            const MomentColumns::Column& column = columns.of(item);
+            expectColumn(expectedOf(standings, columns.words(), histories, item), column);
+            (column.isDense() ? seen.dense : seen.sparse) += 1;
+            seen.present += column.present != nullptr ? 1 : 0;
         }
         ASSERT_EQ(standings.anyPresent(), columns.first().present != nullptr);
-        columns.clear();
-        for (const auto& [item, number] : asked)
+        columns.fill(Rank{first}, {});
+        for (const auto& [item, both] : asked)
             ASSERT_FALSE(columns.has(item));
     }
 }
