@@ -40,6 +40,12 @@ class Baskets {
         return &m_items[place + std::size_t{1}];
     }
 
+    /// The memory that they take.
+    std::size_t bytes() const {
+        return sizeof(WalkItem) * m_items.size() +
+               sizeof(std::uint32_t) * (m_begin.size() + m_places.size());
+    }
+
   private:
     std::vector<WalkItem> m_items;       // by history
     std::vector<std::uint32_t> m_begin;  // by item: where its places begin, and the end of the last

@@ -51,8 +51,9 @@ bool Candidates::next() {
     return m_begin < m_end;
 }
 
-void Candidates::prune(const std::vector<std::uint32_t>& counts) {
+std::size_t Candidates::prune(const std::vector<std::uint32_t>& counts) {
     assert(counts.size() == m_count);
+    const std::size_t before = m_kept.count(m_size);
     std::size_t candidate = 0;
     for (std::size_t item = m_begin; item < m_end; ++item) {
         if (m_size == 2) {
@@ -69,6 +70,7 @@ void Candidates::prune(const std::vector<std::uint32_t>& counts) {
                                counts[candidate]);
         });
     }
+    return m_kept.count(m_size) - before;
 }
 
 bool Candidates::finish() {

@@ -32,8 +32,8 @@ class Candidates {
     /// The number of candidates of the block.
     std::size_t count() const { return m_count; }
 
-    /// Keeps those candidates of the block that are frequent by these counts.
-    void prune(const std::vector<std::uint32_t>& counts);
+    /// Keeps those candidates of the block that are frequent by these counts; how many there are.
+    std::size_t prune(const std::vector<std::uint32_t>& counts);
 
     /// Adds the sets that were kept to the frequent sets; whether there is any.
     bool finish();

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include <quarvis/mining/mine.hpp>
-
 #include "check_options.hpp"
+#include "forecast.hpp"
 #include "item_set_walk.hpp"
+#include "steps.hpp"
 #include "tasks.hpp"
 #include "walk_costs.hpp"
 
@@ -20,9 +20,11 @@ namespace {
 /// level at a time, each told as soon as it is known, until the levels shrink.
 class Search {
   public:
-    Search(const HistoryIndex& index, const MiningOptions& options, Observer& observer)
+    Search(const HistoryIndex& index, const MiningOptions& options, Observer& observer,
+           Meter& meter)
         : m_options(options),
           m_observer(observer),
+          m_meter(meter),
           m_maxSize(options.maxSize == 0 ? std::numeric_limits<std::size_t>::max()
                                          : options.maxSize),
           m_order(index, options.minCount),
@@ -31,6 +33,19 @@ class Search {
     }
 
     ItemSets run() {
+        try {
+            ItemSets sets = m_run();
+            if (m_baskets)
+                m_meter.gaveBack(m_baskets->bytes());
+            return sets;
+        } catch (const OverBudget& over) {
+            throw m_exceeded(over);
+        }
+    }
+
+  private:
+    ItemSets m_run() {
+        m_meter.found(1, m_order.size());
         m_observer.levelFound(1, m_order.size());
         if (m_maxSize > 1 && m_order.size() > 0)
             m_findLarger();
@@ -38,15 +53,15 @@ class Search {
             m_observer.levelFound(size, m_sets.count(size));
         if (m_sets.maxSize() < m_maxSize && m_sets.maxSize() + 1 > m_reported)
             m_observer.levelFound(m_sets.maxSize() + 1, 0);
-        Step step(m_observer);
+        Step step(m_observer, m_meter);
         return std::move(m_sets).ordered(m_order, m_options.threads, step);
     }
 
-  private:
     void m_findLarger() {
-        Step step(m_observer);
+        Step step(m_observer, m_meter);
         Work work(step);
         m_baskets = std::make_unique<Baskets>(m_shard, m_order, &work);
+        m_meter.took(m_baskets->bytes());
         if (m_isShort())
             return;
         while (m_walkLevel())
@@ -58,6 +73,7 @@ class Search {
     /// Finds the next level; whether to go on so.
     bool m_walkLevel() {
         const std::size_t size = m_reported + 1;
+        m_observer.levelForecast(size, forecast(m_sets, m_order.size()));
         m_walk(size, Step::NO_LIMIT);
         m_reported = size;
         m_observer.levelFound(size, m_sets.count(size));
@@ -68,14 +84,15 @@ class Search {
     /// Tries to find everything in one walk; false when that is not short, or when there is not
     /// enough memory for it, so that whoever waits sees the levels up to there.
     bool m_isShort() {
+        const Meter::Mark before = m_meter.mark();
         try {
             m_walk(m_maxSize, walk_costs::SHORT_SEARCH);
             return true;
-        } catch (const OutOfBudget&) {
-            return false;
-        } catch (const std::bad_alloc&) {
-            return false;
-        }
+        } catch (const TooLong&) {
+        } catch (const std::bad_alloc&) {}
+        m_walked.clear();
+        m_meter.rewind(before);
+        return false;
     }
 
     /// Finds the sets from the first size that is not known up to `maxSize`.
@@ -83,8 +100,9 @@ class Search {
         const ItemSetWalk::Scope scope{&m_sets, m_sets.maxSize(), maxSize};
         if (scope.knownSize >= maxSize)
             return;
-        Step step(m_observer, limit);
-        std::vector<FoundSets> found(m_options.threads);
+        Step step(m_observer, m_meter, limit);
+        m_walked.assign(m_options.threads, {});
+        std::vector<FoundSets>& found = m_walked;
         std::vector<Part> parts(m_order.size());
         const auto makeWorker = [&](unsigned thread) {
             return [&, thread, work = std::make_unique<Work>(step),
@@ -106,7 +124,19 @@ class Search {
             for (const Part& part : parts)
                 m_sets.append(found[part.thread], part.begins, part.ends);
         }
+        m_walked.clear();
         m_sets.link(m_order.size());
+    }
+
+    BudgetExceeded m_exceeded(const OverBudget& over) const {
+        std::vector<std::size_t> levels = {m_order.size()};
+        std::vector<std::uint32_t> counts;
+        for (std::uint32_t item = 0; item < m_order.size(); ++item)
+            counts.push_back(m_order.count(WalkItem{item}));
+        m_sets.tell(levels, counts);
+        for (const FoundSets& walked : m_walked)
+            walked.tell(levels, counts);
+        return exceeded(over, std::move(levels), std::move(counts));
     }
 
     /// The sets of a first item, as its thread found them: places in each of the levels.
@@ -118,19 +148,27 @@ class Search {
 
     const MiningOptions& m_options;
     Observer& m_observer;
+    Meter& m_meter;
     std::size_t m_maxSize;
     WalkOrder m_order;
     Shard m_shard;
     std::unique_ptr<Baskets> m_baskets;
     FoundSets m_sets;
+    std::vector<FoundSets> m_walked;  // by thread: what the walk at hand has found
     std::size_t m_reported = 1;
 };
 
 }  // namespace
 
-ItemSets findItemSets(const HistoryIndex& index, const MiningOptions& options, Observer& observer) {
+ItemSets findItemSets(const HistoryIndex& index, const MiningOptions& options, Observer& observer,
+                      Meter& meter) {
     checkOptions(index, options);
-    return Search(index, options, observer).run();
+    return Search(index, options, observer, meter).run();
+}
+
+ItemSets findItemSets(const HistoryIndex& index, const MiningOptions& options, Observer& observer) {
+    Meter meter(options.budget);
+    return findItemSets(index, options, observer, meter);
 }
 
 }  // namespace quarvis::mining

@@ -40,6 +40,7 @@ void ItemSetWalk::walk(WalkItem item, FoundSets& found) {
     Class& partners = m_scope.knownSize == 1 ? m_frequentPartners(item) : m_knownPartners(item);
     if (m_scope.knownSize == 1) {
         partners.begin = found.count(2);
+        m_work.meter().found(2, partners.items.size());
         for (std::size_t i = 0; i < partners.items.size(); ++i)
             found.add(2, at(item), partners.items[i], partners.counts[i]);
     }
@@ -291,6 +292,7 @@ void ItemSetWalk::m_extend(const Class& members, FoundSets& found) {
         m_work.add(walk_costs::joins(later, members.words));
         extended.begin = found.count(extended.size);
         m_work.add(kept * walk_costs::FOUND);
+        m_work.meter().found(extended.size, kept);
         for (std::size_t i = 0; i < kept; ++i) {
             const WalkItem item = members.items[member + 1 + m_kept[i]];
             extended.items.push_back(item);
@@ -310,9 +312,11 @@ void ItemSetWalk::m_extendLast(const Class& members, FoundSets& found) {
     for (std::size_t member = 0; member + 1 < members.items.size(); ++member) {
         m_countJoins(members, member);
         for (std::size_t i = 0; i + member + 1 < members.items.size(); ++i)
-            if (m_joined[i] >= m_minCount)
+            if (m_joined[i] >= m_minCount) {
+                m_work.meter().found(members.size + 1, 1);
                 found.add(members.size + 1, members.begin + member, members.items[member + 1 + i],
                           m_joined[i]);
+            }
     }
 }
 

@@ -124,8 +124,10 @@ class RuleCounter {
         if (met < m_ledger.least())
             return false;
         const bool followed = m_ledger.follows(rule, met);
-        if (m_ledger.isCounted(rule, met))
+        if (m_ledger.isCounted(rule, met)) {
+            m_work.meter().took(Meter::RULE_BYTES);
             m_ledger.count(rule, {met, counted()});
+        }
         return followed;
     }
 

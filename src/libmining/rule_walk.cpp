@@ -71,8 +71,10 @@ void RuleWalk::m_judgePairs(Rank first) {
                 return false;
             const SplitSet rule{2, static_cast<std::uint32_t>(pair.set), split};
             const bool followed = m_ledger.follows(rule, tally.met);
-            if (m_ledger.isCounted(rule, tally.met))
+            if (m_ledger.isCounted(rule, tally.met)) {
+                m_work.meter().took(Meter::RULE_BYTES);
                 m_ledger.count(rule, tally);
+            }
             return followed;
         };
         pair.backward = judge(1, {met.backward, counted.backward});

@@ -6,10 +6,12 @@
 
 #include <quarvis/mining/observer.hpp>
 
+#include "meter.hpp"
+
 namespace quarvis::mining {
 
-/// Thrown out of a step that costs more than it was given; its caller takes a smaller step.
-class OutOfBudget : public std::exception {};
+/// Thrown out of a step that costs more than it should; its caller takes a smaller step.
+class TooLong : public std::exception {};
 
 /// One step of a run, as all its threads share it: what it has cost, what it may cost, and whether
 /// it is to end. Costs are told in units of about a nanosecond.
@@ -17,15 +19,16 @@ class Step {
   public:
     static constexpr std::uint64_t NO_LIMIT = static_cast<std::uint64_t>(-1);
 
-    explicit Step(const Observer& observer, std::uint64_t limit = NO_LIMIT)
-        : m_observer(observer), m_limit(limit) {}
+    explicit Step(const Observer& observer, Meter& meter, std::uint64_t limit = NO_LIMIT)
+        : m_observer(observer), m_meter(meter), m_limit(limit) {}
 
-    /// Accounts for work. Throws `Cancelled` or `OutOfBudget` when the step is to end.
+    /// Accounts for work. Throws `Cancelled`, `OverBudget` or `TooLong` when the step is to end.
     void spend(std::uint64_t units) {
         if (m_observer.isCancelled())
             throw Cancelled();
+        m_meter.checkTime();
         if (m_spent.fetch_add(units, std::memory_order_relaxed) + units > m_limit)
-            throw OutOfBudget();
+            throw TooLong();
         if (m_failed.load(std::memory_order_relaxed))
             throw Cancelled();
     }
@@ -33,10 +36,13 @@ class Step {
     /// Has all threads of the step end, since one of them failed.
     void fail() { m_failed.store(true, std::memory_order_relaxed); }
 
+    Meter& meter() const { return m_meter; }
+
     std::uint64_t spent() const { return m_spent.load(std::memory_order_relaxed); }
 
   private:
     const Observer& m_observer;
+    Meter& m_meter;
     std::uint64_t m_limit;
     std::atomic<std::uint64_t> m_spent{0};
     std::atomic<bool> m_failed{false};
@@ -52,6 +58,9 @@ class Work {
         if (m_units >= SETTLED_AT)
             settle();
     }
+
+    /// What was found and taken, for the budget of the run.
+    Meter& meter() const { return m_step.meter(); }
 
     void settle() {
         const std::uint64_t units = m_units;

@@ -10,10 +10,12 @@
 
 #include "candidates.hpp"
 #include "check_options.hpp"
+#include "forecast.hpp"
 #include "item_set_walk.hpp"
 #include "relevant_items.hpp"
 #include "rule_selection.hpp"
 #include "rule_walk.hpp"
+#include "steps.hpp"
 #include "tasks.hpp"
 
 namespace quarvis::mining {
@@ -39,33 +41,56 @@ class ShardedRun {
         : m_shards(shards),
           m_options(options),
           m_observer(observer),
-          m_step(observer),
+          m_meter(options.budget),
+          m_step(observer, m_meter),
           m_maxSize(options.maxSize == 0 ? std::numeric_limits<std::size_t>::max()
                                          : options.maxSize),
           m_order(shards.front(), options.minCount) {}
 
     ItemSets findItemSets() {
+        try {
+            return m_findItemSets();
+        } catch (const OverBudget& over) {
+            throw m_exceeded(over);
+        }
+    }
+
+    Rules findRules(const ItemSets& sets) {
+        try {
+            return m_findRules(sets);
+        } catch (const OverBudget& over) {
+            throw exceeded(over, sets);
+        }
+    }
+
+  private:
+    ItemSets m_findItemSets() {
+        m_meter.found(1, m_order.size());
         m_observer.levelFound(1, m_order.size());
-        FoundSets found;
+        FoundSets& found = m_found;
         found.link(m_order.size());
         std::vector<std::unique_ptr<Baskets>> baskets(m_shards.size());
         m_onEach([&](std::size_t shard, Work& work) {
             baskets[shard] =
                 std::make_unique<Baskets>(Shard::whole(m_shards[shard]), m_order, &work);
+            m_meter.took(baskets[shard]->bytes());
         });
         for (bool any = m_maxSize > 1; any;) {
             Candidates candidates(found, m_order.size(), m_options.minCount);
             const std::size_t size = candidates.size();
+            m_observer.levelForecast(size, forecast(found, m_order.size()));
             while (candidates.next())
-                candidates.prune(m_countOnShards(baskets, found, candidates));
+                m_meter.found(size, candidates.prune(m_countOnShards(baskets, found, candidates)));
             any = candidates.finish();
             m_observer.levelFound(size, found.count(size));
             any = any && size < m_maxSize;
         }
+        for (const std::unique_ptr<Baskets>& of : baskets)
+            m_meter.gaveBack(of->bytes());
         return std::move(found).ordered(m_order, m_options.threads, m_step);
     }
 
-    Rules findRules(const ItemSets& sets) {
+    Rules m_findRules(const ItemSets& sets) {
         std::size_t histories = 0;
         for (const HistoryIndex& shard : m_shards)
             histories += shard.historyCount();
@@ -75,7 +100,15 @@ class ShardedRun {
                            m_step);
     }
 
-  private:
+    BudgetExceeded m_exceeded(const OverBudget& over) const {
+        std::vector<std::size_t> levels = {m_order.size()};
+        std::vector<std::uint32_t> counts;
+        for (std::uint32_t item = 0; item < m_order.size(); ++item)
+            counts.push_back(m_order.count(WalkItem{item}));
+        m_found.tell(levels, counts);
+        return exceeded(over, std::move(levels), std::move(counts));
+    }
+
     /// Calls `work` for each shard, in the threads of the run.
     template <class OnShard>
     void m_onEach(OnShard onShard) {
@@ -115,6 +148,7 @@ class ShardedRun {
         m_onEach([&](std::size_t shard, Work& work) {
             parts[shard] = std::make_unique<RuleParts>(m_shards[shard], sets, relevant,
                                                        m_options.window, m_step, work);
+            m_meter.took(parts[shard]->standings.bytes());
         });
         std::vector<SplitSet> live;
         for (std::uint32_t size = 2; size <= sets.levels(); ++size) {
@@ -164,9 +198,11 @@ class ShardedRun {
     std::span<const HistoryIndex> m_shards;
     const MiningOptions& m_options;
     Observer& m_observer;
+    Meter m_meter;
     Step m_step;
     std::size_t m_maxSize;
     WalkOrder m_order;
+    FoundSets m_found;
 };
 
 void check(std::span<const HistoryIndex> shards, const MiningOptions& options) {

@@ -103,6 +103,13 @@ class Standings {
     /// Whether any item is present anywhere.
     bool anyPresent() const { return !m_present.empty(); }
 
+    /// The memory that they take.
+    std::size_t bytes() const {
+        return sizeof(History) * m_histories.size() + sizeof(Rank) * m_items.size() +
+               sizeof(std::uint64_t) * (m_masks.size() + m_present.size()) +
+               sizeof(std::uint32_t) * m_begin.size() + sizeof(Place) * m_places.size();
+    }
+
   private:
     friend class StandingsBuilder;
 

@@ -18,17 +18,18 @@ struct Result {
 
 /// The frequent item sets: all that `minCount` histories or more hold, at whatever times. Throws
 /// `std::invalid_argument` when the index lacks items that are frequent enough, `std::length_error`
-/// beyond 2^32 - 2 sets of one size, and `Cancelled`.
+/// beyond 2^32 - 2 sets of one size, `Cancelled`, and `BudgetExceeded`.
 ItemSets findItemSets(const HistoryIndex& index, const MiningOptions& options, Observer& observer);
 
 /// The rules of the sets, which were found in the index with the same options.
 ///
 /// A rule "A => S" counts in a history that has a transaction with all of S and not all of A,
-/// before which every item of A occurred within the window and no item of S did.
+/// before which every item of A occurred within the window and no item of S did. Throws as
+/// `findItemSets`; the budget is that of the search for rules alone.
 Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOptions& options,
                 Observer& observer);
 
-/// Both.
+/// Both, with one budget for the two.
 Result mine(const HistoryIndex& index, const MiningOptions& options, Observer& observer);
 
 }  // namespace quarvis::mining

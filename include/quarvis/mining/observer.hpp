@@ -26,6 +26,12 @@ class Observer {
     /// set, or that of the greatest size asked for.
     virtual void levelFound(std::size_t /*size*/, std::size_t /*sets*/) {}
 
+    /// The sets of `size` items are going to be counted, of which there are `most` at most: each is
+    /// made of two sets of one item less that share all but the last, and no more can be made of
+    /// so many. Called where a level is counted on its own: in runs over several shards, and in
+    /// those that take longer than a third of a second.
+    virtual void levelForecast(std::size_t /*size*/, std::size_t /*most*/) {}
+
     /// All rules were counted; `rules` have the least count.
     virtual void rulesCounted(std::size_t /*rules*/) {}
 

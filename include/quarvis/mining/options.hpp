@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <limits>
 
+#include <quarvis/mining/budget.hpp>
+
 #pragma GCC visibility push(default)
 
 namespace quarvis::mining {
@@ -49,6 +51,8 @@ struct MiningOptions {
     /// Threads that work on the run, the calling one among them; at least 1. The result does not
     /// depend on it.
     unsigned threads = 1;
+
+    Budget budget;  ///< What the run may take; by default there is no bound.
 };
 
 }  // namespace quarvis::mining

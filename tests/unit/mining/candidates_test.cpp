@@ -122,7 +122,8 @@ std::pair<ItemSets, std::size_t> foundInBlocks(const HistoryIndex& index,
     const WalkOrder order(index, options.minCount);
     const Baskets baskets(Shard::whole(index), order);
     const Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     Work work(step);
     FoundSets found = items(order.size());
     std::size_t mostBlocks = 0;

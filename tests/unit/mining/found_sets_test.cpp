@@ -23,7 +23,8 @@ using mining_tests::setsOf;
 
 ItemSets ordered(FoundSets sets, const WalkOrder& order, unsigned threads = 1) {
     Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     return std::move(sets).ordered(order, threads, step);
 }
 

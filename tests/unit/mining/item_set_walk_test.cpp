@@ -69,7 +69,8 @@ CountedSets walked(const HistoryIndex& index, std::uint32_t minCount, const Coun
     FoundSets all = knownSets(sets, order, knownSize);
     const ItemSetWalk::Scope scope{&all, knownSize, maxSize};
     Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     Work work(step);
     ItemSetWalk walk(baskets, minCount, scope, work);
     FoundSets found;
@@ -122,7 +123,8 @@ void expectCandidatesCounted(const HistoryIndex& index, std::uint32_t minCount,
     const FoundSets known = knownSets(sets, order, knownSize);
     const ItemSetWalk::Scope scope{&known, knownSize, knownSize + 1};
     Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     Work work(step);
     ItemSetWalk walk(baskets, minCount, scope, work);
     std::vector<std::uint32_t> counts;
@@ -284,7 +286,8 @@ TEST(ItemSetWalk, FindsNothingForAnItemWithoutLaterOnes) {
     const WalkOrder order(index, 1);
     const Baskets baskets(Shard::whole(index), order);
     Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     Work work(step);
     ItemSetWalk walk(baskets, 1, {}, work);
     FoundSets found;
@@ -302,7 +305,8 @@ TEST(ItemSetWalk, GoesThroughItemsInAnyOrder) {
     const WalkOrder order(index, shape.minCount);
     const Baskets baskets(Shard::whole(index), order);
     Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     Work work(step);
     ItemSetWalk shared(baskets, shape.minCount, {}, work);
     for (std::uint32_t item = static_cast<std::uint32_t>(order.size()); item-- > 0;) {

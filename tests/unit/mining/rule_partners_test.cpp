@@ -15,7 +15,7 @@ namespace {
 /// What is live in a table where a rule is to be met twice.
 struct Living {
     explicit Living(const oracle::Table& table)
-        : index(support::indexOf(table, 1)), ledger(2), step(observer) {
+        : index(support::indexOf(table, 1)), ledger(2), step(observer, meter) {
         MiningOptions options;
         options.minCount = 1;
         sets = findItemSets(index, options, observer);
@@ -28,6 +28,7 @@ struct Living {
     HistoryIndex index;
     WholeLedger ledger;
     Observer observer;
+    Meter meter{Budget()};
     Step step;
     ItemSets sets;
     std::vector<LivePairs> live;

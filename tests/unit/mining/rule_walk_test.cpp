@@ -71,7 +71,8 @@ Tallies walked(const HistoryIndex& index, const Run& run) {
                               run.window);
     Recorder recorder(run.least);
     Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     Work work(step);
     const PairTallies pairs(standings, sets, 1, step);
     RuleWalk walk(standings, pairs, sets, run.maxSize, run.splits, run.window == 0, recorder, work);

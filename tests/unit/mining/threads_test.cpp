@@ -57,7 +57,8 @@ TEST(Threads, DoNotChangeTheResultOfSmallRuns) {
 TEST(Tasks, AreEachWorkedOnOnce) {
     for (const unsigned threads : {1U, 2U, 5U}) {
         Observer observer;
-        Step step(observer);
+        Meter meter{Budget()};
+        Step step(observer, meter);
         std::vector<std::atomic<int>> done(1000);
         std::size_t last = 0;
         const std::thread::id caller = std::this_thread::get_id();
@@ -77,7 +78,8 @@ TEST(Tasks, AreEachWorkedOnOnce) {
 
 TEST(Tasks, HaveNoMoreThreadsThanTheyAre) {
     Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     std::mutex mutex;
     std::set<unsigned> workers;
     const auto makeWorker = [&](unsigned thread) {
@@ -92,7 +94,8 @@ TEST(Tasks, HaveNoMoreThreadsThanTheyAre) {
 TEST(Tasks, EndAllWhenOneFails) {
     for (const unsigned threads : {1U, 4U}) {
         Observer observer;
-        Step step(observer);
+        Meter meter{Budget()};
+        Step step(observer, meter);
         std::atomic<int> begun{0};
         const auto makeWorker = [&](unsigned) {
             return [&](std::size_t task) {
@@ -111,7 +114,8 @@ TEST(Tasks, EndAllWhenOneFails) {
 
 TEST(Tasks, EndWhenAWorkerCannotBeMade) {
     Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     const auto makeWorker = [](unsigned thread) {
         if (thread == 0)
             throw std::bad_alloc();
@@ -122,16 +126,18 @@ TEST(Tasks, EndWhenAWorkerCannotBeMade) {
 
 TEST(Step, EndsWhatCostsMoreThanItWasGiven) {
     Observer observer;
-    Step step(observer, 100);
+    Meter meter{Budget()};
+    Step step(observer, meter, 100);
     step.spend(60);
     step.spend(40);
     EXPECT_EQ(100U, step.spent());
-    EXPECT_THROW(step.spend(1), OutOfBudget);
+    EXPECT_THROW(step.spend(1), TooLong);
 }
 
 TEST(Work, IsSettledNowAndThen) {
     Observer observer;
-    Step step(observer);
+    Meter meter{Budget()};
+    Step step(observer, meter);
     Work work(step);
     work.add(999'999);
     EXPECT_EQ(0U, step.spent());

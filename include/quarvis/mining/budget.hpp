@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#pragma GCC visibility push(default)
+
+namespace quarvis::mining {
+
+/// What a run may take. The number of frequent item sets has no bound but 2^n as the least count
+/// falls, so whoever runs for others sets one. 0 is no bound.
+struct Budget {
+    /// Items of a set. Unlike `MiningOptions::maxSize`, which leaves larger sets out, this ends the
+    /// run when there is one.
+    std::size_t levels = 0;
+
+    std::size_t sets = 0;  ///< Frequent item sets, of all sizes together.
+
+    /// Memory beside the index, as the engine reckons it: its copy of the histories, 28 bytes a set
+    /// and 144 bytes a rule.
+    std::size_t bytes = 0;
+
+    std::chrono::nanoseconds time{0};  ///< By the clock on the wall.
+};
+
+/// Thrown out of a run that comes to the end of its budget. Nothing of the run remains but this.
+class BudgetExceeded : public std::runtime_error {
+  public:
+    /// Which bound.
+    enum class Limit { LEVELS, SETS, BYTES, TIME };
+
+    /// `levels` as below.
+    BudgetExceeded(Limit limit, std::vector<std::size_t> levels, std::uint32_t advisedCount);
+
+    Limit limit() const { return m_limit; }
+
+    /// How far the run came: the number of sets that were found of each size, from 1 on. Of the
+    /// greatest sizes there may be more.
+    const std::vector<std::size_t>& levels() const { return m_levels; }
+
+    /// A least count to try next: the least one that at most half of these sets have.
+    std::uint32_t advisedCount() const { return m_advisedCount; }
+
+  private:
+    static std::string s_message(Limit limit, const std::vector<std::size_t>& levels,
+                                 std::uint32_t advisedCount);
+
+    Limit m_limit;
+    std::vector<std::size_t> m_levels;
+    std::uint32_t m_advisedCount;
+};
+
+}  // namespace quarvis::mining
+
+#pragma GCC visibility pop

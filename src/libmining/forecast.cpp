@@ -1,0 +1,71 @@
+#include "forecast.hpp"
+
+#include <algorithm>
+#include <limits>
+
+namespace quarvis::mining {
+
+namespace {
+
+constexpr std::size_t MOST = std::numeric_limits<std::size_t>::max();
+
+/// n over k, or MOST.
+std::size_t choose(std::size_t n, std::size_t k) {
+    if (k > n)
+        return 0;
+    k = std::min(k, n - k);
+    std::size_t chosen = 1;
+    for (std::size_t i = 1; i <= k; ++i) {
+        const std::size_t factor = n - k + i;
+        if (chosen > MOST / factor)
+            return MOST;
+        chosen = chosen * factor / i;
+    }
+    return chosen;
+}
+
+/// The greatest n of which n over k is at most `limit`, which is 1 at least.
+std::size_t greatest(std::size_t k, std::size_t limit) {
+    std::size_t low = k;
+    std::size_t high = k + 1;
+    while (choose(high, k) <= limit) {
+        low = high;
+        high *= 2;
+    }
+    while (high - low > 1) {
+        const std::size_t middle = low + (high - low) / 2;
+        (choose(middle, k) <= limit ? low : high) = middle;
+    }
+    return low;
+}
+
+}  // namespace
+
+/// `sets` is written as a sum of n_k over k, n_(k-1) over k - 1, and so on, each as great as it can
+/// be; the bound has k + 1, k, and so on below the same numbers.
+std::size_t mostLarger(std::size_t size, std::size_t sets) {
+    std::size_t most = 0;
+    for (std::size_t k = size; k > 0 && sets > 0; --k) {
+        const std::size_t n = k == 1 ? sets : greatest(k, sets);
+        sets -= choose(n, k);
+        const std::size_t larger = choose(n, k + 1);
+        most = larger > MOST - most ? MOST : most + larger;
+    }
+    return most;
+}
+
+std::size_t forecast(const FoundSets& found, std::size_t items) {
+    const std::size_t size = found.maxSize();
+    if (size == 1)
+        return mostLarger(1, items);
+    const std::vector<std::uint32_t>& parents = found.level(size).parent;
+    std::size_t joins = 0;
+    for (std::size_t begin = 0, end = 0; begin < parents.size(); begin = end) {
+        while (end < parents.size() && parents[end] == parents[begin])
+            ++end;
+        joins += (end - begin) * (end - begin - 1) / 2;
+    }
+    return std::min(joins, mostLarger(size, parents.size()));
+}
+
+}  // namespace quarvis::mining

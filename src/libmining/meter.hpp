@@ -1,0 +1,92 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <vector>
+
+#include <quarvis/mining/budget.hpp>
+
+namespace quarvis::mining {
+
+/// Thrown where a run comes to the end of its budget. Whoever knows what was found makes a
+/// `BudgetExceeded` of it.
+class OverBudget : public std::exception {
+  public:
+    explicit OverBudget(BudgetExceeded::Limit limit) : m_limit(limit) {}
+    const char* what() const noexcept override { return "over the budget"; }
+    BudgetExceeded::Limit limit() const { return m_limit; }
+
+  private:
+    BudgetExceeded::Limit m_limit;
+};
+
+/// What a run has taken of its budget, which all its threads share. Everything throws `OverBudget`.
+class Meter {
+  public:
+    /// The time of the run begins.
+    explicit Meter(const Budget& budget)
+        : m_budget(budget), m_begin(std::chrono::steady_clock::now()) {}
+
+    /// Accounts for frequent sets of one size.
+    void found(std::size_t size, std::size_t sets) {
+        if (sets == 0)
+            return;
+        if (m_budget.levels != 0 && size > m_budget.levels)
+            throw OverBudget(BudgetExceeded::Limit::LEVELS);
+        if (m_budget.sets != 0 && (m_sets += sets) > m_budget.sets)
+            throw OverBudget(BudgetExceeded::Limit::SETS);
+        took(sets * SET_BYTES);
+    }
+
+    /// Accounts for memory.
+    void took(std::size_t bytes) {
+        if (m_budget.bytes != 0 && (m_bytes += bytes) > m_budget.bytes)
+            throw OverBudget(BudgetExceeded::Limit::BYTES);
+    }
+
+    /// Takes memory back out of the account.
+    void gaveBack(std::size_t bytes) {
+        if (m_budget.bytes != 0)
+            m_bytes -= bytes;
+    }
+
+    void checkTime() const {
+        if (m_budget.time.count() != 0 &&
+            std::chrono::steady_clock::now() - m_begin > m_budget.time)
+            throw OverBudget(BudgetExceeded::Limit::TIME);
+    }
+
+    /// Sets and memory so far.
+    struct Mark {
+        std::size_t sets;
+        std::size_t bytes;
+    };
+    Mark mark() const { return {m_sets, m_bytes}; }
+
+    /// Gives back what was taken since the mark.
+    void rewind(const Mark& mark) {
+        m_sets = mark.sets;
+        m_bytes = mark.bytes;
+    }
+
+    /// A set while it is searched, and in the result.
+    static constexpr std::size_t SET_BYTES = 28;
+
+    /// A rule while it is counted, and in the result with three items.
+    static constexpr std::size_t RULE_BYTES = 144;
+
+  private:
+    Budget m_budget;
+    std::chrono::steady_clock::time_point m_begin;
+    std::atomic<std::size_t> m_sets{0};
+    std::atomic<std::size_t> m_bytes{0};
+};
+
+/// The exception for a run that found so many sets of each size from 1 on, with these counts.
+BudgetExceeded exceeded(const OverBudget& over, std::vector<std::size_t> levels,
+                        std::vector<std::uint32_t> counts);
+
+}  // namespace quarvis::mining
