@@ -105,7 +105,8 @@ class TransactionSet {
     /// row at hand its items too.
     void readInto(std::istream& in, char delim);
 
-    /// As above from the file `path`; one that cannot be opened reads as empty.
+    /// As above from the file `path`; one that cannot be opened reads as empty, and a read that
+    /// fails throws `moxtel::io::FileError`.
     void readInto(const std::string& path, char delim);
 
   private:

@@ -75,6 +75,8 @@ class ItemSetHistogram {
     void write(std::ostream& os) const;
 
     /// As above into the file `path`, which is replaced; nothing happens when it cannot be opened.
+    /// A write that fails throws `moxtel::io::FileError`, and the file has whole lines then, as far
+    /// as the system lets it.
     void write(const std::string& path) const;
 
   private:

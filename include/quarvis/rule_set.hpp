@@ -107,7 +107,8 @@ class RuleSet {
     /// parsing of its cells and a lookup, a constant one where the file is in `RuleOrder`.
     void readInto(std::istream& in, char delim);
 
-    /// As above from the file `path`; one that cannot be opened reads as empty.
+    /// As above from the file `path`; one that cannot be opened reads as empty. A read that fails
+    /// throws `moxtel::io::FileError`, by value.
     void readInto(const std::string& path, char delim);
 
     /// Writes the rules file: a line of column titles, then a line for each rule with its text and
@@ -117,7 +118,8 @@ class RuleSet {
     void write(std::ostream& os) const;
 
     /// As above into the file `path`, which is replaced; when it cannot be opened nothing is
-    /// written but the number of rules.
+    /// written but the number of rules. A write that fails throws `moxtel::io::FileError`, and the
+    /// file has whole lines then, as far as the system lets it.
     void write(const std::string& path) const;
 
   private:

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <exception>
-#include <fstream>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <moxtel/file_stream.hpp>
 #include <moxtel/table.hpp>
 
 #include <quarvis/history.hpp>
@@ -52,18 +52,18 @@ class TransactionReader {
     std::exception_ptr m_error;
 };
 
-/// A transaction file that is opened for reading. One that cannot be opened reads as empty.
+/// A transaction file that is opened for reading. One that cannot be opened, or is a directory,
+/// reads as empty; a read that fails throws `moxtel::io::FileError`.
 class TransactionFile {
   public:
     /// Opens the file `path`.
-    explicit TransactionFile(const std::string& path);
+    explicit TransactionFile(const std::string& path) : m_stream(path) {}
 
     /// What the file holds. Valid as long as the file.
     std::istream& stream() { return m_stream; }
 
   private:
-    std::vector<char> m_buffer;
-    std::ifstream m_stream;
+    moxtel::io::InputFile m_stream;
 };
 
 }  // namespace quarvis::rule

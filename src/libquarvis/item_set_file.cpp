@@ -1,4 +1,6 @@
-#include <fstream>
+#include <ostream>
+
+#include <moxtel/file_stream.hpp>
 
 #include <quarvis/item_set_histogram.hpp>
 
@@ -15,8 +17,9 @@ void ItemSetHistogram::write(std::ostream& os) const {
 }
 
 void ItemSetHistogram::write(const std::string& path) const {
-    std::ofstream out(path);
+    moxtel::io::OutputFile out(path);
     write(out);
+    out.close();
 }
 
 }  // namespace quarvis::rule

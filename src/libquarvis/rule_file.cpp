@@ -1,7 +1,7 @@
-#include <fstream>
 #include <iostream>
 
 #include <moxtel/exception.hpp>
+#include <moxtel/file_stream.hpp>
 #include <moxtel/table.hpp>
 
 #include <quarvis/parse.hpp>
@@ -59,7 +59,7 @@ void RuleSet::readInto(std::istream& in, char delim) {
 }
 
 void RuleSet::readInto(const std::string& path, char delim) {
-    std::ifstream in(path);
+    moxtel::io::InputFile in(path);
     readInto(in, delim);
 }
 
@@ -74,8 +74,9 @@ void RuleSet::write(std::ostream& os) const {
 }
 
 void RuleSet::write(const std::string& path) const {
-    std::ofstream out(path);
+    moxtel::io::OutputFile out(path);
     write(out);
+    out.close();
 }
 
 }  // namespace quarvis::rule

@@ -71,10 +71,4 @@ void TransactionReader::m_readCells() {
     m_items.assign(m_texts.begin(), m_texts.end());
 }
 
-// The buffer is larger than a stream's own: a row that reaches over its end is read cell by cell.
-TransactionFile::TransactionFile(const std::string& path) : m_buffer(1 << 16) {
-    m_stream.rdbuf()->pubsetbuf(m_buffer.data(), static_cast<std::streamsize>(m_buffer.size()));
-    m_stream.open(path);
-}
-
 }  // namespace quarvis::rule
