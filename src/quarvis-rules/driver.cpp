@@ -1,8 +1,9 @@
 #include "driver.hpp"
 
-#include <fstream>
 #include <iostream>
 #include <string>
+
+#include <moxtel/file_stream.hpp>
 
 #include <quarvis/mining/index_builder.hpp>
 #include <quarvis/mining/mine.hpp>
@@ -59,8 +60,9 @@ void writeTo(const std::string& filename, Write write) {
         write(std::cout);
         return;
     }
-    std::ofstream out(filename);
+    moxtel::io::OutputFile out(filename);
     write(out);
+    out.close();
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 #include "options.hpp"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 
 #include <moxtel/cmdline.hpp>
+#include <moxtel/file_stream.hpp>
 
 using moxtel::cmdline::CmdLine;
 using moxtel::cmdline::Domain;
@@ -64,6 +66,12 @@ bool apply(const CmdLine::Binding& binding, Configuration& config) {
     return false;
 }
 
+/// Throws when a message that was meant for `stream` is lost. `errno` was 0 before the last one.
+void refuseLoss(std::FILE* stream, const char* name) {
+    if (std::fflush(stream) != 0 || std::ferror(stream) != 0)
+        throw moxtel::io::FileError("write", name, errno != 0 ? errno : EIO);
+}
+
 }  // namespace
 
 Configuration configure(int argc, char** argv) {
@@ -93,6 +101,7 @@ Configuration configure(int argc, char** argv) {
 }
 
 void usage(int status, int argc, char** argv) {
+    errno = 0;
     std::fprintf(stderr,
                  "usage: %s [input] [output] [item-sets]\n"
                  "\n"
@@ -111,5 +120,7 @@ void usage(int status, int argc, char** argv) {
                  "  -w, --window\t\tSet the size of the window (default: 0)\n"
                  "\n",
                  argc > 0 ? argv[0] : "quarvis-rules");
+    refuseLoss(stderr, "standard error");
+    refuseLoss(stdout, "standard output");
     std::exit(status);
 }

@@ -3,8 +3,10 @@
 #include "config.hpp"
 
 /// The settings that the command line asks for. When it asks for help, or does not parse, prints
-/// the usage text and ends the process: with status 0 when it parsed, otherwise with 1.
+/// the usage text and ends the process: with status 0 when it parsed, otherwise with 1. Throws
+/// `moxtel::io::FileError` instead when the text, or a message before it, cannot be written.
 Configuration configure(int argc, char** argv);
 
-/// Prints the usage text to standard error and ends the process with `status`.
+/// Prints the usage text to standard error and ends the process with `status`. Throws
+/// `moxtel::io::FileError` instead when the text, or a message before it, cannot be written.
 [[noreturn]] void usage(int status, int argc, char** argv);

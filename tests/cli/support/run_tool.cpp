@@ -1,5 +1,6 @@
 #include "cli/support/run_tool.hpp"
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -112,6 +114,42 @@ bool limit(decltype(RLIMIT_DATA) resource, rlim_t most) {
     return setrlimit(resource, &limits) == 0;
 }
 
+bool openOn(int descriptor, const std::string& path) {
+    const int opened = open(path.c_str(), O_RDWR);
+    // A directory is for reading only.
+    const int file = opened != -1 ? opened : open(path.c_str(), O_RDONLY);
+    return file != -1 && dup2(file, descriptor) != -1;
+}
+
+bool breakPipe(int descriptor) {
+    std::array<int, 2> ends{};
+    return pipe(ends.data()) == 0 && close(ends[0]) == 0 && dup2(ends[1], descriptor) != -1 &&
+           std::signal(SIGPIPE, SIG_IGN) != SIG_ERR;
+}
+
+/// Makes this process what the call says that the program is to find.
+bool prepare(const Call& call) {
+    // A program that aborts leaves no core file among those that are compared.
+    bool done = limit(RLIMIT_CORE, 0) && limit(RLIMIT_DATA, call.memory.value_or(RLIM_INFINITY)) &&
+                limit(RLIMIT_FSIZE, call.fileSize.value_or(RLIM_INFINITY));
+    for (const auto& [descriptor, path] : call.opened)
+        done = done && openOn(descriptor, path);
+    for (const int descriptor : call.broken)
+        done = done && breakPipe(descriptor);
+    for (const int descriptor : call.closed)
+        done = done && close(descriptor) == 0;
+    return done;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& words) {
+    std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
+    for (std::string& word : words)
+        pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
 int waitFor(pid_t child) {
     int status = 0;
     while (waitpid(child, &status, 0) == -1)
@@ -181,11 +219,11 @@ Outcome run(const Call& call) {
 
     std::vector<std::string> words{call.name};
     words.insert(words.end(), call.args.begin(), call.args.end());
-    std::vector<char*> argv;
-    argv.reserve(words.size() + 1);
-    for (std::string& word : words)
-        argv.push_back(word.data());
-    argv.push_back(nullptr);
+    const std::vector<char*> argv = pointersTo(words);
+    std::vector<std::string> variables = call.environment;
+    for (char** variable = environ; *variable != nullptr; ++variable)
+        variables.emplace_back(*variable);
+    const std::vector<char*> environment = pointersTo(variables);
 
     const pid_t child = fork();
     if (child == -1)
@@ -193,12 +231,10 @@ Outcome run(const Call& call) {
     if (child == 0) {
         // The alarm outlives execve, and its default action ends a program that hangs.
         alarm(DEADLINE_SECONDS);
-        // A program that aborts leaves no core file among those that are compared.
-        if (limit(RLIMIT_CORE, 0) && limit(RLIMIT_DATA, call.memory.value_or(RLIM_INFINITY)) &&
-            chdir(directory.path().c_str()) == 0 && dup2(in.descriptor(), STDIN_FILENO) != -1 &&
+        if (chdir(directory.path().c_str()) == 0 && dup2(in.descriptor(), STDIN_FILENO) != -1 &&
             dup2(out.descriptor(), STDOUT_FILENO) != -1 &&
-            dup2(err.descriptor(), STDERR_FILENO) != -1)
-            execve(TOOL_PATH, argv.data(), environ);
+            dup2(err.descriptor(), STDERR_FILENO) != -1 && prepare(call))
+            execve(TOOL_PATH, argv.data(), environment.data());
         std::perror(TOOL_PATH);
         _exit(127);
     }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,17 @@ struct Call {
     std::string name = "quarvis-rules";
     /// How many bytes of data the program may have, if that is limited.
     std::optional<std::uint64_t> memory = {};
+    /// How many bytes a file may have, if that is limited.
+    std::optional<std::uint64_t> fileSize = {};
+    /// The files that descriptors of the program are opened on for reading and writing, instead of
+    /// what they have otherwise.
+    std::map<int, std::string> opened = {};
+    /// The descriptors that are closed.
+    std::set<int> closed = {};
+    /// The descriptors that lead into a pipe which nobody reads, with SIGPIPE ignored.
+    std::set<int> broken = {};
+    /// Variables that are put into the environment, as "NAME=value".
+    std::vector<std::string> environment = {};
 };
 
 struct Outcome {
