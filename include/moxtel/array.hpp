@@ -33,14 +33,15 @@ class Array {
     explicit Array(std::size_t n, const Allocator* allocator = nullptr,
                    const Policy* policy = nullptr)
         : m_buf(s_allocate(n, allocator, policy)) {
-        m_construct([](T* place, std::size_t) { new (place) T(); });
+        m_construct([](T* place, std::size_t) { ::new (place) T(); });
     }
 
     /// Shares the elements of `other`.
     Array(const Array& other) : m_buf(other.m_buf) { mem::acquire(m_buf); }
     ~Array() { s_releaseArray(m_buf); }
 
-    /// Shares the elements of `other`, and gives up the share of those held before.
+    /// Takes a share of the elements of `other`, once, and then gives up that of those held before.
+    /// Does nothing when both hold the same.
     Array& operator=(const Array& other) {
         if (m_buf != other.m_buf) {
             Array taken(other);
@@ -163,7 +164,7 @@ class Array {
         void* memory = mem::allocate(n * sizeof(T) + sizeof(Buffer), allocator, policy);
         if (memory == nullptr)
             throw std::bad_alloc();
-        return new (memory) Buffer{n};
+        return ::new (memory) Buffer{n};
     }
 
     /// Makes the elements by `make(place, index)`; on an exception the elements made so far are
@@ -188,9 +189,9 @@ class Array {
         const T* source = count == 0 ? nullptr : m_data() + start;
         copy.m_construct([source, count](T* place, std::size_t i) {
             if (i < count)
-                new (place) T(source[i]);
+                ::new (place) T(source[i]);
             else
-                new (place) T();
+                ::new (place) T();
         });
         return copy;
     }

@@ -104,6 +104,19 @@ void doArrayDestruction(T* first, std::size_t count) {
     std::destroy_n(first, count);
 }
 
+/// Makes the registry when it is called for the first time.
+void makeRegistry() noexcept;
+
+/// Makes the registry before any static object is made of a source that includes this header, and
+/// so destroys it after them: a static handle may be set and left to the end of the program.
+struct RegistryMaker {
+    /// See `makeRegistry`.
+    RegistryMaker() noexcept { makeRegistry(); }
+};
+
+/// That of the source at hand.
+[[maybe_unused]] static const RegistryMaker REGISTRY_MAKER;
+
 }  // namespace moxtel::mem
 
 #pragma GCC visibility pop

@@ -187,6 +187,10 @@ const Allocator& defaultAllocator(const Allocator& allocator) {
     return *std::exchange(currentAllocator, &allocator);
 }
 
+void makeRegistry() noexcept {
+    entries();
+}
+
 void nop(void*) {}
 
 std::size_t rsize0() {

@@ -109,6 +109,44 @@ TEST_F(ArrayTest, AssignmentReleasesTheOldBufferAndSharesTheNew) {
     EXPECT_EQ(Counted::alive, 3);
 }
 
+TEST_F(ArrayTest, AssignmentAcquiresOnceBeforeItReleases) {
+    static std::string calls;
+    static constexpr Policy RECORDING = {rsize0, nop, nop, [](void*) { calls += "acquire "; },
+                                         [](void*) {
+                                             calls += "release ";
+                                             return true;
+                                         }};
+    Array<int> target(1, NEW, &RECORDING);
+    const Array<int> source(2, MALLOC);
+    target = source;
+    EXPECT_EQ(calls, "release ");
+    calls.clear();
+    {
+        const Array<int> other(3, NEW, &RECORDING);
+        target = other;
+        EXPECT_EQ(calls, "acquire ");
+        target = other;
+        EXPECT_EQ(calls, "acquire ");
+        // The buffer goes with its first release under this policy.
+        target = source;
+        EXPECT_EQ(calls, "acquire release ");
+    }
+    EXPECT_EQ(target.size(), 2U);
+}
+
+struct AllocatesItself {
+    static void* operator new(std::size_t) { throw std::bad_alloc(); }
+    static void operator delete(void*) {}
+    int value = 5;
+};
+
+TEST_F(ArrayTest, ElementsAreMadeInTheBufferWhateverTheirOperatorNew) {
+    Array<AllocatesItself> array(2);
+    EXPECT_EQ(array[1].value, 5);
+    array.resize(3);
+    EXPECT_EQ(array[2].value, 5);
+}
+
 TEST_F(ArrayTest, PolicyDecidesWhetherTheBufferIsDestroyed) {
     const void* buffer = nullptr;
     {

@@ -1,6 +1,8 @@
 #include <moxtel/pointer.hpp>
 
+#include <cstddef>
 #include <new>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -158,6 +160,33 @@ TEST_F(PointerTest, HandleMayBeAssignedFromWithinTheObjectItReleases) {
     EXPECT_EQ(head->value, 2);
 }
 
+TEST_F(PointerTest, AssignmentAcquiresOnceBeforeItReleases) {
+    static std::string calls;
+    static constexpr Policy RECORDING = {rsize0, nop, nop, [](void*) { calls += "acquire "; },
+                                         [](void*) {
+                                             calls += "release ";
+                                             return false;
+                                         }};
+    Counted old(1);
+    Counted fresh(2);
+    protect(&old, &RECORDING);
+    protect(&fresh, &RECORDING);
+    {
+        Pointer<Counted> target(&old);
+        const Pointer<Counted> source(&fresh);
+        calls.clear();
+        target = source;
+        EXPECT_EQ(calls, "acquire release ");
+        EXPECT_EQ(target->value, 2);
+        calls.clear();
+        target = source;
+        target = Pointer<Counted>();
+        EXPECT_EQ(calls, "release ");
+    }
+    mem::free(&old);
+    mem::free(&fresh);
+}
+
 struct Derived : Counted {
     explicit Derived(bool& gone) : m_gone(gone) {}
     ~Derived() override { m_gone = true; }
@@ -189,6 +218,26 @@ TEST_F(PointerTest, ObjectIsDestroyedWhenItCannotBeRegistered) {
                                        nop, pfalse};
     EXPECT_THROW(Pointer<Counted>(new Counted(5), &FAILING), std::bad_alloc);
     EXPECT_EQ(Counted::destroyed, std::vector<int>({5}));
+}
+
+struct AllocatesItself {
+    static void* operator new(std::size_t size) { return ::operator new(size); }
+    static void operator delete(void* ptr) { ::operator delete(ptr); }
+};
+
+struct FreesItself {
+    static void operator delete(void* ptr, std::size_t) { ::operator delete(ptr); }
+};
+
+struct alignas(4 * __STDCPP_DEFAULT_NEW_ALIGNMENT__) OverAligned {
+    char byte;
+};
+
+TEST_F(PointerTest, ObjectsThatTheDefaultAllocatorCannotFreeAreRefused) {
+    static_assert(!isManageable<AllocatesItself>() && !isManageable<const AllocatesItself>());
+    static_assert(!isManageable<FreesItself>());
+    static_assert(!isManageable<OverAligned>());
+    static_assert(isManageable<Counted>() && isManageable<const Derived>() && isManageable<int>());
 }
 
 }  // namespace
