@@ -41,12 +41,13 @@ namespace moxtel::io {
 /// format; only one of them is to go on reading.
 class DelimitedRowParser {
   public:
-    /// A parser to be opened; it takes a share of the format.
+    /// A parser to be opened; it takes a share of the format. Without one (null) `hasCell` and
+    /// `nextCell` throw `AccessException` where they need it.
     explicit DelimitedRowParser(const DelimitedRowFormat* format);
 
     /// @{
     /// A parser over a device that keeps the description of a format, but creates none: it is for
-    /// derived classes, and `hasCell` and `nextCell` must not be called on it. 0 for `delim` stands
+    /// derived classes, and `hasCell` and `nextCell` of it throw as above. 0 for `delim` stands
     /// for the comma, null for `quote` for the default quotes; what `quote` points to must outlive
     /// the parser. The device is shared as by `TextReader`.
     DelimitedRowParser(Device* in, char delim, const char* quote, char escape);
@@ -120,11 +121,14 @@ class DelimitedRowParser {
   private:
     /// What `endRow` of the format says after `c` was peeked at. After a -1 it peeks anew, which
     /// goes past a byte 0xFF.
-    bool m_endsRow(int c) { return m_plain && c != -1 ? c == '\n' : m_format->endRow(m_src); }
+    bool m_endsRow(int c) { return m_plain && c != -1 ? c == '\n' : m_asked().endRow(m_src); }
     bool m_isDelim(int c) const {
-        return m_plain ? c == static_cast<signed char>(m_plainDelim) : m_format->isDelim(c);
+        return m_plain ? c == static_cast<signed char>(m_plainDelim) : m_asked().isDelim(c);
     }
     bool m_isPlainQuote(char c) const { return m_plainQuotes[static_cast<unsigned char>(c)]; }
+
+    /// The format, of which there has to be one.
+    const DelimitedRowFormat& m_asked() const;
 
     mem::Pointer<DelimitedRowFormat> m_format;
 

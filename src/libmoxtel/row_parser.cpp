@@ -106,7 +106,7 @@ std::string DelimitedRowParser::nextCell() {
     if (c == '\n' || c == -1)
         return std::string();
     if (!m_plain || m_isPlainQuote(static_cast<char>(c)))
-        return m_format->readCell(m_src);
+        return m_asked().readCell(m_src);
     int end = 0;
     std::string cell = m_src.readUntil(m_plainDelim, end);
     // Of a line end that begins with a carriage return the cell takes in what it is read as.
@@ -115,6 +115,12 @@ std::string DelimitedRowParser::nextCell() {
         cell += m_src.readUntil(m_plainDelim, end);
     }
     return cell;
+}
+
+const DelimitedRowFormat& DelimitedRowParser::m_asked() const {
+    if (!m_format)
+        throw AccessException("The row parser has no format.");
+    return *m_format;
 }
 
 bool DelimitedRowParser::takeRow(std::vector<std::string_view>& cells, std::size_t least) {

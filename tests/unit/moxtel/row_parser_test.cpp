@@ -584,6 +584,21 @@ TEST(RowParserMaking, TheEscapedFormatReadsLikeTheQuotedOne) {
     EXPECT_EQ(tableOf(parser), (Table{{"#a\\", "b"}, {"\"c,d\"\\"}, {"e"}}));
 }
 
+TEST(RowParserMaking, WithoutAFormatTheParserReadsNoCell) {
+    std::istringstream in("a,b\n");
+    DelimitedRowParser without(nullptr);
+    without.open(in);
+    DelimitedRowParser described(Device::wrapString("a,b\n", 0, 4), ',', nullptr, '\0');
+    for (DelimitedRowParser* parser : {&without, &described}) {
+        EXPECT_TRUE(parser->hasRow());
+        std::vector<std::string_view> cells;
+        EXPECT_FALSE(parser->takeRow(cells, 0));
+        EXPECT_THROW(parser->hasCell(), AccessException);
+        EXPECT_THROW(parser->nextCell(), AccessException);
+        EXPECT_TRUE(parser->hasRow());
+    }
+}
+
 /// The message of the exception that `make` throws as a pointer.
 template <class Make>
 std::string thrownPointer(Make make) {
