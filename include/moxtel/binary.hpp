@@ -23,7 +23,7 @@ namespace moxtel::io {
 /// stream takes it over.
 class BinaryStream {
   public:
-    /// Over `device`, which is shared as told above.
+    /// Over `device`, which is shared as told above. Throws `AccessException` for null.
     BinaryStream(Device* device, Endianness endian);
 
     /// Over the proxy of `device`.
@@ -51,7 +51,8 @@ class BinaryStream {
 
 /// Reads numbers and strings. A number of which the device has not all the bytes is no error: the
 /// bytes that are missing count as 0. Nothing is buffered here: a value costs a read of the device,
-/// a string behind its length two, and one that ends with a NUL one for each byte.
+/// a string behind its length two (a long one more), and one that ends with a NUL one for each
+/// byte.
 class BinaryReader : public BinaryStream {
   public:
     using BinaryStream::BinaryStream;
@@ -93,7 +94,10 @@ class BinaryReader : public BinaryStream {
     /// @{
     /// A string behind its length, an unsigned integer of so many bits. Shorter than that where the
     /// data ends early, as far as the device counts it. Throws `IOException` when the device's read
-    /// fails, and `std::bad_alloc` when there is no memory for the length that was read.
+    /// fails, and `std::bad_alloc` when there is no memory for the data.
+    ///
+    /// The length is not trusted: more than 64 KiB is read in pieces, each as long as what is there
+    /// already, so that memory grows with the data alone.
     std::string readPStr8();
     std::string readPStr16();
     std::string readPStr32();
@@ -161,8 +165,20 @@ class BinaryWriter : public BinaryStream {
     /// A part of a string, then a NUL.
     std::size_t writeNTS(const std::string& str, std::size_t start, std::size_t len);
 
+    /// @{
+    /// Pass on what the device holds back, and `close` closes its file (see `Device::close`).
+    /// Whether nothing is lost of all that this writer, or the one that it is a copy of, was to
+    /// write. A device that a writer leaves without them does the same and tells nobody.
+    bool flush();
+    bool close();
+    /// @}
+
   private:
+    template <class T>
+    std::size_t m_writeValue(T value);
     std::size_t m_writePart(const std::string& str, std::size_t start, std::size_t len);
+
+    bool m_lost = false;  ///< Whether the device did not write all of something.
 };
 
 }  // namespace moxtel::io

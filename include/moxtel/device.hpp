@@ -44,7 +44,9 @@ class Device {
 
     /// @{
     /// Devices over standard streams. A stream given by reference stays the caller's and must
-    /// outlive the device; a stream given by pointer is deleted with it.
+    /// outlive the device; a stream given by pointer is deleted with it. A device over a null
+    /// pointer is refused when it is used: everything that needs the stream throws
+    /// `AccessException`.
     ///
     /// A block read fails once the stream has met its end before, and also when it meets it during
     /// the read: the bytes before the end are then in the buffer, but not counted. A transfer in
@@ -95,6 +97,10 @@ class Device {
     virtual std::size_t read(char* buf, std::size_t n) = 0;
 
     /// One byte as a signed char, -1 at the end. A byte 0xFF cannot be told from the end.
+    ///
+    /// A device over a standard stream takes the byte from the stream's buffer where that holds
+    /// some. The stream's `gcount` then stays as it was, and a stream that is tied to it is not
+    /// flushed; it is flushed before every read that may have to wait for data.
     virtual int read();
 
     /// Writes `n` bytes. The number written, or `FAILED`.
@@ -125,6 +131,14 @@ class Device {
     /// the stream's buffer itself as long as the stream is good and the buffer holds some; the
     /// stream's `gcount` then does not tell of them.
     virtual std::istream* input();
+
+    /// Passes on what the device holds back of the bytes written to it. False when that fails, or
+    /// when bytes were lost that the device had taken before; true where nothing is held back.
+    virtual bool flush();
+
+    /// As `flush`, and closes a file: it then takes and gives no byte any more, for every holder
+    /// of the device. The other kinds are only flushed.
+    virtual bool close();
 };
 
 }  // namespace moxtel::io

@@ -162,8 +162,9 @@ class TextReader : public TextStream {
 };
 
 /// Writes text; a line ends with a single line feed. Each operation gives the number of
-/// characters that the device took; it goes on after a character that failed. Each character costs
-/// a call of the device.
+/// characters that the device took; it goes on after a character that failed. Rows and columns are
+/// counted after the character was written, so not for one that the device throws for. Each
+/// character costs a call of the device.
 class TextWriter : public TextStream {
   public:
     TextWriter() = default;
@@ -205,8 +206,22 @@ class TextWriter : public TextStream {
     /// Text up to its NUL, then a line end.
     std::size_t writeLine(const char* str);
 
+    /// @{
+    /// Pass on what the device holds back, and `close` closes its file (see `Device::close`).
+    /// Whether nothing is lost of all that this writer, or the one that it is a copy of, was to
+    /// write. A device that a writer leaves without them does the same and tells nobody.
+    bool flush();
+    bool close();
+    /// @}
+
   private:
-    bool m_put(char c) { return m_device && m_device->write(c); }
+    bool m_put(char c) {
+        const bool taken = m_device && m_device->write(c);
+        m_lost = m_lost || !taken;
+        return taken;
+    }
+
+    bool m_lost = false;  ///< Whether the device refused a character.
 };
 
 }  // namespace moxtel::io

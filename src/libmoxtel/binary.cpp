@@ -18,23 +18,28 @@ T readValue(Device& device) {
     return value;
 }
 
-template <class T>
-std::size_t writeValue(Device& device, T value) {
-    return device.write(reinterpret_cast<const char*>(&value), sizeof value);
-}
-
 std::string readText(Device& device, std::size_t len, const char* failure) {
-    mem::Array<char> buffer(len, mem::MALLOC);
-    const std::size_t got = device.read(buffer.pointer(), len);
-    if (got == Device::FAILED)
-        throw IOException(failure);
-    return std::string(buffer.pointer(), got);
+    constexpr std::size_t firstPiece = 1 << 16;
+    std::string text;
+    while (true) {
+        const std::size_t begin = text.size();
+        const std::size_t piece = std::min(len - begin, std::max(begin, firstPiece));
+        text.resize(begin + piece);
+        const std::size_t got = device.read(text.data() + begin, piece);
+        if (got == Device::FAILED)
+            throw IOException(failure);
+        text.resize(begin + got);
+        if (got < piece || text.size() == len)
+            return text;
+    }
 }
 
 }  // namespace
 
-BinaryStream::BinaryStream(Device* device, Endianness endian)
-    : m_device(device), m_endian(endian) {}
+BinaryStream::BinaryStream(Device* device, Endianness endian) : m_device(device), m_endian(endian) {
+    if (device == nullptr)
+        throw AccessException("The binary stream has no device.");
+}
 
 BinaryStream::BinaryStream(Device& device, Endianness endian)
     : BinaryStream(device.makeProxy(), endian) {}
@@ -135,47 +140,64 @@ BinaryWriter BinaryWriter::fromFile(const std::string& path, int openFlags) {
 }
 
 std::size_t BinaryWriter::write(const char* buf, std::size_t len) {
-    return m_device->write(buf, len);
+    const std::size_t written = m_device->write(buf, len);
+    m_lost = m_lost || written != len;
+    return written;
+}
+
+bool BinaryWriter::flush() {
+    const bool passedOn = m_device->flush();
+    return passedOn && !m_lost;
+}
+
+bool BinaryWriter::close() {
+    const bool passedOn = m_device->close();
+    return passedOn && !m_lost;
+}
+
+template <class T>
+std::size_t BinaryWriter::m_writeValue(T value) {
+    return write(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
 std::size_t BinaryWriter::writeSI8(signed char value) {
-    return writeValue(*m_device, value);
+    return m_writeValue(value);
 }
 
 std::size_t BinaryWriter::writeUI8(unsigned char value) {
-    return writeValue(*m_device, value);
+    return m_writeValue(value);
 }
 
 std::size_t BinaryWriter::writeSI16(short value) {
-    return writeValue(*m_device, toHostEndian16(value, m_endian));
+    return m_writeValue(toHostEndian16(value, m_endian));
 }
 
 std::size_t BinaryWriter::writeUI16(unsigned short value) {
-    return writeValue(*m_device, toHostEndian16(value, m_endian));
+    return m_writeValue(toHostEndian16(value, m_endian));
 }
 
 std::size_t BinaryWriter::writeSI32(int value) {
-    return writeValue(*m_device, toHostEndian32(value, m_endian));
+    return m_writeValue(toHostEndian32(value, m_endian));
 }
 
 std::size_t BinaryWriter::writeUI32(unsigned int value) {
-    return writeValue(*m_device, toHostEndian32(value, m_endian));
+    return m_writeValue(toHostEndian32(value, m_endian));
 }
 
 std::size_t BinaryWriter::writeSI64(long value) {
-    return writeValue(*m_device, toHostEndian64(value, m_endian));
+    return m_writeValue(toHostEndian64(value, m_endian));
 }
 
 std::size_t BinaryWriter::writeUI64(unsigned long value) {
-    return writeValue(*m_device, toHostEndian64(value, m_endian));
+    return m_writeValue(toHostEndian64(value, m_endian));
 }
 
 std::size_t BinaryWriter::writeFloat(float value) {
-    return writeValue(*m_device, value);
+    return m_writeValue(value);
 }
 
 std::size_t BinaryWriter::writeDouble(double value) {
-    return writeValue(*m_device, value);
+    return m_writeValue(value);
 }
 
 std::size_t BinaryWriter::writePStr8(const std::string& str, std::size_t start, std::size_t len) {

@@ -55,10 +55,7 @@ void doSeek(std::FILE* peer, long off, SeekWhence whence) {
 class StdioDevice final : public Device {
   public:
     StdioDevice(std::FILE* peer, int flags) : m_peer(peer), m_flags(flags) {}
-    ~StdioDevice() override {
-        if (m_peer != nullptr)
-            std::fclose(m_peer);
-    }
+    ~StdioDevice() override { StdioDevice::close(); }
 
     using Device::read;
     using Device::write;
@@ -79,10 +76,23 @@ class StdioDevice final : public Device {
     void seekp(long off, SeekWhence whence) override { seekg(off, whence); }
     std::streampos tellg() override { return m_peer == nullptr ? -1 : std::ftell(m_peer); }
     std::streampos tellp() override { return tellg(); }
+    bool flush() override {
+        // Flushing what is read would move the position.
+        if (m_peer != nullptr && (m_flags & OPEN_READ_WRITE) == OPEN_WRITE)
+            m_lost = std::fflush(m_peer) != 0 || std::ferror(m_peer) != 0 || m_lost;
+        return !m_lost;
+    }
+    bool close() override {
+        flush();
+        if (m_peer != nullptr)
+            m_lost = std::fclose(std::exchange(m_peer, nullptr)) != 0 || m_lost;
+        return !m_lost;
+    }
 
   private:
     std::FILE* m_peer;
     int m_flags;
+    bool m_lost = false;  ///< Whether bytes were lost on the way to the file.
 };
 
 class ArrayDevice final : public Device {
@@ -190,9 +200,10 @@ class StreamWrap final : public Device {
 
     std::size_t read(char* buf, std::size_t n) override {
         if constexpr (INPUT) {
-            if (m_peer->eof() || m_peer->read(buf, static_cast<std::streamsize>(n)).fail())
+            Stream& peer = m_stream();
+            if (peer.eof() || peer.read(buf, static_cast<std::streamsize>(n)).fail())
                 return FAILED;
-            return static_cast<std::size_t>(m_peer->gcount());
+            return static_cast<std::size_t>(peer.gcount());
         } else {
             return FAILED;
         }
@@ -201,19 +212,20 @@ class StreamWrap final : public Device {
     /// What reading one byte through the stream comes to while its buffer holds some.
     int read() override {
         if constexpr (INPUT)
-            if (std::streambuf* const ready = GetArea::of(*m_peer))
+            if (std::streambuf* const ready = GetArea::of(m_stream()))
                 return static_cast<signed char>(ready->sbumpc());
         return Device::read();
     }
 
     std::size_t write(const char* buf, std::size_t n) override {
         if constexpr (OUTPUT) {
-            const std::streamoff before = m_peer->tellp();
-            if (m_peer->write(buf, static_cast<std::streamsize>(n)).fail())
+            Stream& peer = m_stream();
+            const std::streamoff before = peer.tellp();
+            if (peer.write(buf, static_cast<std::streamsize>(n)).fail())
                 return FAILED;
             if (before == -1)
                 return n;
-            return static_cast<std::size_t>(std::streamoff(m_peer->tellp()) - before);
+            return static_cast<std::size_t>(std::streamoff(peer.tellp()) - before);
         } else {
             return FAILED;
         }
@@ -223,7 +235,7 @@ class StreamWrap final : public Device {
     /// it stands.
     bool write(char c) override {
         if constexpr (OUTPUT)
-            if (std::streambuf* const ready = PutArea::of(*m_peer)) {
+            if (std::streambuf* const ready = PutArea::of(m_stream())) {
                 ready->sputc(c);
                 return true;
             }
@@ -232,25 +244,25 @@ class StreamWrap final : public Device {
 
     void seekg(long off, SeekWhence whence) override {
         if constexpr (INPUT)
-            doSeekg(*m_peer, off, whence);
+            doSeekg(m_stream(), off, whence);
         else
             Device::seekg(off, whence);
     }
     void seekp(long off, SeekWhence whence) override {
         if constexpr (OUTPUT)
-            doSeekp(*m_peer, off, whence);
+            doSeekp(m_stream(), off, whence);
         else
             Device::seekp(off, whence);
     }
     std::streampos tellg() override {
         if constexpr (INPUT)
-            return m_peer->tellg();
+            return m_stream().tellg();
         else
             return Device::tellg();
     }
     std::streampos tellp() override {
         if constexpr (OUTPUT)
-            return m_peer->tellp();
+            return m_stream().tellp();
         else
             return Device::tellp();
     }
@@ -262,7 +274,20 @@ class StreamWrap final : public Device {
             return nullptr;
     }
 
+    bool flush() override {
+        if constexpr (OUTPUT)
+            return !m_stream().flush().fail();
+        else
+            return true;
+    }
+
   private:
+    Stream& m_stream() const {
+        if (m_peer == nullptr)
+            throw AccessException("The device has no stream.");
+        return *m_peer;
+    }
+
     Peer m_peer;
 };
 
@@ -340,6 +365,14 @@ Device* Device::makeProxy() {
 
 std::istream* Device::input() {
     return nullptr;
+}
+
+bool Device::flush() {
+    return true;
+}
+
+bool Device::close() {
+    return flush();
 }
 
 }  // namespace moxtel::io

@@ -173,8 +173,9 @@ TextWriter TextWriter::fromFile(const std::string& path, int openFlags) {
 std::size_t TextWriter::write(int c) {
     if (c == '\n')
         return writeLine();
+    const bool taken = m_put(static_cast<char>(c));
     ++m_col;
-    return m_put(static_cast<char>(c)) ? 1 : 0;
+    return taken ? 1 : 0;
 }
 
 std::size_t TextWriter::writeLine() {
@@ -210,6 +211,16 @@ std::size_t TextWriter::writeString(const char* str) {
 std::size_t TextWriter::writeLine(const char* str) {
     const std::size_t written = writeString(str);
     return written + writeLine();
+}
+
+bool TextWriter::flush() {
+    const bool passedOn = !m_device || m_device->flush();
+    return passedOn && !m_lost;
+}
+
+bool TextWriter::close() {
+    const bool passedOn = !m_device || m_device->close();
+    return passedOn && !m_lost;
 }
 
 }  // namespace moxtel::io

@@ -1,8 +1,10 @@
 #include <moxtel/binary.hpp>
 
 #include <cstddef>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -173,6 +175,62 @@ TEST(ReadPStr, FailedReadThrows) {
                       "Can't read PStr32");
     expectIOException([&] { BinaryReader(new FailingDevice(0), ENDIAN_BIG).readPStr64(); },
                       "Can't read PStr64");
+}
+
+/// Reads as a string does, and writes down how much is asked for.
+class AskedDevice : public Device {
+  public:
+    explicit AskedDevice(std::string text) : m_peer(Device::wrapString(text, 0, text.size())) {}
+    bool canRead() const override { return true; }
+    bool canWrite() const override { return false; }
+    int seekCapability() const override { return 0; }
+    using Device::read;
+    using Device::write;
+    std::size_t read(char* buf, std::size_t n) override {
+        asked.push_back(n);
+        return m_peer->read(buf, n);
+    }
+    std::size_t write(const char*, std::size_t) override { return FAILED; }
+
+    std::vector<std::size_t> asked;
+
+  private:
+    std::unique_ptr<Device> m_peer;
+};
+
+TEST(ReadPStr, ALengthIsNotTrusted) {
+    auto* device = new AskedDevice(
+        "\x00\x00\x00\x10"
+        "a"s);
+    EXPECT_EQ(BinaryReader(device, ENDIAN_LITTLE).readPStr32(), "a");
+    device = new AskedDevice(
+        "\xff\xff\xff\xff\xff\xff\xff\xff"
+        "a"s);
+    BinaryReader reader(device, ENDIAN_LITTLE);
+    EXPECT_EQ(reader.readPStr64(), "a");
+    EXPECT_EQ(device->asked, (std::vector<std::size_t>{8, 65536}));
+}
+
+TEST(ReadPStr, LongStringsComeInPieces) {
+    constexpr std::size_t kibi = 1024;
+    for (const std::size_t len : {64 * kibi, 64 * kibi + 1, 128 * kibi, 300 * kibi}) {
+        std::string text;
+        for (std::size_t i = 0; i < len; ++i)
+            text += static_cast<char>(i * i / 7);
+        const std::string bytes = written(
+            ENDIAN_BIG, [&](BinaryWriter& writer) { return writer.writePStr32(text, 0, len); });
+        auto* device = new AskedDevice(bytes);
+        BinaryReader reader(device, ENDIAN_BIG);
+        EXPECT_EQ(reader.readPStr32(), text);
+        std::istringstream in(bytes);
+        EXPECT_EQ(BinaryReader(in, ENDIAN_BIG).readPStr32(), text);
+        if (len == 300 * kibi) {
+            EXPECT_EQ(device->asked,
+                      (std::vector<std::size_t>{4, 64 * kibi, 64 * kibi, 128 * kibi, 44 * kibi}));
+        }
+        std::istringstream cut(bytes.substr(0, bytes.size() - 1));
+        expectIOException([&] { BinaryReader(cut, ENDIAN_BIG).readPStr32(); }, "Can't read PStr32");
+    }
 }
 
 TEST(ReadPStr, StandardStreamThatEndsEarlyIsAFailedRead) {

@@ -192,6 +192,12 @@ TEST(BinaryStream, DeviceGivenByReferenceIsShared) {
     mem::free(&device);
 }
 
+TEST(BinaryStream, WithoutADeviceIsRefused) {
+    Device* const none = nullptr;
+    EXPECT_THROW(BinaryReader(none, ENDIAN_LITTLE), AccessException);
+    EXPECT_THROW(BinaryWriter(none, ENDIAN_LITTLE), AccessException);
+}
+
 TEST(BinaryStream, CopiesShareTheDevice) {
     BinaryReader in = readerOver("\1\2\3", ENDIAN_LITTLE);
     BinaryReader copy(in);

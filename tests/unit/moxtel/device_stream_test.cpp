@@ -5,9 +5,14 @@
 #include <sstream>
 #include <streambuf>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <moxtel/exception.hpp>
+#include <moxtel/text.hpp>
 
 #include "device_reading.hpp"
 #include "support/temp_dir.hpp"
@@ -242,6 +247,101 @@ TEST(StreamDevice, ANullStreamIsLetGo) {
     EXPECT_TRUE(in->canRead());
     EXPECT_TRUE(out->canWrite());
     EXPECT_TRUE(inOut->canRead());
+}
+
+TEST(StreamDevice, ANullStreamIsRefusedWhereItIsNeeded) {
+    const Owner in(Device::wrap(static_cast<std::istream*>(nullptr)));
+    const Owner out(Device::wrap(static_cast<std::ostream*>(nullptr)));
+    const Owner inOut(Device::wrap(static_cast<std::iostream*>(nullptr)));
+    char block[2] = {'a', 'b'};
+    for (Device* device : {in.get(), inOut.get()}) {
+        EXPECT_EQ(device->input(), nullptr);
+        EXPECT_THROW(device->read(), AccessException);
+        EXPECT_THROW(device->read(block, 2), AccessException);
+        EXPECT_THROW(device->seekg(0, WHENCE_SET), AccessException);
+        EXPECT_THROW(device->tellg(), AccessException);
+    }
+    for (Device* device : {out.get(), inOut.get()}) {
+        EXPECT_THROW(device->write('a'), AccessException);
+        EXPECT_THROW(device->write(block, 2), AccessException);
+        EXPECT_THROW(device->seekp(0, WHENCE_SET), AccessException);
+        EXPECT_THROW(device->tellp(), AccessException);
+        EXPECT_THROW(device->flush(), AccessException);
+    }
+    TextReader reader(Device::wrap(static_cast<std::istream*>(nullptr)), 0);
+    EXPECT_THROW(reader.peek(), AccessException);
+}
+
+/// Gives one byte of a text at each read, and asks for the prompt before each.
+class Terminal : public std::streambuf {
+  public:
+    Terminal(std::string text, std::ostringstream& prompts)
+        : m_text(std::move(text)), m_prompts(prompts) {}
+
+    /// What had been flushed of the prompts before each read.
+    std::vector<std::string> seen;
+
+  protected:
+    int_type underflow() override {
+        seen.push_back(m_prompts.str());
+        if (m_next == m_text.size())
+            return traits_type::eof();
+        char* const begin = m_text.data() + m_next++;
+        setg(begin, begin, begin + 1);
+        return traits_type::to_int_type(*begin);
+    }
+
+  private:
+    std::string m_text;
+    std::ostringstream& m_prompts;
+    std::size_t m_next = 0;
+};
+
+/// Passes on what is written when it is flushed.
+class Holding : public std::stringbuf {
+  public:
+    explicit Holding(std::ostringstream& target) : m_target(target) {}
+
+  protected:
+    int sync() override {
+        m_target << str();
+        str("");
+        return 0;
+    }
+
+  private:
+    std::ostringstream& m_target;
+};
+
+TEST(StreamDevice, ATiedStreamIsFlushedBeforeEachReadThatMayWait) {
+    std::ostringstream shown;
+    Holding holding(shown);
+    std::ostream prompts(&holding);
+    Terminal terminal("ab", shown);
+    std::istream in(&terminal);
+    in.tie(&prompts);
+    TextReader reader(in, 0);
+    prompts << "1";
+    EXPECT_EQ(reader.peek(), 'a');
+    EXPECT_EQ(reader.read(), 'a');
+    prompts << "2";
+    char block[1];
+    EXPECT_EQ(reader.handle()->read(block, 1), 1U);
+    prompts << "3";
+    EXPECT_EQ(reader.readLine(), "");
+    EXPECT_THAT(terminal.seen, ::testing::ElementsAre("1", "12", "123"));
+}
+
+TEST(StreamDevice, SingleBytesFromTheBufferLeaveTheCountOfTheStream) {
+    std::istringstream in("abcd");
+    const Owner device(Device::wrap(in));
+    char block[2];
+    EXPECT_EQ(device->read(block, 2), 2U);
+    EXPECT_EQ(device->read(), 'c');
+    EXPECT_EQ(in.gcount(), 2);
+    EXPECT_EQ(device->read(), 'd');
+    EXPECT_EQ(device->read(), -1);
+    EXPECT_EQ(in.gcount(), 0);
 }
 
 }  // namespace

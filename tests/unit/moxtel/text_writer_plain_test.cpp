@@ -33,8 +33,9 @@ class PlainWriter {
     std::size_t write(int c) {
         if (c == '\n')
             return writeLine();
+        const bool taken = m_put(static_cast<char>(c));
         ++m_col;
-        return m_put(static_cast<char>(c)) ? 1 : 0;
+        return taken ? 1 : 0;
     }
     std::size_t writeLine() {
         if (!m_put('\n'))
