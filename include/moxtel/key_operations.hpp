@@ -23,7 +23,7 @@ struct KeyOperations {
 };
 
 /// The pairs of a map: the key is `first`, and a new value is value-initialised (0 for numbers).
-/// Keys whose default constructor may throw are refused at compile time.
+/// Keys need a copy constructor and `==`; their constructors may throw.
 template <class K, class V>
 struct KeyOperations<std::pair<const K, V>> {
     /// @{
@@ -32,21 +32,20 @@ struct KeyOperations<std::pair<const K, V>> {
     static bool equals(const K& a, const K& b) { return a == b; }
     /// @}
 
-    /// Makes `value` the pair of a copy of `key` and a new value. Where copying the key throws, the
-    /// pair has a value-initialised one.
+    /// The pair of a copy of `key` and a new value.
+    static std::pair<const K, V> makeValue(const K& key) { return {key, V()}; }
+
+    /// Makes `value` that pair. Where copying the key throws, the pair stays as it was. Refused at
+    /// compile time for keys whose move constructor may throw, of which a map has no need.
     static void createValue(const K& key, std::pair<const K, V>& value) {
+        static_assert(std::is_nothrow_move_constructible_v<K>,
+                      "a pair must not be left without a key");
+        std::pair<K, V> made(key, V());
         // The key is const: it cannot be assigned, only made anew in its place.
-        static_assert(std::is_nothrow_default_constructible_v<K>,
-                      "where copying a key fails, an empty one takes its place");
         K* first = const_cast<K*>(&value.first);
+        value.second = std::move(made.second);
         std::destroy_at(first);
-        try {
-            std::construct_at(first, key);
-        } catch (...) {
-            std::construct_at(first);
-            throw;
-        }
-        value.second = V();
+        std::construct_at(first, std::move(made.first));
     }
 };
 

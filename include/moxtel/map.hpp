@@ -10,8 +10,8 @@
 namespace moxtel::util {
 
 /// A map from keys to values, each key once. It owns both. Its walks all have the same order, that
-/// of `iterator()`. A value is value-initialised before it is anything else; a map whose pairs are
-/// made by `KeyOperations` refuses at compile time keys whose default constructor may throw.
+/// of `iterator()`. A value is value-initialised before it is anything else. Keys need a copy
+/// constructor; where a constructor throws, the map stays as it was.
 template <class K, class V>
 class Map {
   public:

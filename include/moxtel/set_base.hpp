@@ -15,9 +15,9 @@ namespace moxtel::util {
 /// A set of values that are told apart by their keys. It owns its values. A value that is reached
 /// through the set may be changed, but for its key. Sets are not copied.
 ///
-/// Values need a default constructor and a copy or move constructor; `add` also needs copy
-/// assignment, and `KeyOps` what it says itself: that of pairs refuses, at compile time, keys whose
-/// default constructor may throw.
+/// Values need a copy or move constructor, and a default constructor unless `KeyOps` has a
+/// `makeValue(key)`, which then gives a new value in place of `createValue`; `add` also needs copy
+/// assignment.
 template <class T, class KeyOps = KeyOperations<T>>
 class Set {
   public:
@@ -41,8 +41,7 @@ class Set {
     /// The value that this set makes for a key: by `KeyOps`, then completed by the hook if there is
     /// one. It is not put into the set.
     virtual T createValueFromKey(const Key& key) {
-        T value{};
-        KeyOps::createValue(key, value);
+        T value = s_make(key);
         if (m_actions)
             m_actions->created(value);
         return value;
@@ -100,6 +99,16 @@ class Set {
     void setEntryActions(const mem::Pointer<EntryActions>& actions) { m_actions = actions; }
 
   private:
+    static T s_make(const Key& key) {
+        if constexpr (requires { KeyOps::makeValue(key); }) {
+            return KeyOps::makeValue(key);
+        } else {
+            T value{};
+            KeyOps::createValue(key, value);
+            return value;
+        }
+    }
+
     mem::Pointer<EntryActions> m_actions;
 };
 

@@ -127,12 +127,11 @@ TEST(LinkedHashMap, IsUsedThroughItsBase) {
     delete map;
 }
 
-/// A key that cannot be copied on wish.
+/// A key that cannot be copied on wish, and that is never without a number.
 struct FragileKey {
     static inline bool breaks = false;
 
-    int number = 0;
-    FragileKey() = default;
+    int number;
     explicit FragileKey(int n) : number(n) {}
     FragileKey(const FragileKey& other) : number(other.number) {
         if (breaks)
@@ -160,6 +159,11 @@ TEST(LinkedHashMap, FailureToCopyAKeyLeavesTheMapAsItWas) {
     EXPECT_EQ(map.size(), 0U);
     map[key] = "one";
     EXPECT_EQ(map[key], "one");
+    FragileKey::breaks = true;
+    EXPECT_THROW(map[FragileKey(2)], std::runtime_error);
+    FragileKey::breaks = false;
+    EXPECT_EQ(map.size(), 1U);
+    EXPECT_EQ(map.lookup(key), "one");
 }
 
 TEST(KeyOperationsOfPairs, CreateThePairOfTheKeyAndAnEmptyValue) {
