@@ -46,7 +46,7 @@ class CmdLine {
 
         /// @{
         /// Whether the parse succeeded, or did not.
-        explicit operator bool() const { return success; }
+        operator bool() const { return success; }
         bool operator!() const { return !success; }
         /// @}
     };
@@ -56,9 +56,10 @@ class CmdLine {
     CmdLine& operator=(const CmdLine&) = delete;
 
     /// @{
-    /// Registers a copy of `option`, without the keys that it may have elsewhere, and gives its
-    /// serial. The forms with keys then bind them, as `bindShort` and `bindLong` do; when that
-    /// throws, the option stays registered, bound as far as it came.
+    /// Registers a copy of `option` and gives its serial. No key is bound: those that the option
+    /// has from another registry are kept in the copy, and lead to it only once they are bound to
+    /// it, while other keys are refused for it. The forms with keys then bind them, as `bindShort`
+    /// and `bindLong` do; when that throws, the option stays registered, bound as far as it came.
     unsigned add(const Option& option);
     unsigned add(char shortKey, const std::string& longKey, const Option& option);
     unsigned add(char shortKey, const Option& option) { return add(shortKey, "", option); }

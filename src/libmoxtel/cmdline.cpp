@@ -28,8 +28,10 @@ unsigned CmdLine::add(const Option& option) {
     copy.m_serial = serial;
     copy.m_owner = this;
     // A key may have been bound to the serial before it was handed out.
-    copy.m_shortKey = registered.m_shortKey;
-    copy.m_longKey = registered.m_longKey;
+    if (registered.m_shortKey != '\0')
+        copy.m_shortKey = registered.m_shortKey;
+    if (!registered.m_longKey.empty())
+        copy.m_longKey = std::move(registered.m_longKey);
     registered = std::move(copy);
     return serial;
 }
@@ -46,9 +48,9 @@ void CmdLine::bindShort(char key, unsigned serial) {
         refuseMappedKey(std::string(1, key));
     Option& option = m_options[serial];
     option.m_owner = this;
-    if (option.m_shortKey == key)
+    if (key == '\0' && option.m_shortKey == '\0')
         return;
-    if (option.m_shortKey != '\0')
+    if (option.m_shortKey != '\0' && option.m_shortKey != key)
         refuseMappedSerial("short", std::string(1, option.m_shortKey));
     m_shortKeys[key] = serial;
     option.m_shortKey = key;
@@ -59,9 +61,9 @@ void CmdLine::bindLong(const std::string& key, unsigned serial) {
         refuseMappedKey(key);
     Option& option = m_options[serial];
     option.m_owner = this;
-    if (option.m_longKey == key)
+    if (key.empty() && option.m_longKey.empty())
         return;
-    if (!option.m_longKey.empty())
+    if (!option.m_longKey.empty() && option.m_longKey != key)
         refuseMappedSerial("long", option.m_longKey);
     // Copied first: only what cannot fail may follow the mapping.
     std::string copy(key);

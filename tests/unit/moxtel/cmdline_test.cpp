@@ -161,15 +161,32 @@ TEST(CmdLine, KeysBoundBeforeTheirSerialIsHandedOutStay) {
     EXPECT_EQ(registry.forLong("extra").longKey(), "extra");
 }
 
-TEST(CmdLine, CopyFromAnotherRegistryComesWithoutKeys) {
+TEST(CmdLine, CopyFromAnotherRegistryKeepsItsKeysUnbound) {
     CmdLine other;
     other.add('x', "extra", COUNT);
     CmdLine registry;
     const unsigned serial = registry.add(other.forShort('x'));
-    EXPECT_EQ(registry.forSerial(serial).shortKey(), '\0');
-    EXPECT_EQ(registry.forSerial(serial).longKey(), "");
+    EXPECT_EQ(registry.forSerial(serial).shortKey(), 'x');
+    EXPECT_EQ(registry.forSerial(serial).longKey(), "extra");
+    EXPECT_FALSE(registry.hasShort('x'));
+    EXPECT_FALSE(registry.hasLong("extra"));
+    EXPECT_EQ(messageOf<AlreadyExistsException>([&] { registry.bindShort('y', serial); }),
+              "Serial already mapped to short key \"x\".");
     registry.bindShort('x', serial);
+    registry.bindLong("extra", serial);
     EXPECT_EQ(registry.forShort('x').owner(), &registry);
+    EXPECT_EQ(registry.forLong("extra").serial(), serial);
+    EXPECT_EQ(registry.add('y', "more", COUNT), 2U);
+}
+
+TEST(CmdLine, KeysBoundBeforeTheirSerialIsHandedOutGoBeforeThoseOfTheOption) {
+    CmdLine other;
+    other.add('x', "extra", COUNT);
+    CmdLine registry;
+    registry.bindShort('y', 1);
+    registry.add(other.forShort('x'));
+    EXPECT_EQ(registry.forShort('y').shortKey(), 'y');
+    EXPECT_EQ(registry.forShort('y').longKey(), "extra");
 }
 
 TEST(CmdLine, OptionStaysRegisteredWhenItsKeyIsRefused) {
@@ -237,7 +254,8 @@ TEST(CmdLine, EveryFormOfAddRegistersTheSame) {
 TEST(CmdLineResult, DefaultIsAFailureWithNothingElse) {
     const CmdLine::Result result;
     EXPECT_FALSE(result.success);
-    EXPECT_FALSE(static_cast<bool>(result));
+    const bool succeeded = result;
+    EXPECT_FALSE(succeeded);
     EXPECT_TRUE(!result);
     EXPECT_EQ(result.bindings.size(), 0U);
     EXPECT_EQ(result.excess.size(), 0U);
