@@ -34,11 +34,11 @@ std::string table() {
 
 /// A run over files, and one over the standard streams.
 const std::vector<Call>& calls() {
-    static const std::vector<Call> both = {
+    static const std::vector<Call> BOTH = {
         {.args = {"-c2", "-w3", "in", "rules", "sets"}, .files = {{"in", table()}}},
         {.args = {"-c", "2", "--window=3", "-", "-", "-"}, .input = table()},
     };
-    return both;
+    return BOTH;
 }
 
 /// What one of its calls fails with: 0 is a transfer of one byte. See the library.
