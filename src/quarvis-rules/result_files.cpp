@@ -67,16 +67,15 @@ class Line {
     std::string m_text;
 };
 
-}  // namespace
-
-void writeRules(std::ostream& out, const HistoryIndex& index, const Rules& rules) {
+template <class RuleAt>
+void writeEach(std::ostream& out, const HistoryIndex& index, std::size_t count, RuleAt ruleAt) {
     Line line(out, index);
     line.text(
             "Rule\tCount\tA union S\tSupport\tConfidence\tLift\tConviction\tProbability\t"
             "Certainty")
         .end();
-    for (std::size_t i = 0; i < rules.size(); ++i) {
-        const Rule rule = rules[i];
+    for (std::size_t i = 0; i < count; ++i) {
+        const Rule rule = ruleAt(i);
         line.side(rule.antecedent).text(" => ").side(rule.subsequent);
         line.text("\t").number(rule.count).text("\t").number(rule.unionCount);
         for (const double measure : {rule.support, rule.confidence, rule.lift, rule.conviction,
@@ -84,6 +83,17 @@ void writeRules(std::ostream& out, const HistoryIndex& index, const Rules& rules
             line.text("\t").number(measure);
         line.end();
     }
+}
+
+}  // namespace
+
+void writeRules(std::ostream& out, const HistoryIndex& index, const Rules& rules) {
+    writeEach(out, index, rules.size(), [&rules](std::size_t place) { return rules[place]; });
+}
+
+void writeRules(std::ostream& out, const HistoryIndex& index, std::size_t count,
+                const std::function<Rule(std::size_t)>& rule) {
+    writeEach(out, index, count, rule);
 }
 
 void writeItemSets(std::ostream& out, const HistoryIndex& index, const ItemSets& sets) {

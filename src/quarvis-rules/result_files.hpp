@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <iosfwd>
 
 #include <quarvis/mining/history_index.hpp>
@@ -13,6 +15,11 @@ namespace result_files {
 
 void writeRules(std::ostream& out, const quarvis::mining::HistoryIndex& index,
                 const quarvis::mining::Rules& rules);
+
+/// The same for rules that are listed elsewhere: `rule` gives each of `count` by its place. Their
+/// ranks are those of the index.
+void writeRules(std::ostream& out, const quarvis::mining::HistoryIndex& index, std::size_t count,
+                const std::function<quarvis::mining::Rule(std::size_t)>& rule);
 
 void writeItemSets(std::ostream& out, const quarvis::mining::HistoryIndex& index,
                    const quarvis::mining::ItemSets& sets);
