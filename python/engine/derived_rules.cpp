@@ -1,0 +1,138 @@
+#include "derived_rules.hpp"
+
+#include <algorithm>
+#include <map>
+#include <stdexcept>
+#include <string_view>
+#include <vector>
+
+#include "set_counts.hpp"
+
+namespace binding {
+
+using quarvis::mining::at;
+using quarvis::mining::HistoryIndex;
+using quarvis::mining::ItemSetCursor;
+using quarvis::mining::ItemSets;
+using quarvis::mining::Rank;
+using quarvis::mining::Rule;
+using quarvis::mining::Splits;
+
+namespace {
+
+std::uint32_t countOf(const ItemSets& sets, const std::vector<Rank>& items) {
+    return sets.level(items.size()).count[sets.find(items)];
+}
+
+/// Whether the bits that are set are neighbours.
+bool isRun(std::uint64_t bits) {
+    const std::uint64_t lowest = bits & -bits;
+    return ((bits + lowest) & bits) == 0;
+}
+
+}  // namespace
+
+Found withBasketRules(const Found& found, Splits splits, const RuleBounds& bounds, Watch& watch) {
+    return watch.run([&] {
+        const ItemSets& sets = *found.itemSets;
+        const std::size_t histories = found.index->historyCount();
+        Found derived{found.index, found.itemSets, {}, {}};
+        std::vector<Rank> antecedent;
+        std::vector<Rank> subsequent;
+        for (ItemSetCursor cursor(sets); cursor.next();) {
+            const std::span<const Rank> items = cursor.items();
+            if (watch.isCancelled())
+                throw quarvis::mining::Cancelled();
+            // A set with more items would have more parts than there is room for.
+            const std::uint64_t all = (std::uint64_t{1} << items.size()) - 1;
+            for (std::uint64_t split = 1; split < all; ++split) {
+                if (splits == Splits::RUNS && !isRun(split))
+                    continue;
+                antecedent.clear();
+                subsequent.clear();
+                for (std::size_t i = 0; i < items.size(); ++i)
+                    (split >> i & 1 ? antecedent : subsequent).push_back(items[i]);
+                Rule rule{};
+                rule.antecedent = antecedent;
+                rule.subsequent = subsequent;
+                rule.count = rule.unionCount = cursor.count();
+                rule.antecedentCount = countOf(sets, antecedent);
+                rule.subsequentCount = countOf(sets, subsequent);
+                derived.rules.add(rule, histories, bounds);
+            }
+        }
+        derived.rules.sort();
+        return derived;
+    });
+}
+
+namespace {
+
+/// By rank of one index: the rank in another one that has the same items and more.
+std::vector<Rank> ranksIn(const HistoryIndex& from, const HistoryIndex& to) {
+    std::vector<Rank> ranks;
+    std::uint32_t other = 0;
+    for (std::uint32_t rank = 0; rank < from.itemCount(); ++rank) {
+        while (other < to.itemCount() && to.name(Rank{other}) != from.name(Rank{rank}))
+            ++other;
+        if (other == to.itemCount())
+            throw std::invalid_argument("an item that is not in all histories");
+        ranks.push_back(Rank{other});
+    }
+    return ranks;
+}
+
+/// Counts sides in all histories, each side once.
+class SideCounts {
+  public:
+    SideCounts(const HistoryIndex& some, const HistoryIndex& all)
+        : m_ranks(ranksIn(some, all)), m_counts(all) {}
+
+    std::uint32_t count(std::span<const Rank> side) {
+        m_side.assign(side.begin(), side.end());
+        const auto [known, isNew] = m_known.try_emplace(m_side, 0);
+        if (isNew) {
+            for (Rank& item : m_side)
+                item = m_ranks[at(item)];
+            known->second = m_counts.count(m_side);
+        }
+        return known->second;
+    }
+
+  private:
+    std::vector<Rank> m_ranks;
+    SetCounts m_counts;
+    std::vector<Rank> m_side;
+    std::map<std::vector<Rank>, std::uint32_t> m_known;
+};
+
+}  // namespace
+
+Found withSides(const Found& found, const IndexPointer& all, const Column<std::uint8_t>& left,
+                const Column<std::uint8_t>& right, const RuleBounds& bounds) {
+    if (left.size() != found.index->itemCount() || right.size() != found.index->itemCount())
+        throw std::invalid_argument("a mask of another length");
+    const nb::gil_scoped_release released;
+    const auto isLeft = [&left](Rank item) { return left.data()[at(item)] != 0; };
+    const auto isRight = [&right](Rank item) { return right.data()[at(item)] != 0; };
+    SideCounts counts(*found.index, *all);
+    Found derived{found.index, found.itemSets, {}, {}};
+    for (std::size_t place = 0; place < found.rules.size(); ++place) {
+        Rule rule = found.rules[place];
+        if (!std::all_of(rule.antecedent.begin(), rule.antecedent.end(), isLeft) ||
+            !std::all_of(rule.subsequent.begin(), rule.subsequent.end(), isRight))
+            continue;
+        rule.antecedentCount = counts.count(rule.antecedent);
+        rule.subsequentCount = counts.count(rule.subsequent);
+        derived.rules.add(rule, all->historyCount(), bounds);
+    }
+    for (ItemSetCursor cursor(*found.itemSets); cursor.next();) {
+        const std::span<const Rank> items = cursor.items();
+        const bool both = items.size() > 1 && std::any_of(items.begin(), items.end(), isLeft) &&
+                          std::any_of(items.begin(), items.end(), isRight);
+        derived.listed.push_back(both ? 1 : 0);
+    }
+    return derived;
+}
+
+}  // namespace binding

@@ -1,0 +1,239 @@
+#include "found.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <functional>
+#include <ostream>
+#include <streambuf>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "result_files.hpp"
+
+namespace binding {
+
+using quarvis::mining::ItemSetCursor;
+using quarvis::mining::ItemSets;
+using quarvis::mining::MiningOptions;
+using quarvis::mining::Rank;
+using quarvis::mining::Rule;
+
+namespace {
+
+std::shared_ptr<const ItemSets> setsOf(const IndexPointer& index, const MiningOptions& options,
+                                       Watch& watch) {
+    watch.beginStep("item sets");
+    return std::make_shared<const ItemSets>(findItemSets(*index, options, watch));
+}
+
+/// Walks over the sets that are listed.
+template <class Visit>
+void forEachListed(const Found& found, Visit visit) {
+    std::size_t place = 0;
+    for (ItemSetCursor cursor(*found.itemSets); cursor.next(); ++place)
+        if (found.listed.empty() || found.listed[place] != 0)
+            visit(cursor);
+}
+
+}  // namespace
+
+Found mine(const IndexPointer& index, const MiningOptions& options, Watch& watch) {
+    return watch.run([&] {
+        Found found{index, setsOf(index, options, watch), {}, {}};
+        watch.beginStep("rules");
+        found.rules = RuleList(findRules(*index, *found.itemSets, options, watch));
+        return found;
+    });
+}
+
+Found mineItemSets(const IndexPointer& index, const MiningOptions& options, Watch& watch) {
+    return watch.run([&] { return Found{index, setsOf(index, options, watch), {}, {}}; });
+}
+
+Columns ruleColumns(const Found& found) {
+    const RuleList& rules = found.rules;
+    Lists antecedents;
+    Lists consequents;
+    std::vector<std::uint32_t> counts[4];
+    std::vector<double> measures[6];
+    {
+        const nb::gil_scoped_release released;
+        for (auto& column : counts)
+            column.reserve(rules.size());
+        for (auto& column : measures)
+            column.reserve(rules.size());
+        for (std::size_t place = 0; place < rules.size(); ++place) {
+            const Rule rule = rules[place];
+            antecedents.add(rule.antecedent);
+            consequents.add(rule.subsequent);
+            counts[0].push_back(rule.count);
+            counts[1].push_back(rule.unionCount);
+            counts[2].push_back(rule.antecedentCount);
+            counts[3].push_back(rule.subsequentCount);
+            measures[0].push_back(rule.support);
+            measures[1].push_back(rule.confidence);
+            measures[2].push_back(rule.lift);
+            measures[3].push_back(rule.conviction);
+            measures[4].push_back(rule.probability);
+            measures[5].push_back(rule.certainty);
+        }
+    }
+    Columns columns;
+    columns["antecedents"] = toPython(std::move(antecedents));
+    columns["consequents"] = toPython(std::move(consequents));
+    const char* const countNames[] = {"count", "union_count", "antecedent_count",
+                                      "consequent_count"};
+    for (std::size_t i = 0; i < 4; ++i)
+        columns[countNames[i]] = arrayOf(std::move(counts[i]));
+    const char* const measureNames[] = {"support",    "confidence",  "lift",
+                                        "conviction", "probability", "certainty"};
+    for (std::size_t i = 0; i < 6; ++i)
+        columns[measureNames[i]] = arrayOf(std::move(measures[i]));
+    return columns;
+}
+
+Columns itemSetColumns(const Found& found) {
+    Lists items;
+    std::vector<std::uint32_t> counts;
+    {
+        const nb::gil_scoped_release released;
+        forEachListed(found, [&](const ItemSetCursor& cursor) {
+            items.add(cursor.items());
+            counts.push_back(cursor.count());
+        });
+    }
+    Columns columns;
+    columns["items"] = toPython(std::move(items));
+    columns["count"] = arrayOf(std::move(counts));
+    return columns;
+}
+
+Columns itemSetExtensions(const Found& found) {
+    const ItemSets& sets = *found.itemSets;
+    std::vector<std::uint8_t> notClosed;
+    std::vector<std::uint8_t> notMaximal;
+    {
+        const nb::gil_scoped_release released;
+        // By size and place in the level; every set tells the sets with one item less.
+        std::vector<std::vector<std::uint8_t>> extended(sets.levels() + 1);
+        for (std::size_t size = 1; size <= sets.levels(); ++size)
+            extended[size].resize(sets.count(size));
+        constexpr std::uint8_t any = 1;
+        constexpr std::uint8_t asMany = 2;
+        std::vector<Rank> items;
+        std::vector<Rank> part;
+        for (std::size_t size = 2; size <= sets.levels(); ++size)
+            for (std::size_t set = 0; set < sets.count(size); ++set) {
+                items.resize(size);
+                sets.items(size, set, items.data());
+                for (std::size_t left = 0; left < size; ++left) {
+                    part = items;
+                    part.erase(part.begin() + static_cast<std::ptrdiff_t>(left));
+                    const std::size_t place = sets.find(part);
+                    const bool same =
+                        sets.level(size - 1).count[place] == sets.level(size).count[set];
+                    extended[size - 1][place] = static_cast<std::uint8_t>(
+                        extended[size - 1][place] | any | (same ? asMany : 0));
+                }
+            }
+        forEachListed(found, [&](const ItemSetCursor& cursor) {
+            const std::size_t size = cursor.items().size();
+            const std::uint8_t mark = extended[size][sets.find(cursor.items())];
+            notMaximal.push_back(mark & any ? 1 : 0);
+            notClosed.push_back(mark & asMany ? 1 : 0);
+        });
+    }
+    Columns columns;
+    columns["not_closed"] = arrayOf(std::move(notClosed));
+    columns["not_maximal"] = arrayOf(std::move(notMaximal));
+    return columns;
+}
+
+namespace {
+
+[[noreturn]] void throwSystemError() {
+    throw std::system_error(errno, std::generic_category());
+}
+
+/// Passes on the lines of a result file that are kept. The writers flush after each line, which is
+/// how it tells the lines, whatever bytes the names have; the file itself is flushed at its end.
+class KeptLines : public std::streambuf {
+  public:
+    /// `isKept` tells of a line by its place behind the header.
+    KeptLines(std::ofstream& out, std::function<bool(std::size_t)> isKept)
+        : m_out(out), m_isKept(std::move(isKept)) {}
+
+  protected:
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        m_line.append(text, static_cast<std::size_t>(size));
+        return size;
+    }
+    int_type overflow(int_type c) override {
+        m_line += traits_type::to_char_type(c);
+        return c;
+    }
+    int sync() override {
+        if (m_lines == 0 || m_isKept(m_lines - 1))
+            m_out.write(m_line.data(), static_cast<std::streamsize>(m_line.size()));
+        ++m_lines;
+        m_line.clear();
+        return m_out ? 0 : -1;
+    }
+
+  private:
+    std::ofstream& m_out;
+    std::function<bool(std::size_t)> m_isKept;
+    std::string m_line;
+    std::size_t m_lines = 0;
+};
+
+template <class Write>
+void writeLines(const std::string& path, std::function<bool(std::size_t)> isKept, Write write) {
+    errno = 0;
+    std::ofstream file(path, std::ios::binary);
+    if (!file)
+        throwSystemError();
+    KeptLines kept(file, std::move(isKept));
+    std::ostream out(&kept);
+    write(out);
+    file.close();
+    if (!file || !out)
+        throwSystemError();
+}
+
+}  // namespace
+
+void writeFile(const Found& found, const std::string& path, bool rules,
+               const std::optional<Column<std::uint8_t>>& keep) {
+    const auto listed = static_cast<std::size_t>(
+        std::count(found.listed.begin(), found.listed.end(), std::uint8_t{1}));
+    const std::size_t sets = found.listed.empty() ? found.itemSets->size() : listed;
+    if (keep && keep->size() != (rules ? found.rules.size() : sets))
+        throw std::invalid_argument("a mask of another length");
+    const std::uint8_t* const marks = keep ? keep->data() : nullptr;
+    const nb::gil_scoped_release released;
+    if (rules) {
+        writeLines(
+            path, [marks](std::size_t rule) { return marks == nullptr || marks[rule] != 0; },
+            [&found](std::ostream& out) {
+                result_files::writeRules(out, *found.index, found.rules.size(),
+                                         [&found](std::size_t rule) { return found.rules[rule]; });
+            });
+        return;
+    }
+    std::size_t next = 0;  // among the listed sets
+    writeLines(
+        path,
+        [&](std::size_t set) {
+            if (!found.listed.empty() && found.listed[set] == 0)
+                return false;
+            return marks == nullptr || marks[next++] != 0;
+        },
+        [&found](std::ostream& out) {
+            result_files::writeItemSets(out, *found.index, *found.itemSets);
+        });
+}
+
+}  // namespace binding

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <quarvis/mining/mine.hpp>
+
+#include "arrays.hpp"
+#include "rows.hpp"
+#include "rule_list.hpp"
+#include "watch.hpp"
+
+namespace binding {
+
+/// What a run found.
+struct Found {
+    IndexPointer index;  ///< The index that the ranks are of.
+    std::shared_ptr<const quarvis::mining::ItemSets> itemSets;  ///< All sets of the run.
+    RuleList rules;                                             ///< The rules that were asked for.
+
+    /// In the order of the item-set file: whether a set is listed; empty when all are.
+    std::vector<std::uint8_t> listed;
+};
+
+/// Mines the index under the watch. Throws `OutOfBudget` and Python errors.
+Found mine(const IndexPointer& index, const quarvis::mining::MiningOptions& options, Watch& watch);
+
+/// The item sets alone.
+Found mineItemSets(const IndexPointer& index, const quarvis::mining::MiningOptions& options,
+                   Watch& watch);
+
+/// The rules as columns, in the order of the rules file: `antecedents` and `consequents` as lists
+/// of ranks, the counts, and the measures of the engine under its names.
+Columns ruleColumns(const Found& found);
+
+/// The listed item sets as columns, in the order of the item-set file: `items` and `count`.
+Columns itemSetColumns(const Found& found);
+
+/// By listed item set, in the order of the file: 1 where a set that was found extends it by one
+/// item with as many histories (`not_closed`), and with any number of them (`not_maximal`).
+Columns itemSetExtensions(const Found& found);
+
+/// Writes the rules file, or without `rules` the item-set file, as the tool does. `keep` has a byte
+/// for each rule or listed set; those with 0 are left out. Throws `std::system_error` when the file
+/// cannot be opened or written.
+void writeFile(const Found& found, const std::string& path, bool rules,
+               const std::optional<Column<std::uint8_t>>& keep);
+
+}  // namespace binding

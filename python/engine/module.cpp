@@ -1,0 +1,151 @@
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include <nanobind/nanobind.h>
+#include <nanobind/stl/optional.h>
+#include <nanobind/stl/shared_ptr.h>
+#include <nanobind/stl/string.h>
+#include <nanobind/stl/variant.h>
+
+#include <quarvis/mining/mine.hpp>
+
+#include "arrays.hpp"
+#include "derived_rules.hpp"
+#include "found.hpp"
+#include "rows.hpp"
+#include "watch.hpp"
+
+/// \file
+/// The module quarvis._engine: what the Python package asks of the engine, as numbers and columns.
+/// It checks no more than what keeps memory safe; words for users are the package's work.
+
+namespace {
+
+using namespace binding;  // NOLINT(google-build-using-namespace): the file only lists its members
+using quarvis::mining::HistoryIndex;
+using quarvis::mining::MiningOptions;
+using quarvis::mining::Rank;
+using quarvis::mining::Splits;
+
+void addErrors(nb::module_& module) {
+    nb::exception<OutOfBudget>(module, "OutOfBudget", PyExc_RuntimeError);
+    nb::register_exception_translator([](const std::exception_ptr& error, void*) {
+        try {
+            std::rethrow_exception(error);
+        } catch (const std::system_error& failure) {
+            errno = failure.code().value();
+            PyErr_SetFromErrno(PyExc_OSError);
+        }
+    });
+}
+
+void addInput(nb::module_& module) {
+    nb::class_<HistoryIndex>(module, "Index", "Histories with the items that are frequent.")
+        .def_prop_ro("history_count", &HistoryIndex::historyCount)
+        .def_prop_ro("item_count", &HistoryIndex::itemCount)
+        .def_prop_ro("transaction_count", &HistoryIndex::transactionCount)
+        .def_prop_ro("min_count", &HistoryIndex::minCount)
+        .def_prop_ro("memory", &HistoryIndex::memory)
+        .def(
+            "names",
+            [](const HistoryIndex& index) {
+                Strings names;
+                for (std::uint32_t rank = 0; rank < index.itemCount(); ++rank)
+                    names.add(index.name(Rank{rank}));
+                return toPython(std::move(names));
+            },
+            "The names by rank, as offsets and bytes.")
+        .def(
+            "counts",
+            [](const HistoryIndex& index) {
+                std::vector<std::uint32_t> counts;
+                for (std::uint32_t rank = 0; rank < index.itemCount(); ++rank)
+                    counts.push_back(index.count(Rank{rank}));
+                return arrayOf(std::move(counts));
+            },
+            "By rank: the histories that the item is in.");
+    nb::class_<Rows>(module, "Rows", "Rows as columns of codes.")
+        .def(nb::init<Column<std::uint32_t>, TimeColumn, Column<std::uint32_t>, std::size_t,
+                      const Column<std::int64_t>&, const Column<std::uint8_t>&>(),
+             nb::arg("entities"), nb::arg("times"), nb::arg("items"), nb::arg("histories"),
+             nb::arg("name_offsets"), nb::arg("name_bytes"))
+        .def("index", &Rows::index, nb::arg("min_count"),
+             "The index of the items that are in this many histories or more.");
+    module.attr("NO_ITEM") = static_cast<std::uint32_t>(quarvis::mining::NO_ITEM);
+    module.def("read_transactions", &readTransactions, nb::arg("path"),
+               "The columns of a transaction file, read by the rules of the tool.");
+}
+
+void addRuns(nb::module_& module) {
+    nb::enum_<Splits>(module, "Splits").value("RUNS", Splits::RUNS).value("ALL", Splits::ALL);
+    nb::enum_<Bound>(module, "Bound")
+        .value("NONE", Bound::NONE)
+        .value("SECONDS", Bound::SECONDS)
+        .value("SETS", Bound::SETS)
+        .value("BYTES", Bound::BYTES);
+    nb::class_<Watch>(module, "Watch", "Progress, signals and the budget of a run.")
+        .def(
+            "__init__",
+            [](Watch* watch, nb::object progress, double seconds, std::uint64_t sets,
+               std::uint64_t bytes) {
+                new (watch) Watch(std::move(progress), {seconds, sets, bytes});
+            },
+            nb::arg("progress").none() = nb::none(), nb::arg("seconds") = 0.0, nb::arg("sets") = 0,
+            nb::arg("bytes") = 0)
+        .def_prop_ro("size", &Watch::size)
+        .def_prop_ro("sets", &Watch::sets)
+        .def_prop_ro("bound", &Watch::bound);
+    nb::class_<MiningOptions>(module, "Options", "The settings of a run; 0 is no bound.")
+        .def(nb::init<>())
+        .def_rw("min_count", &MiningOptions::minCount)
+        .def_rw("max_size", &MiningOptions::maxSize)
+        .def_rw("window", &MiningOptions::window)
+        .def_rw("splits", &MiningOptions::splits)
+        .def_rw("threads", &MiningOptions::threads)
+        .def(
+            "set_thresholds",
+            [](MiningOptions& options, double support, double confidence, double lift,
+               double conviction) {
+                options.thresholds = {support, confidence, lift, conviction};
+            },
+            nb::arg("support"), nb::arg("confidence"), nb::arg("lift"), nb::arg("conviction"));
+    nb::class_<Found>(module, "Found", "What a run found, as ranks of its index.")
+        .def_prop_ro("index", [](const Found& found) { return found.index; })
+        .def_prop_ro("rule_count", [](const Found& found) { return found.rules.size(); })
+        .def("rules", &ruleColumns, "The rules as columns.")
+        .def("item_sets", &itemSetColumns, "The item sets as columns.")
+        .def("extensions", &itemSetExtensions, "By set: whether it is not closed, not maximal.")
+        .def(
+            "with_basket_rules",
+            [](const Found& found, Splits splits, double confidence, double lift, double conviction,
+               Watch& watch) {
+                return withBasketRules(found, splits, {confidence, lift, conviction}, watch);
+            },
+            nb::arg("splits"), nb::arg("confidence"), nb::arg("lift"), nb::arg("conviction"),
+            nb::arg("watch"), "The same sets with the rules that need no times.")
+        .def(
+            "with_sides",
+            [](const Found& found, const IndexPointer& all, const Column<std::uint8_t>& left,
+               const Column<std::uint8_t>& right, double confidence, double lift,
+               double conviction) {
+                return withSides(found, all, left, right, {confidence, lift, conviction});
+            },
+            nb::arg("all"), nb::arg("left"), nb::arg("right"), nb::arg("confidence"),
+            nb::arg("lift"), nb::arg("conviction"), "The rules with certain items on a side.")
+        .def("write", &writeFile, nb::arg("path"), nb::arg("rules"), nb::arg("keep").none(),
+             "Writes the rules file or the item-set file of the tool.");
+    module.def("mine", &mine, nb::arg("index"), nb::arg("options"), nb::arg("watch"));
+    module.def("mine_item_sets", &mineItemSets, nb::arg("index"), nb::arg("options"),
+               nb::arg("watch"));
+}
+
+}  // namespace
+
+NB_MODULE(_engine, module) {
+    module.doc() = "The mining engine for Python, as numbers and columns. Internal to quarvis.";
+    addErrors(module);
+    addInput(module);
+    addRuns(module);
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include <quarvis/mining/rules.hpp>
+
+namespace binding {
+
+/// Measures that a rule must have; inclusive, and a NaN passes none.
+struct RuleBounds {
+    double minConfidence;
+    double minLift;
+    double maxConviction;
+};
+
+/// Rules in the order of the rules file: those of a run of the engine, or rules that are added one
+/// by one and then sorted.
+class RuleList {
+  public:
+    RuleList() = default;
+    explicit RuleList(quarvis::mining::Rules rules) : m_found(std::move(rules)) {}
+
+    std::size_t size() const { return m_found.size() + m_added.size(); }
+
+    /// A rule by its place. Its sides are valid as long as the rules are.
+    quarvis::mining::Rule operator[](std::size_t place) const;
+
+    /// Adds a rule to a list that has none of a run, if it passes. Its counts are taken as they
+    /// stand and its measures made of them, with `histories` in all.
+    void add(const quarvis::mining::Rule& rule, std::size_t histories, const RuleBounds& bounds);
+
+    /// Puts added rules into order.
+    void sort();
+
+  private:
+    struct Added {
+        std::size_t begin;
+        std::size_t antecedent;
+        std::size_t subsequent;
+        quarvis::mining::Rule rule;  // but for the sides
+    };
+
+    quarvis::mining::Rules m_found;
+    std::vector<quarvis::mining::Rank> m_ranks;  // of the sides of the added rules
+    std::vector<Added> m_added;
+};
+
+}  // namespace binding

@@ -1,0 +1,42 @@
+"""Association rules of histories: what newly follows what, within a window of time.
+
+>>> import quarvis
+>>> histories = quarvis.Histories(data, entity="customer", time="day", items="product")
+>>> mined = quarvis.mine(histories, min_count=100, window="30d")
+>>> mined.rules
+"""
+
+from importlib.metadata import version as _version
+
+from quarvis.errors import BudgetExceeded, DataError, QuarvisError, QuarvisWarning
+from quarvis.histories import Histories, from_baskets
+from quarvis.mined import Mined
+from quarvis.mining import Budget, mine
+from quarvis.reading import (
+    read,
+    read_arrow,
+    read_csv,
+    read_json,
+    read_parquet,
+    read_transactions,
+)
+
+__version__ = _version("quarvis")
+
+__all__ = [
+    "Budget",
+    "BudgetExceeded",
+    "DataError",
+    "Histories",
+    "Mined",
+    "QuarvisError",
+    "QuarvisWarning",
+    "from_baskets",
+    "mine",
+    "read",
+    "read_arrow",
+    "read_csv",
+    "read_json",
+    "read_parquet",
+    "read_transactions",
+]

@@ -1,0 +1,146 @@
+"""
+The mining engine for Python, as numbers and columns. Internal to quarvis.
+"""
+
+import enum
+from typing import Annotated, Any
+
+import numpy
+from numpy.typing import NDArray
+
+
+class OutOfBudget(RuntimeError):
+    pass
+
+class Index:
+    """Histories with the items that are frequent."""
+
+    @property
+    def history_count(self) -> int: ...
+
+    @property
+    def item_count(self) -> int: ...
+
+    @property
+    def transaction_count(self) -> int: ...
+
+    @property
+    def min_count(self) -> int: ...
+
+    @property
+    def memory(self) -> int: ...
+
+    def names(self) -> tuple[Any, Any]:
+        """The names by rank, as offsets and bytes."""
+
+    def counts(self) -> Annotated[NDArray[numpy.uint32], dict(shape=(None,))]:
+        """By rank: the histories that the item is in."""
+
+class Rows:
+    """Rows as columns of codes."""
+
+    def __init__(self, entities: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], times: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)] | Annotated[NDArray[numpy.uint64], dict(shape=(None,), order='C', device='cpu', writable=False)], items: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: int, name_offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], name_bytes: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> None: ...
+
+    def index(self, min_count: int) -> Index:
+        """The index of the items that are in this many histories or more."""
+
+NO_ITEM: int = 4294967295
+
+def read_transactions(path: str) -> dict[str, Any]:
+    """The columns of a transaction file, read by the rules of the tool."""
+
+class Splits(enum.Enum):
+    RUNS = 0
+
+    ALL = 1
+
+class Bound(enum.Enum):
+    NONE = 0
+
+    SECONDS = 1
+
+    SETS = 2
+
+    BYTES = 3
+
+class Watch:
+    """Progress, signals and the budget of a run."""
+
+    def __init__(self, progress: object | None = None, seconds: float = 0.0, sets: int = 0, bytes: int = 0) -> None: ...
+
+    @property
+    def size(self) -> int: ...
+
+    @property
+    def sets(self) -> int: ...
+
+    @property
+    def bound(self) -> Bound: ...
+
+class Options:
+    """The settings of a run; 0 is no bound."""
+
+    def __init__(self) -> None: ...
+
+    @property
+    def min_count(self) -> int: ...
+
+    @min_count.setter
+    def min_count(self, arg: int, /) -> None: ...
+
+    @property
+    def max_size(self) -> int: ...
+
+    @max_size.setter
+    def max_size(self, arg: int, /) -> None: ...
+
+    @property
+    def window(self) -> int: ...
+
+    @window.setter
+    def window(self, arg: int, /) -> None: ...
+
+    @property
+    def splits(self) -> Splits: ...
+
+    @splits.setter
+    def splits(self, arg: Splits, /) -> None: ...
+
+    @property
+    def threads(self) -> int: ...
+
+    @threads.setter
+    def threads(self, arg: int, /) -> None: ...
+
+    def set_thresholds(self, support: float, confidence: float, lift: float, conviction: float) -> None: ...
+
+class Found:
+    """What a run found, as ranks of its index."""
+
+    @property
+    def index(self) -> Index: ...
+
+    @property
+    def rule_count(self) -> int: ...
+
+    def rules(self) -> dict[str, Any]:
+        """The rules as columns."""
+
+    def item_sets(self) -> dict[str, Any]:
+        """The item sets as columns."""
+
+    def extensions(self) -> dict[str, Any]:
+        """By set: whether it is not closed, not maximal."""
+
+    def with_basket_rules(self, splits: Splits, confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
+        """The same sets with the rules that need no times."""
+
+    def with_sides(self, all: Index, left: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], right: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], confidence: float, lift: float, conviction: float) -> Found:
+        """The rules with certain items on a side."""
+
+    def write(self, path: str, rules: bool, keep: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)] | None) -> None:
+        """Writes the rules file or the item-set file of the tool."""
+
+def mine(index: Index, options: Options, watch: Watch) -> Found: ...
+
+def mine_item_sets(index: Index, options: Options, watch: Watch) -> Found: ...

@@ -1,0 +1,122 @@
+"""What is told of data that were read."""
+
+from __future__ import annotations
+
+import html
+from dataclasses import dataclass
+from itertools import pairwise
+from typing import TYPE_CHECKING, Any
+
+import numpy as np
+import pyarrow as pa
+import pyarrow.compute as pc
+
+from quarvis._columns import encode
+
+if TYPE_CHECKING:
+    from quarvis.histories import Columns
+
+
+@dataclass(frozen=True)
+class Report:
+    """What was read, what was dropped and what looks wrong.
+
+    Attributes
+    ----------
+    rows : int
+        Rows of the input that were read, without those that were dropped.
+    entities : int
+        Histories.
+    transactions : int
+        Distinct pairs of entity and time.
+    items : int
+        Distinct items.
+    first, last : object
+        The least and the greatest time, as the column has them; None without times.
+    unit : str
+        What the times count: "days", "seconds", ..., "numbers" for integers, "none".
+    dropped : dict of str to int
+        By column: the rows that lacked its value; a row may lack several.
+    remarks : tuple of str
+        What looks wrong, a sentence each.
+    """
+
+    rows: int
+    entities: int
+    transactions: int
+    items: int
+    first: Any
+    last: Any
+    unit: str
+    dropped: dict[str, int]
+    remarks: tuple[str, ...]
+
+    def _lines(self) -> list[tuple[str, str]]:
+        lines = [
+            ("rows", f"{self.rows:,}"),
+            ("entities", f"{self.entities:,}"),
+            ("transactions", f"{self.transactions:,}"),
+            ("items", f"{self.items:,}"),
+        ]
+        if self.unit != "none":
+            lines.append(("times", f"{self.first} to {self.last}, in {self.unit}"))
+        for column, count in self.dropped.items():
+            lines.append(("dropped", f"{count:,} rows without {column!r}"))
+        lines += [("looks wrong", remark) for remark in self.remarks]
+        return lines
+
+    def __str__(self) -> str:
+        return "\n".join(f"{name:<13} {text}" for name, text in self._lines())
+
+    __repr__ = __str__
+
+    def _repr_html_(self) -> str:
+        rows = "".join(
+            f"<tr><th>{html.escape(name)}</th><td>{html.escape(text)}</td></tr>"
+            for name, text in self._lines()
+        )
+        return f"<table>{rows}</table>"
+
+
+def looks_wrong(columns: Columns) -> list[str]:
+    """Tell what of the data looks other than meant."""
+    remarks = []
+    entities = len(columns.entities.values)
+    if columns.scale.type is not None and entities > 0:
+        once = entities - _with_several_times(columns)
+        if once * 3 >= entities:
+            remarks.append(
+                f"{once:,} of {entities:,} entities have one time only, so nothing can follow "
+                "anything there: is the entity the right column?"
+            )
+    alike = _alike(columns.item_names)
+    if alike:
+        shown = "; ".join(" and ".join(repr(name) for name in names) for names in alike[:3])
+        remarks.append(
+            f"{len(alike):,} item names differ from others in case or blanks only: {shown}"
+        )
+    return remarks
+
+
+def _with_several_times(columns: Columns) -> int:
+    codes = columns.entities.codes
+    one = np.zeros(len(columns.entities.values), columns.times.dtype)
+    one[codes] = columns.times
+    several = np.zeros(len(one), bool)
+    several[codes[columns.times != one[codes]]] = True
+    return int(several.sum())
+
+
+def _alike(names: pa.Array) -> list[list[str]]:
+    """Give groups of names that are the same but for case and blanks."""
+    plain = pc.utf8_trim_whitespace(pc.utf8_lower(names))
+    plain = pc.replace_substring_regex(plain, r"\s+", " ")
+    groups = encode(pa.chunked_array([plain])).codes
+    order = np.argsort(groups, kind="stable")
+    ordered = groups[order].astype(np.int64)
+    bounds = np.append(np.flatnonzero(np.diff(ordered, prepend=-1)), len(order))
+    return [
+        sorted(names[int(row)].as_py() for row in order[start:end])
+        for start, end in pairwise(bounds)
+        if end - start > 1
+    ]

@@ -1,0 +1,120 @@
+"""Runs that look only for rules with certain items on a side."""
+
+from __future__ import annotations
+
+import fnmatch
+import re
+from collections.abc import Sequence
+from typing import Any
+
+import numpy as np
+
+from quarvis import _engine
+from quarvis.errors import DataError
+from quarvis.mined import Mined, Run
+
+Mask = np.ndarray[Any, np.dtype[np.bool_]]
+
+
+def matching(names: Sequence[str], patterns: Sequence[str] | str | None, side: str) -> Mask:
+    """Tell which of the names match one of the patterns; None matches all.
+
+    A name matches itself, whatever signs it has, and a pattern as in file names: `*` is any text,
+    `?` any sign, `[ab]` one of these.
+
+    Raises
+    ------
+    DataError
+        For a pattern that no name matches.
+    """
+    if patterns is None:
+        return np.ones(len(names), bool)
+    given = [patterns] if isinstance(patterns, str) else list(patterns)
+    places: dict[str, list[int]] = {}
+    for place, name in enumerate(names):
+        places.setdefault(name, []).append(place)
+    mask = np.zeros(len(names), bool)
+    for pattern in given:
+        found = places.get(pattern)
+        if found is None:
+            matches = re.compile(fnmatch.translate(pattern)).match
+            found = [place for place, name in enumerate(names) if matches(name)]
+        if not found:
+            raise DataError(f"{side}={pattern!r} matches no item")
+        mask[found] = True
+    return mask
+
+
+class Sides:
+    """What the sides of the rules must match; without patterns, all rules."""
+
+    def __init__(
+        self, antecedents: Sequence[str] | str | None, consequents: Sequence[str] | str | None
+    ) -> None:
+        self.antecedents = antecedents
+        self.consequents = consequents
+
+    def mine(self, run: Run, watch: _engine.Watch) -> Mined:
+        """Mine the histories of the run for these rules."""
+        if self.antecedents is None and self.consequents is None:
+            index = run.histories._index_of(run.options.min_count)
+            return Mined(run, _find(run, index, run.thresholds, watch))
+        return self._mine_some(run, watch)
+
+    def _mine_some(self, run: Run, watch: _engine.Watch) -> Mined:
+        """Search only the items that match, in the histories that have some for both sides.
+
+        A set with items for both sides is in no other history, so its count is right. Those of the
+        sides are counted afterwards in all histories, and only then come the thresholds.
+        """
+        columns = run.histories._columns
+        names = columns.item_names.to_pylist()
+        left = matching(names, self.antecedents, "antecedents")
+        right = matching(names, self.consequents, "consequents")
+
+        known = columns.items != _engine.NO_ITEM
+        code = np.where(known, columns.items, 0)
+        on_left = np.zeros(len(run.histories), bool)
+        on_right = np.zeros(len(run.histories), bool)
+        if len(names):
+            on_left[columns.entities.codes[known & left[code]]] = True
+            on_right[columns.entities.codes[known & right[code]]] = True
+            keep = known & (left | right)[code]
+        else:
+            keep = known
+        all_rows = _rows_of(columns, keep)
+        some_rows = _rows_of(columns, keep & (on_left & on_right)[columns.entities.codes])
+
+        count = run.options.min_count
+        found = _find(run, some_rows.index(count), (0.0, 0.0, np.inf), watch)
+        rank_names = found.index.names()
+        by_name = {bytes_: place for place, bytes_ in enumerate(_texts(*columns.engine_names))}
+        codes = np.array([by_name[text] for text in _texts(*rank_names)], np.int64)
+        return Mined(run, found.with_sides(
+            all_rows.index(count), left[codes].astype(np.uint8), right[codes].astype(np.uint8),
+            *run.thresholds,
+        ))
+
+
+def _find(
+    run: Run, index: _engine.Index, thresholds: tuple[float, float, float], watch: _engine.Watch
+) -> _engine.Found:
+    """Mine the index, or make the rules of its item sets when there are no times."""
+    confidence, lift, conviction = thresholds
+    if run.histories._columns.scale.type is None:
+        found = _engine.mine_item_sets(index, run.options, watch)
+        return found.with_basket_rules(run.options.splits, confidence, lift, conviction, watch)
+    run.options.set_thresholds(0.0, confidence, lift, conviction)
+    return _engine.mine(index, run.options, watch)
+
+
+def _rows_of(columns: Any, keep: Mask) -> _engine.Rows:
+    return _engine.Rows(
+        columns.entities.codes[keep], columns.times[keep], columns.items[keep],
+        len(columns.entities.values), *columns.engine_names,
+    )
+
+
+def _texts(offsets: Any, text: Any) -> list[bytes]:
+    raw = text.tobytes()
+    return [raw[offsets[i] : offsets[i + 1]] for i in range(len(offsets) - 1)]

@@ -1,0 +1,242 @@
+"""Histories: who had which items when."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Sequence
+from dataclasses import dataclass
+from functools import cached_property
+from typing import Any, Literal
+
+import numpy as np
+import pyarrow as pa
+
+from quarvis import _engine
+from quarvis._columns import CodeArray, Codes, decoded, encode, whole
+from quarvis._frames import to_native, to_table
+from quarvis._items import engine_names, missing_items, one_column, several_columns
+from quarvis._report import Report, looks_wrong
+from quarvis._times import TimeScale, missing_or_nan, read_times
+from quarvis._warn import warn
+from quarvis.errors import DataError
+
+Missing = Literal["error", "drop"]
+
+
+@dataclass(frozen=True)
+class Columns:
+    """Rows of one item each, as numbers, and what the numbers mean."""
+
+    entities: Codes
+    times: Any  #: numpy.uint32 or numpy.uint64.
+    scale: TimeScale
+    items: CodeArray
+    item_names: pa.Array  #: For people; the engine has the bytes.
+    engine_names: tuple[Any, Any]
+    rows: int  #: Of the input, without those that were dropped.
+    dropped: dict[str, int]
+    kind: str  #: The library that results are given in.
+
+
+class Histories:
+    """The histories of a table: for each entity, its items at its points in time.
+
+    Rows of one entity and time are one transaction. Rows come in any order and may repeat.
+
+    Parameters
+    ----------
+    data : frame
+        A frame of pandas, Polars, PyArrow, DuckDB, Modin, or anything that narwhals knows or that
+        has the Arrow PyCapsule interface.
+    entity : str or None
+        The column that names whose history a row belongs to: text, integers, dates. None when
+        each row is a history of its own, as in a table of baskets.
+    time : str or None
+        The column of the times: dates, timestamps with or without zone, integers in any unit. None
+        when there are none: then rules have no order (plain baskets).
+    items : str or sequence of str
+        The column of the items: one item a row, or a list of them; or several columns, each cell
+        of which is the item "column=value". In a column of truth values a true one is the item
+        "column". A cell of several columns without value is no item.
+    missing : {"error", "drop"}
+        What happens with rows that lack an entity, a time or an item; a null, NaN and an empty
+        text are no value. "drop" leaves them out and counts them in the report.
+
+    Raises
+    ------
+    DataError
+        For data that cannot be mined as they are. The message tells the remedy.
+    TypeError
+        When `data` is no frame.
+
+    Warns
+    -----
+    QuarvisWarning
+        When a third of the entities have one time only, or names differ only in case or blanks.
+
+    Notes
+    -----
+    Nothing is rounded: floating-point times are refused, as are texts. Timestamps with a zone are
+    points in time, so a day is 24 hours whatever the clocks do; those without are taken as they
+    stand. The histories keep 12 or 16 bytes a row and the names, not the frame.
+    """
+
+    def __init__(
+        self,
+        data: Any,
+        *,
+        entity: str | None,
+        time: str | None,
+        items: str | Sequence[str],
+        missing: Missing = "error",
+    ) -> None:
+        if missing not in ("error", "drop"):
+            raise DataError(f"missing={missing!r}: give 'error' or 'drop'")
+        self._columns = _read_columns(data, entity, time, items, missing)
+        self._index: tuple[int, _engine.Index] | None = None
+        for remark in self._remarks:
+            warn(remark)
+
+    @classmethod
+    def _of(cls, columns: Columns) -> Histories:
+        histories = cls.__new__(cls)
+        histories._columns = columns
+        histories._index = None
+        for remark in histories._remarks:
+            warn(remark)
+        return histories
+
+    @cached_property
+    def _rows(self) -> _engine.Rows:
+        columns = self._columns
+        return _engine.Rows(
+            columns.entities.codes, columns.times, columns.items, len(columns.entities.values),
+            *columns.engine_names,
+        )
+
+    @cached_property
+    def _remarks(self) -> list[str]:
+        return looks_wrong(self._columns)
+
+    def _index_of(self, min_count: int) -> _engine.Index:
+        if self._index is None or self._index[0] != min_count:
+            self._index = None  # two at once may need too much memory
+            self._index = (min_count, self._rows.index(min_count))
+        return self._index[1]
+
+    def __len__(self) -> int:
+        """The number of histories."""
+        return len(self._columns.entities.values)
+
+    def __repr__(self) -> str:
+        return f"<quarvis.Histories: {len(self):,} of {self._columns.rows:,} rows>"
+
+    def _repr_html_(self) -> str:
+        return self.report()._repr_html_()
+
+    def report(self) -> Report:
+        """Tell what was read, what was dropped, and what looks wrong.
+
+        Returns
+        -------
+        Report
+            It prints itself; its attributes have the numbers.
+        """
+        columns = self._columns
+        scale = columns.scale
+        has_times = scale.type is not None and len(columns.times) > 0
+        return Report(
+            rows=columns.rows,
+            entities=len(self),
+            transactions=self._rows.index(max(len(self), 1)).transaction_count,
+            items=len(columns.item_names),
+            first=scale.value(0) if has_times else None,
+            last=scale.value(scale.last) if has_times else None,
+            unit=scale.unit,
+            dropped=dict(columns.dropped),
+            remarks=tuple(self._remarks),
+        )
+
+    def _frame(self, table: pa.Table) -> Any:
+        return to_native(table, self._columns.kind)
+
+
+def from_baskets(baskets: Iterable[Iterable[str]]) -> Histories:
+    """Give histories of one basket each, without times.
+
+    Parameters
+    ----------
+    baskets : iterable of iterables of str
+        The items of each basket; an item may come twice, and a basket may be empty.
+    """
+    lists = pa.array((list(basket) for basket in baskets), pa.large_list(pa.large_string()))
+    return Histories(pa.table({"items": lists}), entity=None, time=None, items="items")
+
+
+def _read_columns(
+    data: Any, entity: str | None, time: str | None, items: str | Sequence[str], missing: Missing
+) -> Columns:
+    item_columns = [items] if isinstance(items, str) else list(items)
+    if not item_columns:
+        raise DataError("items names no column")
+    table, kind = to_table(data, list(dict.fromkeys(
+        name for name in (entity, time, *item_columns) if name is not None
+    )))
+    one = item_columns[0] if isinstance(items, str) else None
+    table, dropped = _without_missing(table, entity, time, one, missing)
+
+    rows = several_columns(table, item_columns) if one is None else one_column(
+        table.column(one), one
+    )
+    if entity is None:
+        numbers = np.arange(table.num_rows, dtype=np.uint32)
+        entities = Codes(numbers, pa.array(np.arange(table.num_rows, dtype=np.int64)))
+    else:
+        entities = encode(whole(decoded(table.column(entity)), entity))
+    if time is None:
+        times: Any = np.zeros(table.num_rows, np.uint32)
+        scale = TimeScale(None)
+    else:
+        times, scale = read_times(decoded(table.column(time)), time)
+    if rows.parents is not None:
+        entities = Codes(entities.codes[rows.parents], entities.values)
+        times = times[rows.parents]
+    return Columns(
+        entities, times, scale, rows.codes, rows.names, engine_names(rows.names), table.num_rows,
+        dropped, kind,
+    )
+
+
+def _without_missing(
+    table: pa.Table, entity: str | None, time: str | None, items: str | None, missing: Missing
+) -> tuple[pa.Table, dict[str, int]]:
+    """Give the rows that lack nothing, and how many lack a value of each column."""
+    lacking = np.zeros(table.num_rows, bool)
+    dropped: dict[str, int] = {}
+    for role, name in (("entity", entity), ("time", time), ("item", items)):
+        if name is None:
+            continue
+        column = table.column(name)
+        tell = missing_items if role == "item" else _missing_values
+        mask = tell(column).to_numpy(zero_copy_only=False)
+        count = int(mask.sum())
+        if count == 0:
+            continue
+        if missing == "error":
+            first = ", ".join(str(row) for row in np.flatnonzero(mask)[:3])
+            raise DataError(
+                f"column {name!r} lacks the {role} in {count:,} of {table.num_rows:,} rows, the "
+                f"first ones are {first} (counted from 0): fill them in, or leave them out with "
+                "missing='drop'"
+            )
+        dropped[name] = count
+        lacking |= mask
+    if not dropped:
+        return table, dropped
+    return table.filter(pa.array(~lacking)), dropped
+
+
+def _missing_values(column: pa.ChunkedArray) -> pa.ChunkedArray:
+    return missing_or_nan(decoded(column))
+
+
+__all__ = ["Columns", "Histories", "Missing", "from_baskets"]

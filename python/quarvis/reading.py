@@ -1,0 +1,214 @@
+"""Histories from files."""
+
+from __future__ import annotations
+
+import os
+from collections.abc import Sequence
+from pathlib import Path
+from typing import Any
+
+import numpy as np
+import pyarrow as pa
+
+from quarvis import _engine
+from quarvis._columns import Codes, names_of
+from quarvis._times import TimeScale
+from quarvis.errors import DataError
+from quarvis.histories import Columns, Histories, Missing
+
+PathLike = str | os.PathLike[str]
+
+_PACKED = (".gz", ".bz2", ".zst", ".lz4", ".br")
+
+
+def read(
+    path: PathLike, *, entity: str | None, time: str | None, items: str | Sequence[str],
+    missing: Missing = "error", where: Any = None, **options: Any,
+) -> Histories:
+    """Read histories from a file, in the format that its name ends with.
+
+    Parameters
+    ----------
+    path : path
+        A file that ends with .parquet, .arrow, .feather, .csv, .tsv, .json, .jsonl or .ndjson; the
+        text formats may be compressed (.gz, .bz2, .zst, .lz4, .br).
+    entity, time, items, missing
+        As for `Histories`.
+    where : pyarrow.compute.Expression, optional
+        Which rows to read, for example ``pc.field("Quantity") > 0``.
+    **options
+        Of `read_csv`, for the text formats with columns.
+    """
+    arguments: dict[str, Any] = {"entity": entity, "time": time, "items": items}
+    arguments |= {"missing": missing, "where": where}
+    ending = _ending(path)
+    if ending == ".parquet":
+        return read_parquet(path, **arguments, **options)
+    if ending in (".arrow", ".feather", ".ipc"):
+        return read_arrow(path, **arguments, **options)
+    if ending in (".csv", ".tsv", ".txt"):
+        return read_csv(path, **arguments, **options)
+    if ending in (".json", ".jsonl", ".ndjson"):
+        return read_json(path, **arguments, **options)
+    raise DataError(
+        f"the ending of {os.fspath(path)!r} tells no format: name the file .parquet, .arrow, .csv, "
+        ".tsv or .jsonl, or use the function of its format"
+    )
+
+
+def read_parquet(
+    path: PathLike, *, entity: str | None, time: str | None, items: str | Sequence[str],
+    missing: Missing = "error", where: Any = None,
+) -> Histories:
+    """Read histories from a Parquet file; of its columns only those that are named.
+
+    For the parameters see `read`. Results are given as PyArrow tables.
+    """
+    import pyarrow.dataset
+
+    table = _of_dataset(pyarrow.dataset.dataset(os.fspath(path), format="parquet"),
+                        entity, time, items, where)
+    return Histories(table, entity=entity, time=time, items=items, missing=missing)
+
+
+def read_arrow(
+    path: PathLike, *, entity: str | None, time: str | None, items: str | Sequence[str],
+    missing: Missing = "error", where: Any = None,
+) -> Histories:
+    """Read histories from an Arrow file (IPC, Feather version 2).
+
+    For the parameters see `read`. Results are given as PyArrow tables.
+    """
+    import pyarrow.dataset
+
+    table = _of_dataset(pyarrow.dataset.dataset(os.fspath(path), format="ipc"),
+                        entity, time, items, where)
+    return Histories(table, entity=entity, time=time, items=items, missing=missing)
+
+
+def read_csv(
+    path: PathLike, *, entity: str | None, time: str | None, items: str | Sequence[str],
+    missing: Missing = "error", where: Any = None, delimiter: str | None = None,
+    encoding: str | None = None, time_format: str | None = None, list_delimiter: str | None = None,
+) -> Histories:
+    """Read histories from a file of delimited text with a header line.
+
+    Lines may end in LF or CR LF; cells may be quoted by double quotes and hold delimiters, line
+    ends and doubled quotes. Entities and items are text, just as they stand, so "007" stays "007".
+
+    Parameters
+    ----------
+    path : path
+        The file; compressed when its name ends with .gz, .bz2, .zst, .lz4 or .br.
+    entity, time, items, missing, where
+        As for `read`.
+    delimiter : str, optional
+        What separates cells: by default a tab in a file that ends with .tsv, otherwise a comma.
+    encoding : str, optional
+        By default UTF-8, or UTF-16 when the file begins with its byte-order mark. A mark is
+        skipped.
+    time_format : str, optional
+        How times are written, in the notation of strptime, such as "%d.%m.%Y %H:%M". By default
+        integers, and dates and timestamps in the notation of ISO 8601.
+    list_delimiter : str, optional
+        What separates the items of a cell that has several, such as ";".
+    """
+    import pyarrow.csv
+
+    name = os.fspath(path)
+    if delimiter is None:
+        delimiter = "\t" if _ending(path) == ".tsv" else ","
+    named = [entity, *([items] if isinstance(items, str) else items)]
+    convert = pyarrow.csv.ConvertOptions(
+        column_types={column: pa.string() for column in named if column is not None},
+        strings_can_be_null=True,
+        null_values=[""],
+        timestamp_parsers=[time_format] if time_format else None,
+    )
+    reading = pyarrow.csv.ReadOptions(encoding=encoding or _encoding_of(path))
+    parse = pyarrow.csv.ParseOptions(delimiter=delimiter, newlines_in_values=True)
+    try:
+        with pa.input_stream(name, compression="detect") as stream:
+            table = pyarrow.csv.read_csv(stream, reading, parse, convert)
+    except pa.ArrowInvalid as error:
+        raise DataError(f"{name}: {error}") from error
+    table = _chosen(table, where)
+    if list_delimiter is not None and isinstance(items, str) and items in table.column_names:
+        import pyarrow.compute as pc
+
+        at = table.column_names.index(items)
+        table = table.set_column(at, items, pc.split_pattern(table.column(items), list_delimiter))
+    return Histories(table, entity=entity, time=time, items=items, missing=missing)
+
+
+def read_json(
+    path: PathLike, *, entity: str | None, time: str | None, items: str | Sequence[str],
+    missing: Missing = "error", where: Any = None,
+) -> Histories:
+    """Read histories from a file of JSON lines, an object each.
+
+    For the parameters see `read`. Times in the notation of ISO 8601 are timestamps.
+    """
+    import pyarrow.json
+
+    name = os.fspath(path)
+    try:
+        with pa.input_stream(name, compression="detect") as stream:
+            table = pyarrow.json.read_json(stream)
+    except pa.ArrowInvalid as error:
+        raise DataError(f"{name}: {error}") from error
+    return Histories(_chosen(table, where), entity=entity, time=time, items=items, missing=missing)
+
+
+def read_transactions(path: PathLike) -> Histories:
+    """Read a transaction file of the command-line tool, by the tool's own rules.
+
+    The first line is a header; then each row has the entity, the time, an unsigned number of 32
+    bits, and any number of items, with tabs between. What is no number reads as 0, and a row that
+    lacks a cell takes it from the next one; `quarvis.check` tells where that happens.
+
+    Raises
+    ------
+    OSError
+        When the file cannot be opened.
+    """
+    with Path(path).open("rb"):
+        pass
+    read = _engine.read_transactions(os.fspath(path))
+    names = read["item_names"]
+    times = read["times"]
+    origin = int(times.min()) if len(times) else 0
+    last = int(times.max()) - origin if len(times) else 0
+    scale = TimeScale(pa.uint32(), origin, last=last)
+    return Histories._of(Columns(
+        Codes(read["entities"], names_of(*read["entity_names"])), times - np.uint32(origin), scale,
+        read["items"], names_of(*names), names, len(times), {}, "pyarrow",
+    ))
+
+
+def _ending(path: PathLike) -> str:
+    suffixes = [suffix.lower() for suffix in Path(path).suffixes]
+    if suffixes and suffixes[-1] in _PACKED:
+        suffixes.pop()
+    return suffixes[-1] if suffixes else ""
+
+
+def _encoding_of(path: PathLike) -> str:
+    with pa.input_stream(os.fspath(path), compression="detect") as stream:
+        begin = stream.read(2)
+    return "utf-16" if begin in (b"\xff\xfe", b"\xfe\xff") else "utf8"
+
+
+def _chosen(table: pa.Table, where: Any) -> pa.Table:
+    return table if where is None else table.filter(where)
+
+
+def _of_dataset(
+    dataset: Any, entity: str | None, time: str | None, items: str | Sequence[str], where: Any
+) -> pa.Table:
+    named = [entity, time, *([items] if isinstance(items, str) else items)]
+    there = set(dataset.schema.names)
+    if any(name is not None and name not in there for name in named):
+        return dataset.schema.empty_table()  # whose reader tells which one
+    columns = list(dict.fromkeys(name for name in named if name is not None))
+    return dataset.to_table(columns=columns, filter=where)

@@ -1,0 +1,210 @@
+"""Threads, progress, budgets, Ctrl-C, errors of files, and memory over many runs."""
+
+import gc
+import os
+import resource
+import subprocess
+import sys
+import textwrap
+import threading
+import time
+
+import numpy as np
+import pyarrow as pa
+import pytest
+
+import quarvis
+
+
+def large(histories=2000, items=60, seed=1):
+    """Histories of random items, whose search at a low count goes on for long."""
+    draws = np.random.default_rng(seed)
+    rows = histories * 40
+    table = pa.table({
+        "who": draws.integers(0, histories, rows),
+        "when": draws.integers(0, 50, rows),
+        "what": draws.integers(0, items, rows),
+    })
+    return quarvis.Histories(table, entity="who", time="when", items="what")
+
+
+@pytest.fixture(scope="module")
+def many():
+    return large()
+
+
+def test_result_does_not_depend_on_threads(many):
+    arguments = {"min_count": 150, "window": 20, "max_items": 3}
+    one = quarvis.mine(many, threads=1, **arguments)
+    assert len(one) > 50
+    for threads in (2, 5):
+        assert quarvis.mine(many, threads=threads, **arguments).to_arrow().equals(one.to_arrow())
+
+
+def test_other_threads_run_meanwhile(many):
+    ticks = []
+    ended = threading.Event()
+
+    def tick():
+        while not ended.wait(0.005):
+            ticks.append(time.monotonic())
+
+    other = threading.Thread(target=tick)
+    other.start()
+    begin = time.monotonic()
+    with pytest.raises(quarvis.BudgetExceeded):
+        quarvis.mine(many, min_count=2, threads=1, budget=quarvis.Budget(seconds=0.4))
+    ended.set()
+    other.join()
+    during = [t for t in ticks if begin < t < begin + 0.4]
+    assert len(during) > 20
+    assert max(np.diff(during)) < 0.2
+
+
+def test_threads_share_histories(many):
+    results = []
+    arguments = {"min_count": 400, "max_items": 2, "threads": 2}
+    threads = [
+        threading.Thread(target=lambda: results.append(quarvis.mine(many, **arguments)))
+        for _ in range(4)
+    ]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert len(results) == 4
+    assert all(r.to_arrow().equals(results[0].to_arrow()) for r in results)
+
+
+def test_progress_is_told(many):
+    told = []
+    with pytest.raises(quarvis.BudgetExceeded):
+        quarvis.mine(
+            many, min_count=2, threads=1, progress=lambda *step: told.append(step),
+            budget=quarvis.Budget(seconds=1.0),
+        )
+    assert told
+    for step, done, total in told:
+        assert step in ("item sets", "rules")
+        assert 0 <= done <= total
+    assert len(told) <= 12  # ten times a second at most
+
+
+@pytest.mark.parametrize("threads", [1, 2])
+def test_error_of_progress_ends_run(many, threads):
+    def fail(*_):
+        raise LookupError("no more")
+
+    with pytest.raises(LookupError, match="no more"):
+        quarvis.mine(many, min_count=2, threads=threads, progress=fail)
+
+
+def test_progress_is_printed(many, capsys):
+    quarvis.mine(many, min_count=1000, progress=True, max_items=2)
+    assert capsys.readouterr().err.endswith("\n")
+
+
+@pytest.mark.parametrize(
+    ("budget", "bound"),
+    [
+        (quarvis.Budget(seconds=0.3), "0.3 seconds"),
+        (quarvis.Budget(sets=1000), "1,000 item sets"),
+        (quarvis.Budget(bytes=20_000_000), "20,000,000 bytes"),
+    ],
+)
+def test_budget(many, budget, bound):
+    begin = time.monotonic()
+    with pytest.raises(quarvis.BudgetExceeded) as error:
+        quarvis.mine(many, min_count=2, budget=budget)
+    assert time.monotonic() - begin < 20
+    message = str(error.value)
+    assert message.startswith(f"the run reached its budget of {bound} at min_count=2; ")
+    assert error.value.size >= 1
+    assert f"all {error.value.item_sets:,} item sets of up to {error.value.size} items" in message
+    count = error.value.min_count
+    if count is None:
+        assert message.endswith("try a much greater min_count, or max_items=2")
+    else:
+        assert f"min_count={count} were found at once: try that" in message
+        quarvis.mine(many, min_count=count, budget=quarvis.Budget(sets=budget.sets, seconds=60))
+
+
+def test_budget_that_suffices(many):
+    budget = quarvis.Budget(seconds=60, sets=10**6, bytes=10**9)
+    plain = quarvis.mine(many, min_count=500)
+    assert quarvis.mine(many, min_count=500, budget=budget).to_arrow().equals(plain.to_arrow())
+
+
+INTERRUPTED = """
+    import os, signal, sys, threading, time
+    sys.path.insert(0, {folder!r})
+    from test_runs import large
+    import quarvis
+
+    histories = large()
+    begin = []
+
+    def interrupt():
+        time.sleep(0.7)
+        begin.append(time.monotonic())
+        os.kill(os.getpid(), signal.SIGINT)
+
+    threading.Thread(target=interrupt).start()
+    try:
+        quarvis.mine(histories, min_count=2, threads={threads})
+    except KeyboardInterrupt:
+        print("interrupted", begin and time.monotonic() - begin[0])
+"""
+
+
+@pytest.mark.parametrize("threads", [1, 2])
+def test_interrupt_ends_run_within_a_tenth_of_a_second(threads):
+    script = textwrap.dedent(INTERRUPTED).format(folder=os.path.dirname(__file__), threads=threads)
+    # A busy machine may take longer once; a run that does not heed signals always does.
+    for _ in range(3):
+        done = subprocess.run(
+            [sys.executable, "-W", "ignore", "-c", script], capture_output=True, text=True,
+            timeout=60,
+        )
+        word, seconds = done.stdout.split()
+        assert (word, done.stderr) == ("interrupted", "")
+        if float(seconds) < 0.1:
+            return
+    pytest.fail(f"the run went on for {seconds} s")
+
+
+@pytest.mark.parametrize(
+    ("path", "error"), [("missing/rules.tsv", FileNotFoundError), (".", IsADirectoryError)]
+)
+def test_files_that_cannot_be_written(shop, tmp_path, path, error):
+    mined = quarvis.mine(shop, min_count=2)
+    with pytest.raises(error) as raised:
+        mined.write_tsv(tmp_path / path)
+    assert raised.value.filename == str(tmp_path / path)
+
+
+@pytest.mark.skipif(not os.path.exists("/dev/full"), reason="needs /dev/full")
+def test_full_disk_is_an_error(shop):
+    mined = quarvis.mine(shop, min_count=1)
+    with pytest.raises(OSError, match="No space left on device: '/dev/full'"):
+        mined.write_tsv("/dev/full")
+
+
+def test_memory_does_not_grow_over_1000_runs(shop):
+    def resident():
+        with open("/proc/self/statm") as statm:
+            return int(statm.read().split()[1]) * resource.getpagesize()
+
+    def once():
+        mined = quarvis.mine(shop, min_count=1, window=2)
+        mined.to_arrow()
+        assert mined.item_sets is not None
+
+    for _ in range(100):
+        once()
+    gc.collect()
+    before = resident()
+    for _ in range(1000):
+        once()
+    gc.collect()
+    assert resident() - before < 2_000_000  # 2,000 bytes a run would show
