@@ -14,6 +14,7 @@
 #include "arrays.hpp"
 #include "derived_rules.hpp"
 #include "found.hpp"
+#include "questions.hpp"
 #include "rows.hpp"
 #include "watch.hpp"
 
@@ -141,6 +142,20 @@ void addRuns(nb::module_& module) {
                nb::arg("watch"));
 }
 
+void addQuestions(nb::module_& module) {
+    module.def("explain", &explain, nb::arg("index"), nb::arg("antecedent"), nb::arg("subsequent"),
+               nb::arg("window"), "How each history with all items counts for a rule.");
+    module.def("lags", &lags, nb::arg("found"), nb::arg("places"), nb::arg("window"),
+               nb::arg("threads"), nb::arg("watch"), "The lags and reverse counts of rules.");
+    module.def("redundant", &redundant, nb::arg("found"), nb::arg("places"), nb::arg("values"),
+               nb::arg("watch"), "By rule: whether a more general one is at least as good.");
+    module.def("match", &match, nb::arg("found"), nb::arg("places"), nb::arg("histories"),
+               nb::arg("times"), nb::arg("ranks"), nb::arg("now"), nb::arg("window"),
+               "Which rules are met in which histories at a time.");
+    module.def("fisher", &fisher, nb::arg("n"), nb::arg("a"), nb::arg("s"), nb::arg("u"),
+               "Tails of hypergeometric distributions.");
+}
+
 }  // namespace
 
 NB_MODULE(_engine, module) {
@@ -148,4 +163,5 @@ NB_MODULE(_engine, module) {
     addErrors(module);
     addInput(module);
     addRuns(module);
+    addQuestions(module);
 }

@@ -8,7 +8,9 @@
 
 from importlib.metadata import version as _version
 
+from quarvis import measures
 from quarvis.errors import BudgetExceeded, DataError, QuarvisError, QuarvisWarning
+from quarvis.explanation import Explanation
 from quarvis.histories import Histories, from_baskets
 from quarvis.mined import Mined
 from quarvis.mining import Budget, mine
@@ -27,11 +29,13 @@ __all__ = [
     "Budget",
     "BudgetExceeded",
     "DataError",
+    "Explanation",
     "Histories",
     "Mined",
     "QuarvisError",
     "QuarvisWarning",
     "from_baskets",
+    "measures",
     "mine",
     "read",
     "read_arrow",

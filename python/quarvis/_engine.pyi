@@ -144,3 +144,18 @@ class Found:
 def mine(index: Index, options: Options, watch: Watch) -> Found: ...
 
 def mine_item_sets(index: Index, options: Options, watch: Watch) -> Found: ...
+
+def explain(index: Index, antecedent: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], subsequent: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], window: int) -> dict[str, Any]:
+    """How each history with all items counts for a rule."""
+
+def lags(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], window: int, threads: int, watch: Watch) -> dict[str, Any]:
+    """The lags and reverse counts of rules."""
+
+def redundant(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], values: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)], watch: Watch) -> Annotated[NDArray[numpy.uint8], dict(shape=(None,))]:
+    """By rule: whether a more general one is at least as good."""
+
+def match(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], times: Annotated[NDArray[numpy.uint64], dict(shape=(None,), order='C', device='cpu', writable=False)], ranks: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], now: int, window: int) -> dict[str, Any]:
+    """Which rules are met in which histories at a time."""
+
+def fisher(n: float, a: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)], s: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)], u: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> Annotated[NDArray[numpy.float64], dict(shape=(None,))]:
+    """Tails of hypergeometric distributions."""

@@ -12,12 +12,16 @@ from typing import Any
 
 import numpy as np
 import pyarrow as pa
+import pyarrow.compute
 
 from quarvis import _engine
 from quarvis._columns import lists_of, names_of
+from quarvis._patterns import matching
 from quarvis._times import Window
 from quarvis.errors import DataError
+from quarvis.explanation import Explanation, explain
 from quarvis.histories import Histories
+from quarvis.measures import Counts, arrays
 
 PathLike = str | os.PathLike[str]
 Places = np.ndarray[Any, np.dtype[np.int64]]
@@ -122,6 +126,177 @@ class Mined:
             f"<table><tr>{head}</tr>{body}</table>"
         )
 
+    # Selections, which give a run with some of the rules.
+
+    def filter(
+        self,
+        *,
+        antecedents: Sequence[str] | str | None = None,
+        consequents: Sequence[str] | str | None = None,
+        contains: Sequence[str] | str | None = None,
+        **bounds: float,
+    ) -> Mined:
+        """Give the rules that pass.
+
+        Parameters
+        ----------
+        antecedents, consequents : str or sequence of str, optional
+            Names or patterns of items; every item of that side must match one.
+        contains : str or sequence of str, optional
+            Names or patterns of items; some item of either side must match one.
+        **bounds : float
+            `min_` or `max_` and the name of a column or of a measure, such as ``min_lift=2`` or
+            ``max_fisher_holm=0.05``; inclusive, and a NaN passes none.
+        """
+        keep = np.ones(self._found.rule_count, bool)
+        for bound, value in bounds.items():
+            kind, _, name = bound.partition("_")
+            if kind not in ("min", "max"):
+                raise DataError(f"{bound}=...: bounds begin with min_ or max_")
+            values = self._values(name)
+            keep &= values >= value if kind == "min" else values <= value
+        for side, patterns in (("antecedents", antecedents), ("consequents", consequents)):
+            if patterns is not None:
+                keep &= self._all_in(side, self._matching(patterns, side))
+        if contains is not None:
+            mask = self._matching(contains, "contains")
+            keep &= ~(self._all_in("antecedents", ~mask) & self._all_in("consequents", ~mask))
+        return self._selected(self._places[keep[self._places]])
+
+    def top(self, n: int, by: str = "lift", *, ascending: bool = False) -> Mined:
+        """Give the first `n` rules by a column or a measure, the greatest values first.
+
+        Rules of equal values keep their order; a NaN comes last.
+        """
+        values = self._values(by)[self._places]
+        order = np.argsort(values if ascending else -values, kind="stable")
+        return self._selected(self._places[order[:n]])
+
+    def non_redundant(self, by: str = "confidence") -> Mined:
+        """Leave out rules that a more general one makes superfluous.
+
+        A rule is left out when these rules have another one with the same consequents, whose
+        antecedents are some, but not all, of its own, and whose value of `by` (a column or a
+        measure, greater is better) is at least as great.
+        """
+        watch = _engine.Watch()
+        marks = _engine.redundant(self._found, self._places, self._values(by), watch)
+        return self._selected(self._places[marks == 0])
+
+    def closed(self) -> Any:
+        """Give the item sets that no set found extends by an item with as many histories.
+
+        A frame like `item_sets`. With `max_items`, larger sets are not known and do not count.
+        """
+        return self._some_sets("not_closed")
+
+    def maximal(self) -> Any:
+        """Give the item sets that no set found extends; a frame like `item_sets`."""
+        return self._some_sets("not_maximal")
+
+    # Questions.
+
+    def explain(self, rule: Any) -> Explanation:
+        """Tell how each history with all items of a rule counts for it, or why it does not.
+
+        Parameters
+        ----------
+        rule : pair of item lists, or row
+            ``(["bread"], ["butter"])``, or a row of a frame of rules: a dictionary, a Series, a
+            named tuple. The rule need not have been found.
+
+        Raises
+        ------
+        DataError
+            For what is no rule, for items that nobody has, and without times.
+        """
+        return explain(self._run, self._found.index, rule)
+
+    def lags(self, *, threads: int | None = None) -> Any:
+        """Tell how long the consequents take to follow, for every rule at once.
+
+        The lag of a history is the time of the first transaction in which the rule counts less the
+        time at which the last antecedent had occurred before.
+
+        Returns
+        -------
+        frame
+            A row for each rule: `least`, `median` and `percentile_90`, the least lags that half
+            and nine tenths of the histories do not exceed, `greatest`, and `reverse_count`, the
+            count of the rule with its sides exchanged. Lags are durations, or numbers in the unit
+            of integer times.
+        """
+        if not self._run.has_times:
+            raise DataError("nothing follows anything here: these histories have no times")
+        watch = _engine.Watch()
+        columns = _engine.lags(
+            self._found, self._places, self._run.options.window,
+            threads or self._run.options.threads, watch,
+        )
+        scale = self._run.histories._columns.scale
+        none = np.zeros(len(self._places), bool)
+        names = {"least": "least", "median": "median", "percentile90": "percentile_90",
+                 "greatest": "greatest"}
+        table = {new: scale.decode_lengths(columns[old], none) for old, new in names.items()}
+        table["reverse_count"] = columns["reverse_count"]
+        return self._run.histories._frame(pa.table(table))
+
+    def measures(self, *names: str) -> Any:
+        """Give the rules with further measures as columns; without names all of them.
+
+        See `quarvis.measures` for what there is.
+        """
+        table = self._table
+        for name, values in arrays(self._counts, names or None).items():
+            if name not in table.column_names:
+                table = table.append_column(name, pa.array(values[self._places]))
+        return self._run.histories._frame(table)
+
+    def match(self, histories: Histories, *, now: Any = None) -> Any:
+        """Tell which rules are met in other histories: what may follow next, and for whom.
+
+        A rule is met when every antecedent occurred at `now` or before it, within the window, and
+        no consequent did.
+
+        Parameters
+        ----------
+        histories : Histories
+            With times of the same kind as those that were mined.
+        now : optional
+            A point in time, as the column of the times has them; by default the last one of
+            `histories`. Later rows do not count.
+
+        Returns
+        -------
+        frame
+            `entity`, `antecedents`, `consequents`, `antecedent_time` at which the last antecedent
+            occurred, and `rule`, the place of the rule in `rules`; by entity and rule.
+        """
+        columns = histories._columns
+        scale = columns.scale
+        if not self._run.has_times or scale.type is None:
+            raise DataError("match needs times on both sides")
+        window = scale.window(self._run.window)
+        instant = scale.last if now is None else scale.encode(now)
+        ranks = pa.compute.index_in(columns.item_names, self._names)
+        known = np.append(ranks.is_valid().to_numpy(zero_copy_only=False), False)
+        numbers = np.append(ranks.fill_null(0).to_numpy().astype(np.uint32), np.uint32(0))
+        code = np.minimum(columns.items, np.uint32(len(columns.item_names)))
+        keep = known[code] & (instant >= 0)
+        met = _engine.match(
+            self._found, self._places, columns.entities.codes[keep],
+            columns.times[keep].astype(np.uint64), numbers[code[keep]], max(instant, 0), window,
+        )
+        rules = self._table.take(pa.array(met["place"]))
+        none = np.zeros(len(met["place"]), bool)
+        return self._run.histories._frame(pa.table({
+            "entity": columns.entities.values.take(pa.array(met["history"])),
+            "antecedents": rules.column("antecedents"),
+            "consequents": rules.column("consequents"),
+            "antecedent_time": scale.decode(met["complete"], none),
+            "rule": met["place"],
+        }))
+
     # Files.
 
     def write_tsv(self, rules: PathLike, item_sets: PathLike | None = None) -> None:
@@ -217,6 +392,40 @@ class Mined:
             "antecedent_count": columns["antecedent_count"],
             "consequent_count": columns["consequent_count"],
         }
+
+    def _selected(self, places: Places) -> Mined:
+        return Mined(self._run, self._found, places)
+
+    def _values(self, name: str) -> Any:
+        """A column or a measure of all rules that were found."""
+        own = self._measures()
+        if name in own:
+            return np.asarray(own[name], np.float64)
+        return arrays(self._counts, [name])[name]
+
+    @cached_property
+    def _counts(self) -> Counts:
+        columns = self._rule_columns
+        a, s, u, ordered = (
+            columns[name].astype(np.float64)
+            for name in ("antecedent_count", "consequent_count", "union_count", "count")
+        )
+        n = float(len(self._run.histories))
+        return Counts(n, a, s, u, ordered if self._run.has_times else None)
+
+    def _matching(self, patterns: Sequence[str] | str, role: str) -> Any:
+        return matching(self._names.to_pylist(), patterns, role)
+
+    def _all_in(self, side: str, mask: Any) -> Any:
+        """By rule: whether all items of the side are marked, by rank."""
+        offsets, ranks = self._rule_columns[side]
+        if len(offsets) == 1:
+            return np.ones(0, bool)
+        return np.logical_and.reduceat(mask[ranks], offsets[:-1])
+
+    def _some_sets(self, mark: str) -> Any:
+        marks = self._found.extensions()[mark]
+        return self._run.histories._frame(self._item_set_table.filter(pa.array(marks == 0)))
 
     @cached_property
     def _item_set_table(self) -> pa.Table:
