@@ -36,7 +36,7 @@ Found withBasketRules(const Found& found, Splits splits, const RuleBounds& bound
     return watch.run([&] {
         const ItemSets& sets = *found.itemSets;
         const std::size_t histories = found.index->historyCount();
-        Found derived{found.index, found.itemSets, {}, {}};
+        Found derived{found.index, found.itemSets, {}, {}, {}, {}};
         std::vector<Rank> antecedent;
         std::vector<Rank> subsequent;
         for (ItemSetCursor cursor(sets); cursor.next();) {
@@ -113,14 +113,20 @@ Found withSides(const Found& found, const IndexPointer& all, const Column<std::u
     if (left.size() != found.index->itemCount() || right.size() != found.index->itemCount())
         throw std::invalid_argument("a mask of another length");
     const nb::gil_scoped_release released;
-    const auto isLeft = [&left](Rank item) { return left.data()[at(item)] != 0; };
-    const auto isRight = [&right](Rank item) { return right.data()[at(item)] != 0; };
+    const std::span leftMarks = valuesOf(left);
+    const std::span rightMarks = valuesOf(right);
+    Found derived{found.index,
+                  found.itemSets,
+                  {},
+                  {},
+                  {leftMarks.begin(), leftMarks.end()},
+                  {rightMarks.begin(), rightMarks.end()}};
+    const auto isLeft = [leftMarks](Rank item) { return leftMarks[at(item)] != 0; };
+    const auto isRight = [rightMarks](Rank item) { return rightMarks[at(item)] != 0; };
     SideCounts counts(*found.index, *all);
-    Found derived{found.index, found.itemSets, {}, {}};
     for (std::size_t place = 0; place < found.rules.size(); ++place) {
         Rule rule = found.rules[place];
-        if (!std::all_of(rule.antecedent.begin(), rule.antecedent.end(), isLeft) ||
-            !std::all_of(rule.subsequent.begin(), rule.subsequent.end(), isRight))
+        if (!derived.allows(rule))
             continue;
         rule.antecedentCount = counts.count(rule.antecedent);
         rule.subsequentCount = counts.count(rule.subsequent);

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <functional>
 #include <ostream>
+#include <span>
 #include <streambuf>
 #include <system_error>
 #include <utility>
@@ -14,6 +15,7 @@
 
 namespace binding {
 
+using quarvis::mining::at;
 using quarvis::mining::ItemSetCursor;
 using quarvis::mining::ItemSets;
 using quarvis::mining::MiningOptions;
@@ -41,7 +43,7 @@ void forEachListed(const Found& found, Visit visit) {
 
 Found mine(const IndexPointer& index, const MiningOptions& options, Watch& watch) {
     return watch.run([&] {
-        Found found{index, setsOf(index, options, watch), {}, {}};
+        Found found{index, setsOf(index, options, watch), {}, {}, {}, {}};
         watch.beginStep("rules");
         found.rules = RuleList(findRules(*index, *found.itemSets, options, watch));
         return found;
@@ -49,7 +51,15 @@ Found mine(const IndexPointer& index, const MiningOptions& options, Watch& watch
 }
 
 Found mineItemSets(const IndexPointer& index, const MiningOptions& options, Watch& watch) {
-    return watch.run([&] { return Found{index, setsOf(index, options, watch), {}, {}}; });
+    return watch.run([&] { return Found{index, setsOf(index, options, watch), {}, {}, {}, {}}; });
+}
+
+bool Found::allows(const Rule& rule) const {
+    const auto isMarked = [](std::span<const Rank> side, const std::vector<std::uint8_t>& marks) {
+        return marks.empty() || std::all_of(side.begin(), side.end(),
+                                            [&marks](Rank item) { return marks[at(item)] != 0; });
+    };
+    return isMarked(rule.antecedent, left) && isMarked(rule.subsequent, right);
 }
 
 Columns ruleColumns(const Found& found) {

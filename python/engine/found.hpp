@@ -23,6 +23,13 @@ struct Found {
 
     /// In the order of the item-set file: whether a set is listed; empty when all are.
     std::vector<std::uint8_t> listed;
+
+    /// By rank: whether the item may be on the side of a rule; empty when all may.
+    std::vector<std::uint8_t> left;
+    std::vector<std::uint8_t> right;
+
+    /// Whether the items of a rule may be on their sides.
+    bool allows(const quarvis::mining::Rule& rule) const;
 };
 
 /// Mines the index under the watch. Throws `OutOfBudget` and Python errors.

@@ -14,6 +14,7 @@
 #include "arrays.hpp"
 #include "derived_rules.hpp"
 #include "found.hpp"
+#include "order_test.hpp"
 #include "questions.hpp"
 #include "rows.hpp"
 #include "watch.hpp"
@@ -152,6 +153,9 @@ void addQuestions(nb::module_& module) {
     module.def("match", &match, nb::arg("found"), nb::arg("places"), nb::arg("histories"),
                nb::arg("times"), nb::arg("ranks"), nb::arg("now"), nb::arg("window"),
                "Which rules are met in which histories at a time.");
+    module.def("test_order", &testOrder, nb::arg("found"), nb::arg("options"),
+               nb::arg("permutations"), nb::arg("seed"), nb::arg("threads"), nb::arg("watch"),
+               "How far the counts stand out from those of permuted times.");
     module.def("fisher", &fisher, nb::arg("n"), nb::arg("a"), nb::arg("s"), nb::arg("u"),
                "Tails of hypergeometric distributions.");
 }

@@ -157,5 +157,8 @@ def redundant(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(
 def match(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], times: Annotated[NDArray[numpy.uint64], dict(shape=(None,), order='C', device='cpu', writable=False)], ranks: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], now: int, window: int) -> dict[str, Any]:
     """Which rules are met in which histories at a time."""
 
+def test_order(found: Found, options: Options, permutations: int, seed: int, threads: int, watch: Watch) -> dict[str, Any]:
+    """How far the counts stand out from those of permuted times."""
+
 def fisher(n: float, a: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)], s: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)], u: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> Annotated[NDArray[numpy.float64], dict(shape=(None,))]:
     """Tails of hypergeometric distributions."""

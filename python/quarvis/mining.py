@@ -6,11 +6,12 @@ import math
 import os
 import sys
 import time as clock
-from collections.abc import Callable, Sequence
+from collections.abc import Sequence
 from dataclasses import dataclass
 from typing import Any, Literal
 
 from quarvis import _engine
+from quarvis._progress import Progress, progress_of
 from quarvis._sides import Sides
 from quarvis._times import Window
 from quarvis._warn import warn
@@ -19,7 +20,6 @@ from quarvis.histories import Histories, Missing
 from quarvis.mined import Mined, Run
 
 Splits = Literal["all", "runs"]
-Progress = bool | Callable[[str, int, int], object]
 
 
 @dataclass(frozen=True)
@@ -209,17 +209,10 @@ def _threads(threads: int | None) -> int:
 
 
 def _watch(progress: Progress, budget: Budget | None) -> _engine.Watch:
-    told: Any = None
-    if progress is True:
-        told = _print_progress
-    elif progress is not False:
-        told = progress
     budget = budget or Budget()
-    return _engine.Watch(told, budget.seconds or 0.0, budget.sets or 0, budget.bytes or 0)
-
-
-def _print_progress(step: str, done: int, total: int) -> None:
-    print(f"\r{step}: {done:,} of {total:,}", end="", file=sys.stderr, flush=True)
+    return _engine.Watch(
+        progress_of(progress), budget.seconds or 0.0, budget.sets or 0, budget.bytes or 0
+    )
 
 
 def _exceeded(run: Run, watch: _engine.Watch, budget: Budget) -> BudgetExceeded:

@@ -183,7 +183,8 @@ def test_selection_is_written_with_its_lines(shop, written):
     kept, same = written(some)
     assert same == sets
     assert kept == b"".join(
-        line for line in rules.splitlines(True) if line.startswith((b"Rule\t", b"bread => butter\t"))
+        line for line in rules.splitlines(True)
+        if line.startswith((b"Rule\t", b"bread => butter\t"))
     )
 
 

@@ -1,0 +1,19 @@
+"""What tells how far a run is."""
+
+from __future__ import annotations
+
+import sys
+from collections.abc import Callable
+
+Progress = bool | Callable[[str, int, int], object]
+
+
+def progress_of(progress: Progress) -> Callable[[str, int, int], object] | None:
+    """Give what the engine is to call; True prints to standard error."""
+    if isinstance(progress, bool):
+        return _print_progress if progress else None
+    return progress
+
+
+def _print_progress(step: str, done: int, total: int) -> None:
+    print(f"\r{step}: {done:,} of {total:,}", end="", file=sys.stderr, flush=True)
