@@ -9,6 +9,7 @@
 from importlib.metadata import version as _version
 
 from quarvis import measures
+from quarvis.checking import Finding, Findings, check
 from quarvis.errors import BudgetExceeded, DataError, QuarvisError, QuarvisWarning
 from quarvis.explanation import Explanation
 from quarvis.histories import Histories, from_baskets
@@ -30,10 +31,13 @@ __all__ = [
     "BudgetExceeded",
     "DataError",
     "Explanation",
+    "Finding",
+    "Findings",
     "Histories",
     "Mined",
     "QuarvisError",
     "QuarvisWarning",
+    "check",
     "from_baskets",
     "measures",
     "mine",
