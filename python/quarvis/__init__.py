@@ -8,7 +8,7 @@
 
 from importlib.metadata import version as _version
 
-from quarvis import measures
+from quarvis import measures, plots
 from quarvis.checking import Finding, Findings, check
 from quarvis.errors import BudgetExceeded, DataError, QuarvisError, QuarvisWarning
 from quarvis.explanation import Explanation
@@ -41,6 +41,7 @@ __all__ = [
     "from_baskets",
     "measures",
     "mine",
+    "plots",
     "read",
     "read_arrow",
     "read_csv",

@@ -1,0 +1,177 @@
+"""The commands."""
+
+from __future__ import annotations
+
+import sys
+from pathlib import Path
+from typing import Any
+
+import click
+
+import quarvis
+from quarvis import plots
+from quarvis.cli import frame
+from quarvis.cli.ranking import read_rules, show_rules
+from quarvis.writing import write_table, write_transactions
+
+_INPUT = click.argument("input", type=click.Path(path_type=Path, dir_okay=False))
+_OUTPUT = click.argument("output", type=click.Path(path_type=Path))
+_FORCE = click.option("-f", "--force", is_flag=True, help="Replace files that are there.")
+
+
+@click.group(context_settings={"help_option_names": ["-h", "--help"], "max_content_width": 100})
+@click.version_option(quarvis.__version__, prog_name="quarvis")
+def cli() -> None:
+    """Mine association rules of histories: what newly follows what, within a window of time.
+
+    Inputs are Parquet, Arrow, CSV, TSV and JSON lines, compressed ones too, with the columns named;
+    or, without --items, transaction files of quarvis-rules. Outputs have the format of their
+    ending.
+    """
+
+
+@cli.command()
+@_INPUT
+@_OUTPUT
+@frame.data_options
+@_FORCE
+def prepare(input: Path, output: Path, force: bool, **options: Any) -> None:
+    """Write INPUT as a transaction file of quarvis-rules to OUTPUT."""
+    frame.check_output(output, force)
+    histories = frame.read_input(input, options)
+    unit = write_transactions(histories, output)
+    click.echo(f"{histories.report()}\ntimes of file {unit}", err=True)
+
+
+@cli.command()
+@_INPUT
+@click.pass_context
+def check(context: click.Context, input: Path) -> None:
+    """Tell what quarvis-rules would read in INPUT otherwise than meant; status 1 for anything."""
+    findings = quarvis.check(input)
+    click.echo(findings)
+    context.exit(1 if findings else 0)
+
+
+@cli.command()
+@_INPUT
+@_OUTPUT
+@click.option("--item-sets", type=click.Path(path_type=Path), help="Where the item sets go.")
+@frame.data_options
+@frame.mining_options
+@_FORCE
+def mine(
+    input: Path, output: Path, item_sets: Path | None, force: bool, **options: Any
+) -> None:
+    """Mine INPUT and write the rules to OUTPUT.
+
+    Its ending tells the format: .parquet, .arrow, .csv, .json, .jsonl, or .tsv for that of
+    quarvis-rules.
+    """
+    frame.check_output(output, force)
+    frame.check_output(item_sets, force)
+    mined = frame.run(frame.read_input(input, options), options)
+    frame.write_rules(mined, output)
+    if item_sets is not None:
+        if item_sets.suffix.lower() == ".tsv":
+            mined._write(item_sets, False, None)
+        else:
+            write_table(mined._item_set_table, item_sets)
+    click.echo(mined.summary(), err=True)
+
+
+@cli.command()
+@click.argument("rules", type=click.Path(path_type=Path, dir_okay=False))
+@click.option("--by", default="lift", show_default=True, help="Column to order by.")
+@click.option("-n", "--top", type=click.IntRange(0), default=20, show_default=True,
+              help="How many to show.")
+@click.option("--ascending", is_flag=True, help="Least values first.")
+def rank(rules: Path, by: str, top: int, ascending: bool) -> None:
+    """Show the best rules of a file that `mine` or quarvis-rules wrote."""
+    click.echo(show_rules(read_rules(rules), by, top, ascending), nl=False)
+
+
+@cli.command()
+@_INPUT
+@click.argument("rule")
+@click.option("-w", "--window", help="Length of time such as 30d, or a number.")
+@click.option("-o", "--output", type=click.Path(path_type=Path),
+              help="Where a row for each history goes.")
+@frame.data_options
+@_FORCE
+def explain(
+    input: Path, rule: str, window: str | None, output: Path | None, force: bool, **options: Any
+) -> None:
+    """Tell which histories of INPUT count for RULE, such as "bread => butter" or "{a,b} => c"."""
+    frame.check_output(output, force)
+    sides = _sides(rule)
+    histories = frame.read_input(input, options)
+    nothing: dict[str, Any] = dict.fromkeys(("budget_seconds", "budget_bytes"))
+    mined = frame.run(histories, {
+        **nothing, "window": window, "antecedents": (), "consequents": (), "max_items": 2,
+        "min_count": max(len(histories), 1),
+    })
+    explanation = mined.explain(sides)
+    click.echo(explanation)
+    if output is not None:
+        write_table(explanation.histories, output)
+
+
+@cli.command()
+@_INPUT
+@_OUTPUT
+@click.option("--kind", type=click.Choice(["scatter", "graph", "lags", "item"]), default="scatter",
+              show_default=True, help="What to draw.")
+@click.option("--rule", help="The rule whose lags to draw.")
+@click.option("--item", help="The item whose rules to draw.")
+@frame.data_options
+@frame.mining_options
+@_FORCE
+def plot(
+    input: Path, output: Path, kind: str, rule: str | None, item: str | None, force: bool,
+    **options: Any,
+) -> None:
+    """Mine INPUT and draw the rules to OUTPUT: .svg, .png or .html."""
+    frame.check_output(output, force)
+    if kind == "lags" and rule is None:
+        raise click.UsageError("--kind lags needs --rule")
+    if kind == "item" and item is None:
+        raise click.UsageError("--kind item needs --item")
+    mined = frame.run(frame.read_input(input, options), options)
+    if kind == "lags":
+        chart = plots.lags(mined, _sides(rule or ""))
+    elif kind == "item":
+        chart = plots.rules_of(mined, item or "")
+    else:
+        chart = plots.graph(mined) if kind == "graph" else plots.scatter(mined)
+    plots.save(chart, output)
+
+
+def _sides(rule: str) -> tuple[list[str], list[str]]:
+    """Give the sides of a rule as the tool writes it; braces hold items with commas between."""
+    left, arrow, right = rule.partition(" => ")
+    if not arrow:
+        raise click.UsageError(f"{rule!r} is no rule: write 'bread => butter' or '{{a,b}} => c'")
+
+    def items(side: str) -> list[str]:
+        braced = side.startswith("{") and side.endswith("}")
+        return side[1:-1].split(",") if braced else [side]
+
+    return items(left), items(right)
+
+
+def main() -> None:
+    """Run the command; errors are told in one line, with status 1, or 2 for wrong arguments."""
+    try:
+        with frame.one_line_errors():
+            status = cli.main(standalone_mode=False)
+        sys.exit(status if isinstance(status, int) else 0)
+    except click.Abort:
+        click.echo("Interrupted", err=True)
+        sys.exit(130)
+    except KeyboardInterrupt:
+        click.echo("Interrupted", err=True)
+        sys.exit(130)
+    except click.ClickException as error:
+        error.show()
+        sys.exit(error.exit_code)

@@ -1,0 +1,87 @@
+"""Plots: what they hold, and that they become files."""
+
+import json
+
+import numpy as np
+import pyarrow as pa
+import pytest
+
+import quarvis
+from quarvis import plots
+
+
+@pytest.fixture(scope="module")
+def many():
+    """More than 10,000 rules."""
+    draws = np.random.default_rng(3)
+    rows = 6000
+    table = pa.table({
+        "who": draws.integers(0, 300, rows), "when": draws.integers(0, 40, rows),
+        "what": draws.integers(0, 20, rows),
+    })
+    mined = quarvis.mine(table, entity="who", time="when", items="what", min_count=13)
+    assert len(mined) > 10_000
+    return mined
+
+
+def values(chart):
+    """The rows of each layer."""
+    spec = chart.to_dict()
+    data = [layer.get("data", spec.get("data")) for layer in spec.get("layer", [spec])]
+    return [d["values"] if "values" in d else spec["datasets"][d["name"]] for d in data]
+
+
+def test_scatter_has_a_point_for_each_rule(shop):
+    mined = quarvis.mine(shop, min_count=1)
+    (points,) = values(plots.scatter(mined))
+    assert len(points) == len(mined)
+    rules = {p["rule"] for p in points}
+    assert "bread => butter" in rules
+
+
+def test_scatter_of_many_rules_counts_them_in_squares(many):
+    squares, points = values(plots.scatter(many))
+    assert sum(s["rules"] for s in squares) == len(many)
+    assert len(squares) <= 1600
+    assert len(points) == 1000
+
+
+def test_graph_shows_the_best_rules(many):
+    lines = values(plots.graph(many, rules=10))[0]
+    best = many.top(10, by="lift").to_arrow().to_pylist()
+    pairs = {f"{a} => {s}" for r in best for a in r["antecedents"] for s in r["consequents"]}
+    assert {line["rule"] for line in lines} == pairs
+
+
+def test_lags_count_the_histories(shop):
+    mined = quarvis.mine(shop, min_count=2)
+    (bars,) = values(plots.lags(mined, ("bread", "butter")))
+    assert sum(bar["histories"] for bar in bars) == 3  # after 2, 2 and 8 days
+    assert plots.lags(mined, ("bread", "butter")).to_dict()["title"] == "bread => butter"
+
+
+def test_rules_of_an_item(shop):
+    (bars,) = values(plots.rules_of(quarvis.mine(shop, min_count=1), "jam"))
+    assert bars
+    assert all("jam" in bar["rule"] for bar in bars)
+    with pytest.raises(quarvis.DataError):
+        plots.rules_of(quarvis.mine(shop, min_count=1), "tea")
+
+
+@pytest.mark.parametrize("kind", ["scatter", "graph", "rules_of"])
+@pytest.mark.parametrize(
+    ("ending", "begin"), [("svg", b"<svg"), ("png", b"\x89PNG"), ("html", b"<!DOCTYPE html>")]
+)
+def test_files(kind, ending, begin, many, tmp_path):
+    path = tmp_path / f"plot.{ending}"
+    chart = plots.rules_of(many, "3") if kind == "rules_of" else getattr(plots, kind)(many)
+    plots.save(chart, path)
+    content = path.read_bytes()
+    assert content.lstrip().startswith(begin)
+    assert b"cdn.jsdelivr" not in content[:2000]
+    json.dumps(chart.to_dict())
+
+
+def test_unknown_ending(shop, tmp_path):
+    with pytest.raises(quarvis.DataError, match=r"is none of \.svg, \.png, \.html"):
+        plots.save(plots.scatter(quarvis.mine(shop, min_count=2)), tmp_path / "plot.gif")
