@@ -66,8 +66,10 @@ class Sides:
 def _find(
     run: Run, index: _engine.Index, thresholds: tuple[float, float, float], watch: _engine.Watch
 ) -> _engine.Found:
-    """Mine the index, or make the rules of its item sets when there are no times."""
+    """Mine the index, or make the rules of its item sets if there are no times."""
     confidence, lift, conviction = thresholds
+    if not run.wants_rules:
+        return _engine.mine_item_sets(index, run.options, watch)
     if run.histories._columns.scale.type is None:
         found = _engine.mine_item_sets(index, run.options, watch)
         return found.with_basket_rules(run.options.splits, confidence, lift, conviction, watch)

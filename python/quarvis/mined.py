@@ -37,6 +37,7 @@ class Run:
     window: Window
     splits: str
     thresholds: tuple[float, float, float]
+    wants_rules: bool = True
 
     @property
     def has_times(self) -> bool:

@@ -57,6 +57,7 @@ def mine(
     splits: Splits = "all",
     antecedents: Sequence[str] | str | None = None,
     consequents: Sequence[str] | str | None = None,
+    rules: bool = True,
     threads: int | None = None,
     progress: Progress = False,
     budget: Budget | None = None,
@@ -94,6 +95,8 @@ def mine(
         Names of items, or patterns of them ("BAG *", "??-inch"): every item of that side of a rule
         must match one. What cannot be part of such a rule is not searched; the item sets are then
         those alone that have an item for either side.
+    rules : bool
+        False finds the item sets alone.
     threads : int, optional
         Threads that share the run; by default one for each core that this process may use. The
         result does not depend on it.
@@ -136,7 +139,7 @@ def mine(
         )
     thresholds = (min_confidence, min_lift, max_conviction)
     sides = Sides(antecedents, consequents)
-    run = Run(histories, options, window, splits, thresholds)
+    run = Run(histories, options, window, splits, thresholds, rules)
     watch = _watch(progress, budget)
     try:
         return sides.mine(run, watch)

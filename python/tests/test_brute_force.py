@@ -151,3 +151,15 @@ def test_example_by_hand(shop, written):
 )
 def test_thresholds(shop, thresholds, rules):
     assert len(quarvis.mine(shop, min_count=2, window=2, **thresholds)) == rules
+
+
+@pytest.mark.parametrize("timed", [True, False])
+def test_item_sets_alone(shop, timed):
+    data = shop if timed else quarvis.from_baskets([("a", "b"), ("a",), ("a", "b", "c")])
+    both = quarvis.mine(data, min_count=1)
+    sets = quarvis.mine(data, min_count=1, rules=False)
+    assert len(both) > 0
+    assert len(sets) == 0
+    assert sets.rules.num_rows == 0
+    assert sets.item_sets.equals(both.item_sets)
+    assert sets.closed().equals(both.closed())
