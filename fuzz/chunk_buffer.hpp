@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 #include <utility>
@@ -10,15 +11,18 @@
 namespace fuzz {
 
 /// A stream buffer that holds few characters at a time, each time in memory of their own, so that
-/// the address sanitizer sees who reads before or behind them.
+/// the address sanitizer sees who reads before or behind them. It may fail where its text ends, by
+/// an exception, as a buffer does whose device is broken.
 class ChunkBuffer : public std::streambuf {
   public:
-    ChunkBuffer(std::string text, std::size_t chunkSize)
-        : m_text(std::move(text)), m_chunkSize(chunkSize) {}
+    ChunkBuffer(std::string text, std::size_t chunkSize, bool fails = false)
+        : m_text(std::move(text)), m_chunkSize(chunkSize), m_fails(fails) {}
 
   protected:
     int_type underflow() override {
         const std::size_t size = std::min(m_chunkSize, m_text.size() - m_next);
+        if (size == 0 && m_fails)
+            throw std::runtime_error("the device is broken");
         if (size == 0)
             return traits_type::eof();
         m_chunk = std::make_unique<char[]>(size);
@@ -31,6 +35,7 @@ class ChunkBuffer : public std::streambuf {
   private:
     std::string m_text;
     std::size_t m_chunkSize;
+    bool m_fails;
     std::size_t m_next = 0;
     std::unique_ptr<char[]> m_chunk;
 };

@@ -28,12 +28,13 @@ using quarvis::mining::Result;
 using quarvis::mining::TimeWidth;
 
 constexpr std::size_t MOST_HISTORIES = 300;
-constexpr std::size_t MOST_ROWS = 1000;
+constexpr std::size_t MOST_ROWS = 500;
 
 /// Few items make sets of any size, many make sets of three at most that are in some histories:
 /// more are merely expensive, and so are more rows.
 constexpr std::size_t FEW_ITEMS = 6;
 constexpr std::size_t MANY_ITEMS = 24;
+constexpr std::size_t HUNDREDS_OF_ITEMS = 240;
 constexpr std::uint32_t MOST_OF_MANY = 3;
 constexpr std::uint32_t LEAST_COUNT_OF_MANY = 3;
 
@@ -88,6 +89,7 @@ Case caseOf(Input& input, TimeWidth& timeWidth) {
                                    : timeWidth == TimeWidth::BITS_32 ? 0x00f00000
                                                                      : 0x00f0000000000001;
     const bool isMany = kind / 4 % 2 != 0;
+    const std::size_t many = kind / 32 % 2 == 0 ? MANY_ITEMS : HUNDREDS_OF_ITEMS;
     MiningOptions& options = made.options;
     made.minCountOfIndex = input.byte() % 8;
     options.minCount = made.minCountOfIndex + input.byte() % 8;
@@ -100,7 +102,7 @@ Case caseOf(Input& input, TimeWidth& timeWidth) {
     options.splits =
         kind / 8 % 2 == 0 ? quarvis::mining::Splits::RUNS : quarvis::mining::Splits::ALL;
     options.thresholds.minConfidence = kind / 16 % 2 == 0 ? 0 : 0.5;
-    made.rows = rowsOf(input, isMany ? MANY_ITEMS : FEW_ITEMS, timeUnit, made.histories);
+    made.rows = rowsOf(input, isMany ? many : FEW_ITEMS, timeUnit, made.histories);
     return made;
 }
 
@@ -143,6 +145,11 @@ std::vector<HistoryIndex> shardsOf(const HistoryIndex& index, std::size_t number
     return shards;
 }
 
+/// To start threads costs more than most runs, so few doors have some.
+bool hasThreads(std::uint8_t door) {
+    return door >= 240;
+}
+
 /// What is found through a door.
 class Doors {
   public:
@@ -156,11 +163,15 @@ class Doors {
         switch (door % 5) {
             case 0:
                 return mine(m_index, options, observer);
-            case 1:
-                options.threads = 3;
-                return mine(m_index, options, observer);
+            case 1: {
+                options.threads = hasThreads(door) ? 3 : 1;
+                Result result;
+                result.itemSets = findItemSets(m_index, options, observer);
+                result.rules = findRules(m_index, result.itemSets, options, observer);
+                return result;
+            }
             case 2:
-                options.threads = 1 + door / 64 % 2;
+                options.threads = hasThreads(door) ? 2 : 1;
                 return mineShards(shardsOf(m_index, shards), options, observer);
             case 3: {
                 std::vector<HistoryIndex> read;
@@ -197,6 +208,8 @@ void fuzzEngine(Bytes bytes) {
     const std::uint8_t second = input.byte();
     TimeWidth timeWidth = TimeWidth::BITS_32;
     const Case of = caseOf(input, timeWidth);
+    if (first == second)
+        return;
     const Doors doors(of, timeWidth);
     const std::string difference =
         support::differenceOf(doors.through(first), doors.through(second));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -21,6 +22,14 @@ class Input {
         const std::uint8_t first = m_rest.front();
         m_rest = m_rest.subspan(1);
         return first;
+    }
+
+    /// As many characters as the next byte says, `most` at most.
+    std::string text(std::size_t most) {
+        std::string text(byte() % (most + 1), '\0');
+        for (char& c : text)
+            c = static_cast<char>(byte());
+        return text;
     }
 
     std::string rest() {

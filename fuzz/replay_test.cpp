@@ -46,7 +46,12 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Target{"arguments", fuzzArguments}, Target{"values", fuzzValues},
                     Target{"delimited_text", fuzzDelimitedText},
                     Target{"rule_files", fuzzRuleFiles}, Target{"whole_run", fuzzWholeRun},
-                    Target{"index_bytes", fuzzIndexBytes}, Target{"engine", fuzzEngine}),
+                    Target{"index_bytes", fuzzIndexBytes}, Target{"engine", fuzzEngine},
+                    Target{"transactions", fuzzTransactions}, Target{"devices", fuzzDevices},
+                    Target{"binary_streams", fuzzBinaryStreams},
+                    Target{"text_writers", fuzzTextWriters},
+                    Target{"hash_containers", fuzzHashContainers}, Target{"memory", fuzzMemory},
+                    Target{"string_helpers", fuzzStringHelpers}, Target{"tool_run", fuzzToolRun}),
     [](const auto& target) { return std::string(target.param.name); });
 
 }  // namespace

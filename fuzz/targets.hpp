@@ -30,6 +30,34 @@ void fuzzDelimitedText(Bytes bytes);
 /// `RuleSet` written, read and written again; and read from any bytes.
 void fuzzRuleFiles(Bytes bytes);
 
+/// `TransactionSet::readInto` of streams of all kinds and of files, against a reading character by
+/// character: histories, error and state of the stream.
+void fuzzTransactions(Bytes bytes);
+
+/// Devices over files, memory, strings and streams against a string with a position.
+void fuzzDevices(Bytes bytes);
+
+/// `BinaryWriter` and `BinaryReader` against bytes that are put together and taken apart one by
+/// one.
+void fuzzBinaryStreams(Bytes bytes);
+
+/// `TextWriter` on sinks of all kinds against a string: text, what each call gives, rows, columns.
+void fuzzTextWriters(Bytes bytes);
+
+/// `LinkedHashMap` against a vector of pairs.
+void fuzzHashContainers(Bytes bytes);
+
+/// `Pointer` and `Array` against the shared pointers of the standard library, and the registry of
+/// memory against counts.
+void fuzzMemory(Bytes bytes);
+
+/// The helpers for strings, classes of characters, quotes and escapes against plain ones.
+void fuzzStringHelpers(Bytes bytes);
+
+/// `configure`, then the run that it asks for, against the plain miner of the tests: settings,
+/// both files and all messages.
+void fuzzToolRun(Bytes bytes);
+
 /// `quarvis::rule::mine` against the plain miner of the tests: results and messages.
 void fuzzWholeRun(Bytes bytes);
 
