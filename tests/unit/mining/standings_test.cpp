@@ -298,6 +298,30 @@ TEST(Standings, OfLongHistoriesAreThoseOfTheDefinition) {
         expectNaive(oracle::randomTable(shape, seed), 1 + seed, seed);
 }
 
+/// An item that occurs again and again stays recent, at the moments of 70 others.
+TEST(Standings, OfAnItemThatOccursAgainInALongHistoryAreThoseOfTheDefinition) {
+    Table table;
+    table.histories.resize(1);
+    for (std::size_t item = 0; item < 70; ++item) {
+        table.histories[0][2 * item] = {"again"};
+        table.histories[0][2 * item + 1] = {"i" + std::to_string(100 + item)};
+    }
+    for (const std::uint64_t window : {0U, 1U, 2U, 3U, 50U})
+        expectNaive(table, window, 0);
+}
+
+/// The items of a history are put into order in one way where they are few and in another where
+/// they are many.
+TEST(Standings, OfHistoriesOfAnyNumberOfItemsAreThoseOfTheDefinition) {
+    for (std::size_t items = 2; items < 70; ++items) {
+        Table table;
+        table.histories.resize(1);
+        for (std::size_t item = 0; item < items; ++item)
+            table.histories[0][items - item / 2].insert("i" + std::to_string(100 + item));
+        expectNaive(table, 0, items);
+    }
+}
+
 /// More than the 2,048 histories after which alike ones are no more looked for.
 TEST(Standings, OfManyHistoriesThatDifferAreThoseOfTheDefinition) {
     Table table;

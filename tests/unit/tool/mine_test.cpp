@@ -25,6 +25,7 @@ using support::mined;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 constexpr double INF = std::numeric_limits<double>::infinity();
 
@@ -248,6 +249,24 @@ TEST(MineMeasures, OfFourHistories) {
               outcome.rules[0]);
 }
 
+/// n(a) = 4, n(s) = 5, and 3 of 8 histories have both: confidence 3/4, lift 8 * 3 / (4 * 5),
+/// conviction (1 - 5/8) / (1 - 3/4), probability 3/5, certainty 3 / (5 - 3).
+TEST(MineMeasures, OfSidesThatAreNotEquallyFrequent) {
+    const Outcome outcome = mined(
+        settingsOf(1), tableOf({"1:a 2:s", "1:a 2:s", "1:a,s", "1:a", "1:s", "1:s", "1:x", "1:x"}));
+    ASSERT_THAT(outcome.rules, testing::SizeIs(1));
+    EXPECT_EQ((Outcome::Rule{.text = "a => s",
+                             .count = 2,
+                             .icount = 3,
+                             .support = 0.25,
+                             .confidence = 0.75,
+                             .lift = 1.2,
+                             .conviction = 1.5,
+                             .probability = 0.6,
+                             .certainty = 1.5}),
+              outcome.rules[0]);
+}
+
 /// a => s fires in 2 of 8 histories: support 0.25, confidence 0.75, lift 1.5, conviction 2.
 Table thresholdTable() {
     return tableOf({"1:a 2:s", "1:a 2:s", "1:a,s", "1:a", "1:s", "1:x", "1:x", "1:x"});
@@ -275,6 +294,17 @@ TEST(MineThresholds, AreInclusive) {
             << row.threshold;
         row.set(settings, row.exclusive);
         EXPECT_THAT(mined(settings, thresholdTable()).ruleTexts(), IsEmpty()) << row.threshold;
+    }
+}
+
+TEST(MineThresholds, NoRulePassesOneThatIsNoNumber) {
+    const Table table = tableOf({"1:a 2:b", "1:a 2:b", "1:a 2:c"});
+    ASSERT_THAT(mined(settingsOf(1), table).ruleTexts(), Not(IsEmpty()));
+    for (double Settings::*const threshold : {&Settings::minSupport, &Settings::minConfidence,
+                                              &Settings::minLift, &Settings::maxConviction}) {
+        Settings settings = settingsOf(1);
+        settings.*threshold = std::numeric_limits<double>::quiet_NaN();
+        EXPECT_THAT(mined(settings, table).ruleTexts(), IsEmpty());
     }
 }
 
