@@ -198,6 +198,15 @@ struct WindowRow {
     std::vector<std::string> rules;
 };
 
+/// In two histories the antecedent comes at once, so that only the last rule of its items is met.
+TEST(MineWindows, ARuleCountsWhereNoneOfItsAntecedentAloneDoes) {
+    const Outcome outcome =
+        mined(settingsOf(1, 3, 10), tableOf({"1:a,b,c 2:d", "1:a,b,c 2:d", "1:a 2:b 3:c 4:d"}));
+    EXPECT_THAT(outcome.rules, testing::Contains(testing::AllOf(
+                                   testing::Field(&Outcome::Rule::text, "{a,b,c} => d"),
+                                   testing::Field(&Outcome::Rule::count, 3U))));
+}
+
 TEST(MineWindows, Table) {
     const WindowRow rows[] = {
         {"1:a 2:b", 0, {"a => b"}},
