@@ -142,6 +142,18 @@ void expectColumnsOf(const oracle::Table& table, std::uint64_t window, std::uint
     }
 }
 
+TEST(MomentColumns, AColumnTellsWhereAWordStands) {
+    const std::uint32_t words[] = {2, 5, 9};
+    const MomentColumns::Column column{words, nullptr, nullptr, 3};
+    EXPECT_EQ(0U, column.find(2));
+    EXPECT_EQ(1U, column.find(5));
+    EXPECT_EQ(2U, column.find(9));
+    for (const std::uint32_t other : {0U, 1U, 3U, 4U, 8U, 10U})
+        EXPECT_EQ(3U, column.find(other)) << other;
+    const MomentColumns::Column dense{nullptr, nullptr, nullptr, 3};
+    EXPECT_EQ(2U, dense.find(2));
+}
+
 TEST(MomentColumns, HoldTheMasksOfEachItemThatWasAskedFor) {
     Seen seen;
     for (std::uint64_t seed = 0; seed < (ADDRESS_SANITIZED ? 110U : 660U); ++seed) {
