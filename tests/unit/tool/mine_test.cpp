@@ -1,5 +1,6 @@
 #include "mine.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
@@ -9,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "oracle/mine.hpp"
 #include "oracle/outcome.hpp"
 #include "oracle/settings.hpp"
 #include "oracle/table.hpp"
@@ -330,6 +332,38 @@ TEST(MineThresholds, OnlyTheRulesThatPassAreCountedInTheMessage) {
     const Outcome outcome = mined(settings, tableOf({"1:a 2:b", "1:a 2:b", "1:a,b 2:c"}));
     EXPECT_THAT(outcome.ruleTexts(), ElementsAre("a => b"));
     EXPECT_THAT(outcome.messages, HasSubstr("\t ... have 1 rules.\n"));
+}
+
+/// Of a thousand items and more, five ranks fill the number by which rules are sorted first. The
+/// rules of the last six items differ behind that.
+TEST(MineRuleOrder, HoldsForRulesThatAgreeInManyItems) {
+    Table table = tableOf({"1:z1,z2 2:z3,z4,z5,z6", "1:z1,z2 2:z3,z4,z5,z6"});
+    for (int item = 0; item < 1100; ++item)
+        for (int history = 0; history < 2; ++history)
+            table.histories.push_back({{1, {"i" + std::to_string(item)}}});
+    const Settings settings = settingsOf(2, 5);
+    EXPECT_EQ(oracle::mine(settings, table).ruleTexts(), mined(settings, table).ruleTexts());
+}
+
+/// An item in few of the histories of a first one, which have 39 moments each: its moments are
+/// kept as a list of the words in which it has any, not as all words.
+TEST(MineWindows, ItemsInFewOfManyLongHistoriesAreCountedAsByThePlainMiner) {
+    Table table;
+    for (std::size_t history = 0; history < 60; ++history) {
+        oracle::History& transactions = table.histories.emplace_back();
+        for (std::size_t round = 0; round < 40; ++round) {
+            transactions[10 * round] = {"a", "b"};
+            transactions[10 * round + 1] = {"c"};
+        }
+        const std::string number = std::to_string(100 + history / 3);
+        transactions[10 * (history % 40) + 2] = {"p" + number};
+        transactions[10 * (history % 40) + 3] = {"q" + number};
+        transactions[10 * (history * 7 % 40) + 4] = {"r" + number, "a"};
+    }
+    for (const std::uint32_t window : {2U, 3U, 12U}) {
+        const Settings settings = settingsOf(3, 3, window);
+        EXPECT_EQ(oracle::mine(settings, table), mined(settings, table)) << window;
+    }
 }
 
 TEST(MiningResult, IsEmptyBeforeMining) {
