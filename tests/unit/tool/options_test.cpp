@@ -189,6 +189,7 @@ TEST(Configure, PositionalArgumentsNameTheFiles) {
 
 TEST(ConfigureDeathTest, HelpEndsWithSuccess) {
     EXPECT_EXIT(configured({"--help"}), ExitedWithCode(0), Eq(usageOf("tool")));
+    EXPECT_EXIT(configured({"--help", "-c", "3"}), ExitedWithCode(0), Eq(usageOf("tool")));
     EXPECT_EXIT(configured({"-?"}), ExitedWithCode(0), Eq(usageOf("tool")));
 }
 
