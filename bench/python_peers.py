@@ -16,10 +16,12 @@ import argparse
 import importlib.metadata
 import json
 import os
+import pickle
 import platform
 import statistics
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 import warnings
@@ -82,7 +84,7 @@ def prepare(library: str, baskets: list[tuple[str, ...]], least: int) -> Callabl
         from efficient_apriori import itemsets_from_transactions
 
         def levels() -> list[int]:
-            found, _ = itemsets_from_transactions(baskets, support)
+            found, _ = itemsets_from_transactions(baskets, support, max_length=10**6)
             return [count for level in found.values() for count in level.values()]
 
         return levels
@@ -107,7 +109,11 @@ def resident() -> int:
 def run_one(library: str, source: str, least: int, runs: int) -> None:
     """Mine in this process and print what was measured."""
     warnings.simplefilter("ignore")
-    mine = prepare(library, baskets_of(source), least)
+    # What loads at the first use is no memory of the work.
+    prepare(library, [("a", "b"), ("a",)] * 3, 2)()
+    # Unpickled, they leave no freed memory behind that a library would work in unseen.
+    with open(source, "rb") as file:
+        mine = prepare(library, pickle.load(file), least)
     seconds: list[float] = []
     before = resident()
     peak = before
@@ -133,9 +139,9 @@ def run_one(library: str, source: str, least: int, runs: int) -> None:
     }))
 
 
-def compare(source: str, least: int, runs: int) -> bool:
-    """Run every library on the baskets; whether quarvis loses to none."""
-    print(f"\n{os.path.basename(source)}, sets in {least} baskets or more\n")
+def compare(name: str, source: str, least: int, runs: int) -> bool:
+    """Run every library on the baskets of a file; whether quarvis loses to none."""
+    print(f"\n{name}, sets in {least} baskets or more\n")
     print(f"{'library':<20}{'seconds':>10}{'MB':>10}{'sets':>12}")
     ours: dict[str, Any] = {}
     best = True
@@ -179,8 +185,15 @@ def main() -> None:
     cases = [(str(arguments.n), share) for share in (0.02, 0.005)]
     cases += [(file, share) for file in arguments.file for share in (0.05, 0.03)]
     best = True
-    for source, share in cases:
-        best = compare(source, max(round(len(baskets_of(source)) * share), 2), arguments.r) and best
+    with tempfile.TemporaryDirectory() as folder:
+        for source, share in cases:
+            baskets = baskets_of(source)
+            path = os.path.join(folder, "baskets")
+            with open(path, "wb") as file:
+                pickle.dump(baskets, file)
+            name = "generated" if source.isdecimal() else os.path.basename(source)
+            name = f"{name}, {len(baskets):,} baskets"
+            best = compare(name, path, max(round(len(baskets) * share), 2), arguments.r) and best
     print(f"\nquarvis is {'never' if best else 'sometimes'} slower or larger")
 
 

@@ -57,6 +57,9 @@ def encode(column: pa.ChunkedArray) -> Codes:
     """Number the values of a column without missing ones."""
     if len(column) == 0:
         return Codes(np.empty(0, np.uint32), pa.array([], column.type))
+    if column.num_chunks == 1:
+        one = column.chunk(0).dictionary_encode()
+        return Codes(one.indices.to_numpy().view(np.uint32), one.dictionary)
     encoded = column.dictionary_encode().unify_dictionaries()
     codes = [chunk.indices.to_numpy(zero_copy_only=False) for chunk in encoded.chunks]
     return Codes(np.concatenate(codes).astype(np.uint32, copy=False), encoded.chunk(0).dictionary)

@@ -116,12 +116,10 @@ def several_columns(table: pa.Table, columns: Sequence[str]) -> ItemRows:
 
 def _one_list_array(column: pa.ChunkedArray) -> pa.Array:
     kind = column.type
-    if not (pa.types.is_list(kind) or pa.types.is_large_list(kind)):
-        column = column.cast(pa.large_list(kind.value_type))
-    elif pa.types.is_list(kind):
-        # Chunks put together may have more values than offsets of 32 bits count.
-        column = column.cast(pa.large_list(kind.value_type))
-    combined = column.combine_chunks()
+    if column.num_chunks == 1 and (pa.types.is_list(kind) or pa.types.is_large_list(kind)):
+        return column.chunk(0)
+    # Chunks put together may have more values than offsets of 32 bits count.
+    combined = column.cast(pa.large_list(kind.value_type)).combine_chunks()
     return combined if isinstance(combined, pa.Array) else pa.concat_arrays(combined.chunks)
 
 
