@@ -92,7 +92,7 @@ def mine(
         Which rules are proposed of a set: every way to cut it in two, or what the command-line tool
         proposes, whose antecedents are runs of neighbours among the sorted items.
     antecedents, consequents : str or sequence of str, optional
-        Names of items, or patterns of them ("BAG *", "??-inch"): every item of that side of a rule
+        Names of items, or patterns of them (``"BAG *"``): every item of that side of a rule
         must match one. What cannot be part of such a rule is not searched; the item sets are then
         those alone that have an item for either side.
     rules : bool
