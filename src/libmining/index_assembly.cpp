@@ -15,12 +15,24 @@ namespace {
 
 constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
 
+/// What a row of a history costs to count, to sort and to copy, in units of work.
+constexpr std::uint64_t ROW_COST = 10;
+
+/// Tells of the work on a history.
+template <class Time>
+void tell(Work* work, const RowsByHistory<Time>& rows, std::size_t history) {
+    if (work != nullptr)
+        work->add(ROW_COST * (rows.end(history) - rows.begin(history) + 1));
+}
+
 /// The number of histories that each item is in, by code.
 template <class Time>
-std::vector<std::uint32_t> countHistories(const RowsByHistory<Time>& rows, std::size_t items) {
+std::vector<std::uint32_t> countHistories(const RowsByHistory<Time>& rows, std::size_t items,
+                                          Work* work) {
     std::vector<std::uint32_t> counts(items);
     std::vector<std::uint32_t> last(items, NONE);  // the history that was counted last
-    for (std::size_t history = 0; history < rows.historyCount(); ++history)
+    for (std::size_t history = 0; history < rows.historyCount(); ++history) {
+        tell(work, rows, history);
         for (std::size_t row = rows.begin(history); row < rows.end(history); ++row) {
             const Code item = rows.item(row);
             if (item == NO_ITEM || last[at(item)] == history)
@@ -28,6 +40,7 @@ std::vector<std::uint32_t> countHistories(const RowsByHistory<Time>& rows, std::
             last[at(item)] = static_cast<std::uint32_t>(history);
             ++counts[at(item)];
         }
+    }
     return counts;
 }
 
@@ -136,12 +149,14 @@ std::vector<std::uint64_t>& timesOf(IndexParts& index, std::uint64_t) {
 /// history. The index gets the numbers of transactions.
 template <class Time>
 std::vector<std::uint32_t> sortRows(RowsByHistory<Time>& rows,
-                                    const std::vector<std::uint32_t>& ranks, IndexParts index) {
+                                    const std::vector<std::uint32_t>& ranks, IndexParts index,
+                                    Work* work) {
     std::vector<std::uint32_t> kept(rows.historyCount());
     index.historyBegin.reserve(rows.historyCount() + 1);
     std::uint32_t transactions = 0;
     std::vector<Key<Time>> keys;
     for (std::size_t history = 0; history < rows.historyCount(); ++history) {
+        tell(work, rows, history);
         keys.clear();
         // Rows stand in reverse; in their own order they are mostly sorted by time.
         for (std::size_t row = rows.end(history); row-- > rows.begin(history);) {
@@ -172,12 +187,13 @@ std::vector<std::uint32_t> sortRows(RowsByHistory<Time>& rows,
 /// Fills the arrays of the transactions, with no room to spare.
 template <class Time>
 void fillTransactions(const RowsByHistory<Time>& rows, const std::vector<std::uint32_t>& kept,
-                      IndexParts index) {
+                      IndexParts index, Work* work) {
     std::vector<Time>& times = timesOf(index, Time());
     times.reserve(index.historyBegin.back());
     index.itemBegin.reserve(index.historyBegin.back() + std::size_t{1});
     index.items.reserve(std::accumulate(kept.begin(), kept.end(), std::size_t{0}));
-    for (std::size_t history = 0; history < rows.historyCount(); ++history)
+    for (std::size_t history = 0; history < rows.historyCount(); ++history) {
+        tell(work, rows, history);
         for (std::size_t row = rows.begin(history); row < rows.begin(history) + kept[history];
              ++row) {
             if (row == rows.begin(history) || rows.time(row) != times.back()) {
@@ -187,6 +203,7 @@ void fillTransactions(const RowsByHistory<Time>& rows, const std::vector<std::ui
             }
             index.items.push_back(Rank{static_cast<std::uint32_t>(at(rows.item(row)))});
         }
+    }
     if (!index.items.empty())
         index.itemBegin.push_back(static_cast<std::uint32_t>(index.items.size()));
     assert(index.itemBegin.size() == times.size() + 1);
@@ -196,19 +213,21 @@ void fillTransactions(const RowsByHistory<Time>& rows, const std::vector<std::ui
 
 template <class Time>
 HistoryIndex assembleIndex(RowsByHistory<Time> rows, const Dictionary& names,
-                           std::uint32_t minCount) {
+                           std::uint32_t minCount, Work* work) {
     HistoryIndex made;
     IndexParts index(made);
     index.timeWidth = TimeWidth{sizeof(Time)};
     index.minCount = minCount;
     const std::vector<std::uint32_t> ranks =
-        rankItems(countHistories(rows, names.size()), names, index);
-    const std::vector<std::uint32_t> kept = sortRows(rows, ranks, index);
-    fillTransactions(rows, kept, index);
+        rankItems(countHistories(rows, names.size(), work), names, index);
+    const std::vector<std::uint32_t> kept = sortRows(rows, ranks, index, work);
+    fillTransactions(rows, kept, index, work);
     return made;
 }
 
-template HistoryIndex assembleIndex(RowsByHistory<std::uint32_t>, const Dictionary&, std::uint32_t);
-template HistoryIndex assembleIndex(RowsByHistory<std::uint64_t>, const Dictionary&, std::uint32_t);
+template HistoryIndex assembleIndex(RowsByHistory<std::uint32_t>, const Dictionary&, std::uint32_t,
+                                    Work*);
+template HistoryIndex assembleIndex(RowsByHistory<std::uint64_t>, const Dictionary&, std::uint32_t,
+                                    Work*);
 
 }  // namespace quarvis::mining

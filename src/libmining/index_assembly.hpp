@@ -10,6 +10,8 @@
 #include <quarvis/mining/dictionary.hpp>
 #include <quarvis/mining/history_index.hpp>
 
+#include "run_control.hpp"
+
 namespace quarvis::mining {
 
 /// Rows by history, made by a counting sort: in a first walk over all rows each is announced, in a
@@ -68,14 +70,15 @@ class RowsByHistory {
 };
 
 /// The index of the rows: keeps the items of `names` that are in `minCount` histories or more,
-/// ranks them by name, and sorts each history by time and rank, without repetitions.
+/// ranks them by name, and sorts each history by time and rank, without repetitions. Work is told
+/// history by history; null when there is nobody to tell.
 template <class Time>
 HistoryIndex assembleIndex(RowsByHistory<Time> rows, const Dictionary& names,
-                           std::uint32_t minCount);
+                           std::uint32_t minCount, Work* work = nullptr);
 
 extern template HistoryIndex assembleIndex(RowsByHistory<std::uint32_t>, const Dictionary&,
-                                           std::uint32_t);
+                                           std::uint32_t, Work*);
 extern template HistoryIndex assembleIndex(RowsByHistory<std::uint64_t>, const Dictionary&,
-                                           std::uint32_t);
+                                           std::uint32_t, Work*);
 
 }  // namespace quarvis::mining

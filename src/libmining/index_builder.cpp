@@ -6,6 +6,7 @@
 
 #include "index_assembly.hpp"
 #include "name_hash.hpp"
+#include "run_control.hpp"
 
 namespace quarvis::mining {
 
@@ -123,11 +124,16 @@ namespace {
 template <class Time>
 HistoryIndex indexOf(std::span<const std::uint32_t> entities, std::span<const Time> times,
                      std::span<const std::uint32_t> items, std::size_t historyCount,
-                     const Dictionary& names, std::uint32_t minCount) {
+                     const Dictionary& names, std::uint32_t minCount, const Observer& observer) {
     if (times.size() != entities.size() || items.size() != entities.size())
         throw std::invalid_argument("columns of different lengths");
+    constexpr std::uint64_t rowCost = 2;
+    Meter meter{Budget()};
+    Step step(observer, meter);
+    Work work(step);
     RowsByHistory<Time> rows(historyCount);
     for (std::size_t row = 0; row < entities.size(); ++row) {
+        work.add(rowCost);
         if (entities[row] >= historyCount)
             throw std::invalid_argument("an entity that is out of range");
         if (items[row] >= names.size() && Code{items[row]} != NO_ITEM)
@@ -135,9 +141,11 @@ HistoryIndex indexOf(std::span<const std::uint32_t> entities, std::span<const Ti
         rows.announce(entities[row]);
     }
     rows.makeRoom();
-    for (std::size_t row = 0; row < entities.size(); ++row)
+    for (std::size_t row = 0; row < entities.size(); ++row) {
+        work.add(rowCost);
         rows.put(entities[row], times[row], Code{items[row]});
-    return assembleIndex(std::move(rows), names, minCount);
+    }
+    return assembleIndex(std::move(rows), names, minCount, &work);
 }
 
 }  // namespace
@@ -145,15 +153,17 @@ HistoryIndex indexOf(std::span<const std::uint32_t> entities, std::span<const Ti
 HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           std::span<const std::uint32_t> times,
                           std::span<const std::uint32_t> items, std::size_t historyCount,
-                          const Dictionary& names, std::uint32_t minCount) {
-    return indexOf(entities, times, items, historyCount, names, minCount);
+                          const Dictionary& names, std::uint32_t minCount,
+                          const Observer& observer) {
+    return indexOf(entities, times, items, historyCount, names, minCount, observer);
 }
 
 HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           std::span<const std::uint64_t> times,
                           std::span<const std::uint32_t> items, std::size_t historyCount,
-                          const Dictionary& names, std::uint32_t minCount) {
-    return indexOf(entities, times, items, historyCount, names, minCount);
+                          const Dictionary& names, std::uint32_t minCount,
+                          const Observer& observer) {
+    return indexOf(entities, times, items, historyCount, names, minCount, observer);
 }
 
 }  // namespace quarvis::mining

@@ -8,6 +8,7 @@
 
 #include <quarvis/mining/dictionary.hpp>
 #include <quarvis/mining/history_index.hpp>
+#include <quarvis/mining/observer.hpp>
 
 #pragma GCC visibility push(default)
 
@@ -82,17 +83,20 @@ class IndexBuilder {
 /// `entities[i]` at `times[i]` with the item `items[i]`, a code of `names`, or `NO_ITEM`. The
 /// columns have one length. Entities are numbers below `historyCount` and become the numbers of the
 /// histories. Rows may come in any order and repeat. Throws `std::invalid_argument` for columns of
-/// different lengths and for a number that is out of range.
+/// different lengths and for a number that is out of range, and `Cancelled` when the observer,
+/// which is asked every few milliseconds, ends it.
 HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           std::span<const std::uint32_t> times,
                           std::span<const std::uint32_t> items, std::size_t historyCount,
-                          const Dictionary& names, std::uint32_t minCount);
+                          const Dictionary& names, std::uint32_t minCount,
+                          const Observer& observer = Observer());
 
 /// The same with times of 64 bits.
 HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           std::span<const std::uint64_t> times,
                           std::span<const std::uint32_t> items, std::size_t historyCount,
-                          const Dictionary& names, std::uint32_t minCount);
+                          const Dictionary& names, std::uint32_t minCount,
+                          const Observer& observer = Observer());
 
 }  // namespace quarvis::mining
 

@@ -2,11 +2,15 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <span>
 #include <stdexcept>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include <quarvis/mining/index_builder.hpp>
 #include <quarvis/mining/mine.hpp>
 
 #include "runs.hpp"
@@ -82,6 +86,32 @@ TEST(Cancelling, BetweenTheSearchAndTheRulesEndsTheRun) {
     options.maxSize = 2;
     LevelCanceller canceller;
     EXPECT_THROW(mine(index, options, canceller), Cancelled);
+}
+
+TEST(Cancelling, EndsTheIndexingOfColumnsAtAnyOfItsQuestions) {
+    // 300,000 rows of 10,000 histories, so that every step asks.
+    std::vector<std::uint32_t> entities;
+    std::vector<std::uint32_t> times;
+    std::vector<std::uint32_t> items;
+    for (std::uint32_t row = 0; row < 300'000; ++row) {
+        entities.push_back(row % 10'000);
+        times.push_back(row);
+        items.push_back(row % 7);
+    }
+    Dictionary names;
+    for (const char* const name : {"a", "b", "c", "d", "e", "f", "g"})
+        names.add(name);
+    const auto index = [&](const Observer& observer) {
+        return indexColumns(entities, std::span<const std::uint32_t>(times), items, 10'000, names,
+                            1, observer);
+    };
+    const Canceller never(NEVER);
+    EXPECT_EQ(10'000U, index(never).historyCount());
+    ASSERT_GT(never.asked(), 5U) << "there is little to cancel";
+    for (std::size_t at = 0; at < never.asked(); ++at) {
+        const Canceller canceller(at);
+        EXPECT_THROW(index(canceller), Cancelled) << at;
+    }
 }
 
 TEST(Cancelled, SaysSo) {
