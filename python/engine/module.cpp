@@ -43,6 +43,26 @@ void addErrors(nb::module_& module) {
     });
 }
 
+void addWatch(nb::module_& module) {
+    nb::enum_<Bound>(module, "Bound")
+        .value("NONE", Bound::NONE)
+        .value("SECONDS", Bound::SECONDS)
+        .value("SETS", Bound::SETS)
+        .value("BYTES", Bound::BYTES);
+    nb::class_<Watch>(module, "Watch", "Progress, signals and the budget of a run.")
+        .def(
+            "__init__",
+            [](Watch* watch, nb::object progress, double seconds, std::uint64_t sets,
+               std::uint64_t bytes) {
+                new (watch) Watch(std::move(progress), {seconds, sets, bytes});
+            },
+            nb::arg("progress").none() = nb::none(), nb::arg("seconds") = 0.0, nb::arg("sets") = 0,
+            nb::arg("bytes") = 0)
+        .def_prop_ro("size", &Watch::size)
+        .def_prop_ro("sets", &Watch::sets)
+        .def_prop_ro("bound", &Watch::bound);
+}
+
 void addInput(nb::module_& module) {
     nb::class_<HistoryIndex>(module, "Index", "Histories with the items that are frequent.")
         .def_prop_ro("history_count", &HistoryIndex::historyCount)
@@ -73,7 +93,7 @@ void addInput(nb::module_& module) {
                       const Column<std::int64_t>&, const Column<std::uint8_t>&>(),
              nb::arg("entities"), nb::arg("times"), nb::arg("items"), nb::arg("histories"),
              nb::arg("name_offsets"), nb::arg("name_bytes"))
-        .def("index", &Rows::index, nb::arg("min_count"),
+        .def("index", &Rows::index, nb::arg("min_count"), nb::arg("watch"),
              "The index of the items that are in this many histories or more.");
     module.attr("NO_ITEM") = static_cast<std::uint32_t>(quarvis::mining::NO_ITEM);
     module.def("read_transactions", &readTransactions, nb::arg("path"),
@@ -82,23 +102,6 @@ void addInput(nb::module_& module) {
 
 void addRuns(nb::module_& module) {
     nb::enum_<Splits>(module, "Splits").value("RUNS", Splits::RUNS).value("ALL", Splits::ALL);
-    nb::enum_<Bound>(module, "Bound")
-        .value("NONE", Bound::NONE)
-        .value("SECONDS", Bound::SECONDS)
-        .value("SETS", Bound::SETS)
-        .value("BYTES", Bound::BYTES);
-    nb::class_<Watch>(module, "Watch", "Progress, signals and the budget of a run.")
-        .def(
-            "__init__",
-            [](Watch* watch, nb::object progress, double seconds, std::uint64_t sets,
-               std::uint64_t bytes) {
-                new (watch) Watch(std::move(progress), {seconds, sets, bytes});
-            },
-            nb::arg("progress").none() = nb::none(), nb::arg("seconds") = 0.0, nb::arg("sets") = 0,
-            nb::arg("bytes") = 0)
-        .def_prop_ro("size", &Watch::size)
-        .def_prop_ro("sets", &Watch::sets)
-        .def_prop_ro("bound", &Watch::bound);
     nb::class_<MiningOptions>(module, "Options", "The settings of a run; 0 is no bound.")
         .def(nb::init<>())
         .def_rw("min_count", &MiningOptions::minCount)
@@ -165,6 +168,7 @@ void addQuestions(nb::module_& module) {
 NB_MODULE(_engine, module) {
     module.doc() = "The mining engine for Python, as numbers and columns. Internal to quarvis.";
     addErrors(module);
+    addWatch(module);
     addInput(module);
     addRuns(module);
     addQuestions(module);

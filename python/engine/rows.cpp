@@ -34,15 +34,16 @@ Rows::Rows(Column<std::uint32_t> entities, TimeColumn times, Column<std::uint32_
         throw std::invalid_argument("a name that comes twice");
 }
 
-IndexPointer Rows::index(std::uint32_t minCount) const {
-    const nb::gil_scoped_release released;
-    return std::visit(
-        [&](const auto& times) {
-            return std::make_shared<const HistoryIndex>(
-                quarvis::mining::indexColumns(valuesOf(m_entities), valuesOf(times),
-                                              valuesOf(m_items), m_histories, m_names, minCount));
-        },
-        m_times);
+IndexPointer Rows::index(std::uint32_t minCount, Watch& watch) const {
+    return watch.run([&] {
+        return std::visit(
+            [&](const auto& times) {
+                return std::make_shared<const HistoryIndex>(quarvis::mining::indexColumns(
+                    valuesOf(m_entities), valuesOf(times), valuesOf(m_items), m_histories, m_names,
+                    minCount, watch));
+            },
+            m_times);
+    });
 }
 
 namespace {

@@ -10,6 +10,7 @@
 #include <quarvis/mining/index_builder.hpp>
 
 #include "arrays.hpp"
+#include "watch.hpp"
 
 namespace binding {
 
@@ -26,8 +27,8 @@ class Rows {
          const Column<std::uint8_t>& nameBytes);
 
     /// The index of the items that are in `minCount` histories or more. Works without the
-    /// interpreter's lock.
-    IndexPointer index(std::uint32_t minCount) const;
+    /// interpreter's lock, under the watch.
+    IndexPointer index(std::uint32_t minCount, Watch& watch) const;
 
   private:
     Column<std::uint32_t> m_entities;

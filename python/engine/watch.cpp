@@ -30,12 +30,14 @@ std::uint64_t residentBytes() {
 }  // namespace
 
 Watch::Watch(nanobind::object progress, Budget budget)
-    : m_progress(std::move(progress)), m_budget(budget) {}
+    : m_progress(std::move(progress)),
+      m_budget(budget),
+      m_began(Clock::now()),
+      m_bytesBefore(budget.bytes == 0 ? 0 : residentBytes()) {}
 
 void Watch::begin() {
     m_caller = std::this_thread::get_id();
-    m_began = m_told = m_polled = Clock::now();
-    m_bytesBefore = m_budget.bytes == 0 ? 0 : residentBytes();
+    m_told = m_polled = Clock::now();
     m_stopped = false;
     m_hasError = false;
     m_bound = Bound::NONE;

@@ -25,7 +25,8 @@ class OutOfBudget : public std::runtime_error {
 /// Watches a run on behalf of Python: asks for pending signals, so that Ctrl-C ends the run, tells
 /// a callable of the progress, ten times a second at most, and stops at the bounds of a budget.
 ///
-/// Made and destroyed with the interpreter's lock held. The engine calls it without the lock; it
+/// The budget counts from its making on, over all steps. Made and destroyed with the interpreter's
+/// lock held. The engine calls it without the lock; it
 /// takes the lock for the moments in which it needs Python, in the calling thread alone.
 class Watch : public quarvis::mining::Observer {
   public:

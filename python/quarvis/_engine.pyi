@@ -12,6 +12,29 @@ from numpy.typing import NDArray
 class OutOfBudget(RuntimeError):
     pass
 
+class Bound(enum.Enum):
+    NONE = 0
+
+    SECONDS = 1
+
+    SETS = 2
+
+    BYTES = 3
+
+class Watch:
+    """Progress, signals and the budget of a run."""
+
+    def __init__(self, progress: object | None = None, seconds: float = 0.0, sets: int = 0, bytes: int = 0) -> None: ...
+
+    @property
+    def size(self) -> int: ...
+
+    @property
+    def sets(self) -> int: ...
+
+    @property
+    def bound(self) -> Bound: ...
+
 class Index:
     """Histories with the items that are frequent."""
 
@@ -41,7 +64,7 @@ class Rows:
 
     def __init__(self, entities: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], times: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)] | Annotated[NDArray[numpy.uint64], dict(shape=(None,), order='C', device='cpu', writable=False)], items: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: int, name_offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], name_bytes: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> None: ...
 
-    def index(self, min_count: int) -> Index:
+    def index(self, min_count: int, watch: Watch) -> Index:
         """The index of the items that are in this many histories or more."""
 
 NO_ITEM: int = 4294967295
@@ -53,29 +76,6 @@ class Splits(enum.Enum):
     RUNS = 0
 
     ALL = 1
-
-class Bound(enum.Enum):
-    NONE = 0
-
-    SECONDS = 1
-
-    SETS = 2
-
-    BYTES = 3
-
-class Watch:
-    """Progress, signals and the budget of a run."""
-
-    def __init__(self, progress: object | None = None, seconds: float = 0.0, sets: int = 0, bytes: int = 0) -> None: ...
-
-    @property
-    def size(self) -> int: ...
-
-    @property
-    def sets(self) -> int: ...
-
-    @property
-    def bound(self) -> Bound: ...
 
 class Options:
     """The settings of a run; 0 is no bound."""

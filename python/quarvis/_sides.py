@@ -24,7 +24,7 @@ class Sides:
     def mine(self, run: Run, watch: _engine.Watch) -> Mined:
         """Mine the histories of the run for these rules."""
         if self.antecedents is None and self.consequents is None:
-            index = run.histories._index_of(run.options.min_count)
+            index = run.histories._index_of(run.options.min_count, watch)
             return Mined(run, _find(run, index, run.thresholds, watch))
         return self._mine_some(run, watch)
 
@@ -53,14 +53,13 @@ class Sides:
         some_rows = _rows_of(columns, keep & (on_left & on_right)[columns.entities.codes])
 
         count = run.options.min_count
-        found = _find(run, some_rows.index(count), (0.0, 0.0, np.inf), watch)
+        found = _find(run, some_rows.index(count, watch), (0.0, 0.0, np.inf), watch)
         rank_names = found.index.names()
         by_name = {bytes_: place for place, bytes_ in enumerate(_texts(*columns.engine_names))}
         codes = np.array([by_name[text] for text in _texts(*rank_names)], np.int64)
-        return Mined(run, found.with_sides(
-            all_rows.index(count), left[codes].astype(np.uint8), right[codes].astype(np.uint8),
-            *run.thresholds,
-        ))
+        marks = [mask[codes].astype(np.uint8) for mask in (left, right)]
+        index = all_rows.index(count, watch)
+        return Mined(run, found.with_sides(index, marks[0], marks[1], *run.thresholds))
 
 
 def _find(

@@ -108,7 +108,7 @@ def explain(run: Run, index: _engine.Index, rule: Any) -> Explanation:
     ranks = ranks_of(index, sides)
     if ranks is None:
         # Some item is not frequent; the index of all has it, if anything does.
-        index = run.histories._rows.index(1)
+        index = run.histories._rows.index(1, _engine.Watch())
         ranks = ranks_of(index, sides)
     if ranks is None:
         known = set(names_of(*index.names()).to_pylist())

@@ -117,11 +117,12 @@ class Histories:
     def _remarks(self) -> list[str]:
         return looks_wrong(self._columns)
 
-    def _index_of(self, min_count: int) -> _engine.Index:
-        if self._index is None or self._index[0] != min_count:
-            self._index = None  # two at once may need too much memory
-            self._index = (min_count, self._rows.index(min_count))
-        return self._index[1]
+    def _index_of(self, min_count: int, watch: _engine.Watch) -> _engine.Index:
+        known = self._index
+        if known is None or known[0] != min_count:
+            self._index = known = None  # two at once may need too much memory
+            self._index = known = (min_count, self._rows.index(min_count, watch))
+        return known[1]
 
     def __len__(self) -> int:
         """The number of histories."""
@@ -147,7 +148,9 @@ class Histories:
         return Report(
             rows=columns.rows,
             entities=len(self),
-            transactions=self._rows.index(max(len(self), 1)).transaction_count,
+            transactions=self._rows.index(
+                max(len(self), 1), _engine.Watch()
+            ).transaction_count,
             items=len(columns.item_names),
             first=scale.value(0) if has_times else None,
             last=scale.value(scale.last) if has_times else None,

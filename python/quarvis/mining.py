@@ -250,11 +250,10 @@ def _count_to_try(run: Run, budget: Budget) -> int | None:
     while clock.monotonic() < until and count <= len(run.histories):
         count *= 2
         options.min_count = count
-        index = run.histories._rows.index(count)
         left = max(until - clock.monotonic(), 0.01)
         watch = _engine.Watch(None, left, budget.sets or 0, budget.bytes or 0)
         try:
-            _engine.mine_item_sets(index, options, watch)
+            _engine.mine_item_sets(run.histories._rows.index(count, watch), options, watch)
         except _engine.OutOfBudget:
             continue
         return count
