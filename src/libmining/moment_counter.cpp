@@ -18,15 +18,15 @@ const RuleCounter::Kept* MomentCounter::pair(Rank partner, bool forward, bool ba
     made->word = m_indices.take(column.size);
     made->allNew = m_bits.take(column.size);
     made->allRecent = m_bits.take(column.size);
-    made->met = m_takeMet(2);
+    made->met = takeMet(2);
     std::uint64_t* const metForward = m_bits.take(column.size);
     std::uint64_t* const metBackward = m_bits.take(column.size);
     const std::uint32_t number = m_partners.number(partner);
     if (backward)
-        m_addPair(made->met, 1, metBackward, number, 0);
+        addPair(made->met, 1, metBackward, number, 0);
     if (forward)
-        m_addPair(made->met, 2, metForward, 0, number);
-    m_keepAround(*made, 0, number);
+        addPair(made->met, 2, metForward, 0, number);
+    keepAround(*made, 0, number);
     std::size_t kept = 0;
     for (std::size_t i = 0; i < column.size; ++i) {
         const std::uint32_t word =
@@ -96,7 +96,7 @@ const std::uint64_t* MomentCounter::m_gather(const std::uint64_t* bits, std::siz
 const RuleCounter::Kept* MomentCounter::extend(const Kept& kept, const Extension& to) {
     const Moments& from = static_cast<const Moments&>(kept);
     m_work.add(from.met.rules);
-    if (!m_findTries(from, to))
+    if (!findTries(from, to))
         return nullptr;
     m_align(from, m_columns.of(to.item));
     const std::size_t words = m_shared.size();
@@ -112,7 +112,7 @@ const RuleCounter::Kept* MomentCounter::extend(const Kept& kept, const Extension
     made->words.size = words;
     made->words.word = made->word;
     m_columns.words().describe(made->words, m_indices.take(words), m_bits.take(words));
-    made->met = m_takeMet(m_tries.size());
+    made->met = takeMet(m_tries.size());
     for (const Try& tried : m_tries) {
         const SplitSet rule{static_cast<std::uint32_t>(to.size), static_cast<std::uint32_t>(to.set),
                             tried.split};
@@ -123,8 +123,8 @@ const RuleCounter::Kept* MomentCounter::extend(const Kept& kept, const Extension
         const std::uint32_t histories = m_columns.words().intersect(
             made->words, m_gather(bits, from.words.size),
             tried.isNew ? m_fresh.data() : m_recent.data(), met, m_single);
-        if (m_judge(rule, histories, [&] { return m_counted(*made, rule, met, histories); }))
-            m_add(made->met, tried, met, from, to.item);
+        if (judge(rule, histories, [&] { return m_counted(*made, rule, met, histories); }))
+            add(made->met, tried, met, from, to.item);
         else
             m_bits.giveBack(words);
     }
@@ -139,7 +139,7 @@ const RuleCounter::Kept* MomentCounter::extend(const Kept& kept, const Extension
         made->allRecent[i] = from.allRecent[m_shared[i]] & m_recent[i];
     }
     s_squeeze(*made);
-    m_keepAround(*made, from, to.item);
+    keepAround(*made, from, to.item);
     made->cost = made->words.size;
     return made;
 }

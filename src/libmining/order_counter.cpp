@@ -48,7 +48,7 @@ const RuleCounter::Kept* OrderCounter::pair(Rank partner, bool forward, bool bac
     made->latest = m_latest(item, m_columns.first());
     made->together = m_bits.take(words);
     std::copy_n(m_with.data(), words, made->together);
-    made->met = m_takeMet(2);
+    made->met = takeMet(2);
     const auto copied = [&](const std::vector<std::uint64_t>& met) {
         std::uint64_t* const bits = m_bits.take(words);
         std::copy_n(met.data(), words, bits);
@@ -56,10 +56,10 @@ const RuleCounter::Kept* OrderCounter::pair(Rank partner, bool forward, bool bac
     };
     const std::uint32_t number = m_partners.number(partner);
     if (backward)
-        m_addPair(made->met, 1, copied(m_before), number, 0);
+        addPair(made->met, 1, copied(m_before), number, 0);
     if (forward)
-        m_addPair(made->met, 2, copied(m_after), 0, number);
-    m_keepAround(*made, 0, number);
+        addPair(made->met, 2, copied(m_after), 0, number);
+    keepAround(*made, 0, number);
     made->cost = made->met.rules;
     return made;
 }
@@ -67,14 +67,14 @@ const RuleCounter::Kept* OrderCounter::pair(Rank partner, bool forward, bool bac
 const RuleCounter::Kept* OrderCounter::extend(const Kept& kept, const Extension& to) {
     const Set& from = static_cast<const Set&>(kept);
     m_work.add(from.met.rules);
-    if (!m_findTries(from, to))
+    if (!findTries(from, to))
         return nullptr;
     const std::size_t words = m_columns.words();
     m_work.add(words * (m_tries.size() + 3) + 20);
     const std::uint8_t* const item = m_columns.of(to.item);
     m_compare(item, from.latest);
     const Mark before = mark();
-    Met made = m_takeMet(m_tries.size());
+    Met made = takeMet(m_tries.size());
     for (const Try& tried : m_tries) {
         const SplitSet rule{static_cast<std::uint32_t>(to.size), static_cast<std::uint32_t>(to.set),
                             tried.split};
@@ -89,8 +89,8 @@ const RuleCounter::Kept* OrderCounter::extend(const Kept& kept, const Extension&
         const auto counted = [&] {
             return m_standings.anyPresent() ? m_counted(rule, met, item, from.latest) : histories;
         };
-        if (m_judge(rule, histories, counted))
-            m_add(made, tried, met, from, to.item);
+        if (judge(rule, histories, counted))
+            add(made, tried, met, from, to.item);
         else
             m_bits.giveBack(words);
     }
@@ -105,7 +105,7 @@ const RuleCounter::Kept* OrderCounter::extend(const Kept& kept, const Extension&
     for (std::size_t word = 0; word < words; ++word)
         set->together[word] = from.together[word] & m_with[word];
     set->met = made;
-    m_keepAround(*set, from, to.item);
+    keepAround(*set, from, to.item);
     set->cost = made.rules;
     return set;
 }

@@ -5,7 +5,7 @@
 
 namespace quarvis::mining {
 
-bool RuleCounter::m_findTries(const Kept& from, const Extension& to) {
+bool RuleCounter::findTries(const Kept& from, const Extension& to) {
     m_tries.clear();
     const std::uint32_t number = m_partners.number(to.item);
     if (number == RulePartners::NONE)
@@ -29,7 +29,7 @@ bool RuleCounter::m_findTries(const Kept& from, const Extension& to) {
     return !m_tries.empty();
 }
 
-RuleCounter::Met RuleCounter::m_takeMet(std::size_t most) {
+RuleCounter::Met RuleCounter::takeMet(std::size_t most) {
     Met met;
     met.splits = m_bits.take(most);
     met.bits = m_pointers.take(most);
@@ -38,8 +38,8 @@ RuleCounter::Met RuleCounter::m_takeMet(std::size_t most) {
     return met;
 }
 
-void RuleCounter::m_addPair(Met& met, SplitMask split, std::uint64_t* bits,
-                            std::uint32_t antecedent, std::uint32_t subsequent) {
+void RuleCounter::addPair(Met& met, SplitMask split, std::uint64_t* bits, std::uint32_t antecedent,
+                          std::uint32_t subsequent) {
     const std::size_t words = m_partners.words();
     std::copy_n(m_partners.before(subsequent), words, met.toAntecedent + met.rules * words);
     std::copy_n(m_partners.after(antecedent), words, met.toSubsequent + met.rules * words);
@@ -47,8 +47,8 @@ void RuleCounter::m_addPair(Met& met, SplitMask split, std::uint64_t* bits,
     met.bits[met.rules++] = bits;
 }
 
-void RuleCounter::m_add(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from,
-                        Rank item) {
+void RuleCounter::add(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from,
+                      Rank item) {
     const std::size_t words = m_partners.words();
     const std::uint32_t number = m_partners.number(item);
     const std::uint64_t* toAntecedent = from.before;
@@ -74,12 +74,12 @@ void RuleCounter::m_add(Met& met, const Try& tried, std::uint64_t* bits, const K
     met.bits[met.rules++] = bits;
 }
 
-void RuleCounter::m_keepAround(Kept& made, std::uint32_t first, std::uint32_t second) {
+void RuleCounter::keepAround(Kept& made, std::uint32_t first, std::uint32_t second) {
     made.before = m_both(m_partners.before(first), m_partners.before(second));
     made.after = m_both(m_partners.after(first), m_partners.after(second));
 }
 
-void RuleCounter::m_keepAround(Kept& made, const Kept& from, Rank item) {
+void RuleCounter::keepAround(Kept& made, const Kept& from, Rank item) {
     const std::uint32_t number = m_partners.number(item);
     made.before = m_both(from.before, m_partners.before(number));
     made.after = m_both(from.after, m_partners.after(number));

@@ -101,26 +101,26 @@ class RuleCounter {
     static constexpr std::size_t AFTER_ALL = static_cast<std::size_t>(-2);
 
     /// Finds the rules that a set may have, into m_tries; whether there are any.
-    bool m_findTries(const Kept& from, const Extension& to);
+    bool findTries(const Kept& from, const Extension& to);
 
     /// Room for so many rules.
-    Met m_takeMet(std::size_t most);
+    Met takeMet(std::size_t most);
 
     /// Keeps a rule of a pair.
-    void m_addPair(Met& met, SplitMask split, std::uint64_t* bits, std::uint32_t antecedent,
-                   std::uint32_t subsequent);
+    void addPair(Met& met, SplitMask split, std::uint64_t* bits, std::uint32_t antecedent,
+                 std::uint32_t subsequent);
 
     /// Keeps a rule that was tried.
-    void m_add(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from, Rank item);
+    void add(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from, Rank item);
 
     /// Keeps what may precede and follow all items: of a pair, of a larger set.
-    void m_keepAround(Kept& made, std::uint32_t first, std::uint32_t second);
-    void m_keepAround(Kept& made, const Kept& from, Rank item);
+    void keepAround(Kept& made, std::uint32_t first, std::uint32_t second);
+    void keepAround(Kept& made, const Kept& from, Rank item);
 
     /// Takes a rule that is met in so many histories to the ledger; whether it is followed.
     /// `counted` tells in how many of them it counts.
     template <class Counted>
-    bool m_judge(const SplitSet& rule, std::uint32_t met, Counted counted) {
+    bool judge(const SplitSet& rule, std::uint32_t met, Counted counted) {
         if (met < m_ledger.least())
             return false;
         const bool followed = m_ledger.follows(rule, met);

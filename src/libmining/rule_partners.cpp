@@ -26,9 +26,10 @@ void RulePartners::begin(Rank first, const std::vector<Rank>& partners) {
 }
 
 void RulePartners::m_addRule(std::uint32_t antecedent, std::uint32_t subsequent) {
-    m_rows[2 * antecedent * m_words + subsequent / 64] |= std::uint64_t{1} << (subsequent % 64);
-    m_rows[(2 * subsequent + 1) * m_words + antecedent / 64] |= std::uint64_t{1}
-                                                                << (antecedent % 64);
+    m_rows[std::size_t{2} * antecedent * m_words + subsequent / 64] |= std::uint64_t{1}
+                                                                       << (subsequent % 64);
+    m_rows[(std::size_t{2} * subsequent + 1) * m_words + antecedent / 64] |= std::uint64_t{1}
+                                                                             << (antecedent % 64);
 }
 
 }  // namespace quarvis::mining

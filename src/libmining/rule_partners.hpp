@@ -27,10 +27,14 @@ class RulePartners {
     std::size_t words() const { return m_words; }
 
     /// The items that may follow this one: they in the subsequent, it in the antecedent.
-    const std::uint64_t* after(std::uint32_t number) const { return m_row(2 * number); }
+    const std::uint64_t* after(std::uint32_t number) const {
+        return m_row(std::size_t{2} * number);
+    }
 
     /// The items that may precede this one.
-    const std::uint64_t* before(std::uint32_t number) const { return m_row(2 * number + 1); }
+    const std::uint64_t* before(std::uint32_t number) const {
+        return m_row(std::size_t{2} * number + 1);
+    }
 
     static bool has(const std::uint64_t* items, std::uint32_t number) {
         return (items[number / 64] >> (number % 64) & 1) != 0;

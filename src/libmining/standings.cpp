@@ -159,7 +159,7 @@ class StandingsBuilder {
             const std::uint64_t recent = ONE_WORD ? rangeMask(firstRecent, endRecent) : 0;
             for (; occurrence < now.end; ++occurrence) {
                 const auto [slot, isFresh] = m_occurrences[occurrence];
-                std::uint64_t* const fresh = &m_slotMasks[slot * 3 * words];
+                std::uint64_t* const fresh = &m_slotMasks[std::size_t{slot} * 3 * words];
                 if (now.isMoment)
                     setBit(isFresh ? fresh : fresh + 2 * words, now.moments);
                 if (ONE_WORD)
