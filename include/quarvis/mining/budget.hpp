@@ -30,12 +30,18 @@ struct Budget {
 /// Thrown out of a run that comes to the end of its budget. Nothing of the run remains but this.
 class BudgetExceeded : public std::runtime_error {
   public:
-    /// Which bound.
-    enum class Limit { LEVELS, SETS, BYTES, TIME };
+    /// A bound of `Budget`.
+    enum class Limit {
+        LEVELS,  ///< Items of a set.
+        SETS,    ///< Item sets.
+        BYTES,   ///< Memory.
+        TIME,    ///< Time.
+    };
 
-    /// `levels` as below.
+    /// With what the members of these names tell.
     BudgetExceeded(Limit limit, std::vector<std::size_t> levels, std::uint32_t advisedCount);
 
+    /// Which bound it was.
     Limit limit() const { return m_limit; }
 
     /// How far the run came: the number of sets that were found of each size, from 1 on. Of the
