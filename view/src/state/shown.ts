@@ -1,0 +1,65 @@
+import { keepRange, marked, passing } from "../data/filter";
+import type { Measures } from "../data/measures";
+import { descending, orderByName, orderByValue } from "../data/order";
+import type { Rules } from "../data/rules";
+import type { State } from "./state";
+
+/** Which rules the state shows, and in what order. What did not change is not made again. */
+export class Shown {
+  /** By rule: 1 when it passes the filters, wherever the brush is; */
+  passing: Uint8Array;
+  /** 1 when it is in the brush too. */
+  visible: Uint8Array;
+  /** The visible rules in the order of the table. */
+  order: Uint32Array;
+
+  private readonly sorted = new Map<string, Uint32Array>();
+
+  constructor(
+    private readonly rules: Rules,
+    private readonly measures: Measures,
+    state: Readonly<State>,
+  ) {
+    this.passing = passing(rules, measures, state);
+    this.visible = this.inBrush(state);
+    this.order = marked(this.ordered(state), this.visible);
+  }
+
+  /** Follows a change; whether other rules are shown, or in another order. */
+  follow(state: Readonly<State>, changed: ReadonlySet<keyof State>): boolean {
+    const isFiltered = changed.has("search") || changed.has("items") || changed.has("ranges");
+    const isBrushed =
+      changed.has("brush") || (state.brush !== null && (changed.has("x") || changed.has("y")));
+    const isSorted = changed.has("sort") || changed.has("isDescending");
+    if (!isFiltered && !isBrushed && !isSorted) return false;
+    if (isFiltered) this.passing = passing(this.rules, this.measures, state);
+    if (isFiltered || isBrushed) this.visible = this.inBrush(state);
+    this.order = marked(this.ordered(state), this.visible);
+    return true;
+  }
+
+  private inBrush(state: Readonly<State>): Uint8Array {
+    if (!state.brush) return this.passing;
+    const marks = this.passing.slice();
+    const axes = [
+      [state.x.measure, state.brush.x],
+      [state.y.measure, state.brush.y],
+    ] as const;
+    for (const [measure, [least, greatest]] of axes)
+      keepRange(marks, this.measures.get(measure).values, least, greatest);
+    return marks;
+  }
+
+  private ordered({ sort, isDescending }: Readonly<State>): Uint32Array {
+    const key = `${isDescending ? "-" : ""}${sort}`;
+    const found = this.sorted.get(key) ?? this.sort(sort, isDescending);
+    this.sorted.set(key, found);
+    return found;
+  }
+
+  private sort(sort: string, isDescending: boolean): Uint32Array {
+    const values = sort === "rule" ? null : this.measures.get(sort).values;
+    const ascending = values ? orderByValue(values) : orderByName(this.rules);
+    return isDescending ? descending(ascending, values) : ascending;
+  }
+}

@@ -1,0 +1,67 @@
+import { interpolateViridis } from "d3-scale-chromatic";
+
+/**
+ * The colours of pictures, by the preference for light or dark. Antecedents are blue and
+ * consequents orange, which all kinds of colour vision tell apart; the scale of a measure is
+ * viridis, without the end that fades into the background.
+ */
+export interface Theme {
+  isDark: boolean;
+  background: string;
+  text: string;
+  muted: string;
+  line: string;
+  antecedent: string;
+  consequent: string;
+  accent: string;
+  /** The colour of a value between 0 and 1; greater ones stand out more. */
+  scale(value: number): string;
+}
+
+const LIGHT: Theme = {
+  isDark: false,
+  background: "#ffffff",
+  text: "#1a2230",
+  muted: "#596475",
+  line: "#dbe0e8",
+  antecedent: "#0b5cad",
+  consequent: "#b3440b",
+  accent: "#0b5cad",
+  scale: (value) => interpolateViridis(0.86 * (1 - value)),
+};
+
+const DARK: Theme = {
+  isDark: true,
+  background: "#1a1f28",
+  text: "#e8ebf1",
+  muted: "#a5afbd",
+  line: "#343c49",
+  antecedent: "#7fb8ff",
+  consequent: "#ffab70",
+  accent: "#7fb8ff",
+  scale: (value) => interpolateViridis(0.22 + 0.78 * value),
+};
+
+let isPrinting = false;
+
+function preference(): MediaQueryList {
+  return window.matchMedia("(prefers-color-scheme: dark)");
+}
+
+/** The colours that hold now; paper is light. */
+export function theme(): Theme {
+  return preference().matches && !isPrinting ? DARK : LIGHT;
+}
+
+/** Calls back when the colours change. */
+export function onThemeChange(act: () => void): void {
+  preference().addEventListener("change", act);
+  window.addEventListener("beforeprint", () => {
+    isPrinting = true;
+    act();
+  });
+  window.addEventListener("afterprint", () => {
+    isPrinting = false;
+    act();
+  });
+}
