@@ -23,6 +23,7 @@ from quarvis.reading import (
     read_parquet,
     read_transactions,
 )
+from quarvis.viewing import View, view
 
 __version__ = _version("quarvis")
 
@@ -37,6 +38,7 @@ __all__ = [
     "Mined",
     "QuarvisError",
     "QuarvisWarning",
+    "View",
     "check",
     "from_baskets",
     "measures",
@@ -48,4 +50,5 @@ __all__ = [
     "read_json",
     "read_parquet",
     "read_transactions",
+    "view",
 ]

@@ -8,7 +8,7 @@ import os
 from collections.abc import Sequence
 from dataclasses import dataclass
 from functools import cached_property
-from typing import Any
+from typing import TYPE_CHECKING, Any, Literal
 
 import numpy as np
 import pyarrow as pa
@@ -23,6 +23,9 @@ from quarvis.errors import DataError
 from quarvis.explanation import Explanation, explain
 from quarvis.histories import Histories
 from quarvis.measures import Counts, arrays, benjamini_hochberg
+
+if TYPE_CHECKING:
+    from quarvis.viewing import View
 
 PathLike = str | os.PathLike[str]
 Places = np.ndarray[Any, np.dtype[np.int64]]
@@ -354,6 +357,51 @@ class Mined:
             "antecedent_time": scale.decode(met["complete"], none),
             "rule": met["place"],
         }))
+
+    def view(
+        self,
+        *,
+        title: str = "Rules",
+        noun: str = "history",
+        nouns: str | None = None,
+        verb: str = "had",
+        unit: Literal["days", "hours", "minutes", "seconds", "milliseconds"] | None = None,
+        dates: bool = False,
+        histories: bool = True,
+        names: bool = True,
+    ) -> View:
+        """Make a page of the rules that opens anywhere: one file, nothing from a network.
+
+        It shows all rules in an overview and a table, tells each in plain words, and has lags and
+        the counts of the reverse rules.
+
+        Parameters
+        ----------
+        title : str
+            Of the page.
+        noun, nouns, verb : str
+            The words of its sentences: one "customer", several "customers", who "bought".
+        unit : str, optional
+            The unit of times that are numbers.
+        dates : bool
+            Whether such times count from the beginning of 1970 (UTC); needs `unit`.
+        histories : bool
+            Whether the page has the histories, so that it shows histograms of lags and examples.
+            Of more than a million occurrences of items, whole histories are drawn at random.
+        names : bool
+            Whether it names the entities; else they are numbered.
+
+        Returns
+        -------
+        View
+            It shows itself in a notebook; ``view.save("rules.html")`` writes it.
+        """
+        from quarvis.viewing import view_mined
+
+        return view_mined(
+            self, title=title, noun=noun, nouns=nouns, verb=verb, unit=unit, dates=dates,
+            histories=histories, names=names,
+        )
 
     # Files.
 

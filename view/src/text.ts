@@ -62,7 +62,8 @@ export function lengthText(length: number, time: TimeScale): string {
 
 /** A point in time: a date, with the hour and minute where times are finer than days. */
 export function timeText(value: number, time: TimeScale): string {
-  if (time.origin === null || time.seconds === null) return `time ${wholeNumber(value)}`;
+  if (time.origin === null || time.seconds === null)
+    return `time ${wholeNumber(time.first + value)}`;
   const date = new Date((time.origin + value * time.seconds) * 1000);
   if (Number.isNaN(date.getTime())) return `time ${wholeNumber(value)}`;
   const text = date.toISOString();

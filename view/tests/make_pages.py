@@ -94,9 +94,8 @@ def main() -> None:
     histories = quarvis.read_transactions(BAGS)
     mined = quarvis.mine(histories, min_count=5, max_items=5).top(100_000)
     assert len(mined) == 100_000
-    mined.view(title="A hundred thousand rules", noun="customer").save(
-        PAGES / "many.html", force=True
-    )
+    page = mined.view(title="A hundred thousand rules", noun="customer", unit="seconds", dates=True)
+    page.save(PAGES / "many.html", force=True)
     for page in sorted(PAGES.glob("*.html")):
         print(f"{page.name}: {page.stat().st_size / 1e6:.2f} MB")
 

@@ -147,6 +147,43 @@ def plot(
     plots.save(chart, output)
 
 
+@cli.command()
+@click.argument("rules", type=click.Path(path_type=Path, dir_okay=False))
+@click.option("-o", "--output", type=click.Path(path_type=Path), required=True,
+              help="Where the page goes.")
+@click.option("--item-sets", type=click.Path(path_type=Path, dir_okay=False),
+              help="The item-set file of quarvis-rules; tells names with commas.")
+@click.option("--histories", type=click.Path(path_type=Path, dir_okay=False),
+              help="What the rules were mined from; for lags and examples. Needs --window.")
+@click.option("-w", "--window", help="Window of the run: such as 30d, or a number; 0 for none.")
+@click.option("--unit", type=click.Choice(["days", "hours", "minutes", "seconds", "milliseconds"]),
+              help="Unit of times that are numbers.")
+@click.option("--dates", is_flag=True, help="Such times count from 1970 on; needs --unit.")
+@click.option("--title", help="Title of the page.")
+@click.option("--noun", default="history", help="Whose histories, such as \"customer\";")
+@click.option("--nouns", help="several of them;")
+@click.option("--verb", default="had", show_default=True,
+              help="what they did with items, such as \"bought\".")
+@click.option("--no-names", is_flag=True, help="Number the entities instead of naming them.")
+@frame.data_options
+@_FORCE
+def view(
+    rules: Path, output: Path, histories: Path | None, window: str | None, no_names: bool,
+    force: bool, **options: Any,
+) -> None:
+    """Write a page of RULES that opens anywhere: a rules file of quarvis-rules, or .parquet."""
+    frame.check_output(output, force)
+    own = ("item_sets", "unit", "dates", "title", "noun", "nouns", "verb")
+    arguments = {name: options.pop(name) for name in own}
+    if histories is not None:
+        arguments["histories"] = frame.read_input(histories, options)
+    elif options["items"]:
+        raise click.UsageError("--items tells of --histories, which are missing")
+    if window is not None:
+        arguments["window"] = (int(window) or None) if window.isdecimal() else window
+    quarvis.view(rules, names=not no_names, **arguments).save(output, force=True)
+
+
 def _sides(rule: str) -> tuple[list[str], list[str]]:
     """Give the sides of a rule as the tool writes it; braces hold items with commas between."""
     left, arrow, right = rule.partition(" => ")

@@ -26,6 +26,8 @@ export interface TimeScale {
   seconds: number | null;
   /** The time 0, in seconds since 1970-01-01 UTC; null when times are no dates. */
   origin: number | null;
+  /** The number in the data that the time 0 stands for; told when times are no dates. */
+  first: number;
   /** The unit in words, plural; used when `seconds` is null. */
   unit: string;
 }

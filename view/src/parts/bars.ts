@@ -1,7 +1,7 @@
 import { scaleLinear } from "d3-scale";
 import type { TimeScale } from "../data/format";
 import { svg } from "../dom";
-import { lengthText } from "../text";
+import { lengthText, wholeNumber } from "../text";
 import { theme } from "../theme";
 
 const WIDTH = 420;
@@ -84,14 +84,14 @@ export function drawLags(
       svg(
         "text",
         { x: x(tick), y: base + 15, "text-anchor": tick === 0 ? "start" : "middle" },
-        lengthText(tick, time),
+        time.seconds === null ? wholeNumber(tick) : lengthText(tick, time),
       ),
     );
   picture.append(
     svg(
       "text",
       { x: WIDTH - 12, y: HEIGHT - 4, "text-anchor": "end", fill: colours.text },
-      "Lag →",
+      time.seconds === null ? `Lag, ${time.unit} →` : "Lag →",
     ),
   );
   return picture;

@@ -89,7 +89,7 @@ function page(items: string[], total: number, columns: Record<string, number[]>)
     minCount: null,
     itemSets: null,
     window: 2,
-    time: { seconds: null, origin: null, unit: "days" },
+    time: { seconds: null, origin: null, first: 0, unit: "days" },
     sampledFrom: null,
     items,
     entities: [],

@@ -3,9 +3,9 @@ import { Axis } from "../../src/parts/axis";
 import { lagBars } from "../../src/parts/bars";
 import { lengthText, shortened, significant, timeText } from "../../src/text";
 
-const DAYS = { seconds: 86400, origin: 0, unit: "" };
-const SECONDS = { seconds: 1, origin: 0, unit: "" };
-const NUMBERS = { seconds: null, origin: null, unit: "units" };
+const DAYS = { seconds: 86400, origin: 0, first: 0, unit: "" };
+const SECONDS = { seconds: 1, origin: 0, first: 0, unit: "" };
+const NUMBERS = { seconds: null, origin: null, first: 5, unit: "units" };
 
 test("numbers have three significant digits", () => {
   const rows: [number, string][] = [
@@ -41,7 +41,7 @@ test("lengths are told in the greatest unit of the clock", () => {
 test("times are dates, finer ones with hour and minute", () => {
   expect(timeText(15000, DAYS)).toBe("2011-01-26");
   expect(timeText(1_300_000_000, SECONDS)).toBe("2011-03-13 07:06");
-  expect(timeText(7, NUMBERS)).toBe("time 7");
+  expect(timeText(7, NUMBERS)).toBe("time 12");
 });
 
 test("names are cut between characters", () => {

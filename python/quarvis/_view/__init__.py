@@ -1,0 +1,1 @@
+"""The page that shows rules: its template, and what packs data into it."""
