@@ -10,6 +10,8 @@ import { ScatterCard } from "./parts/scatter_card";
 import { Table } from "./parts/table";
 import { counted, lengthText, wholeNumber } from "./text";
 
+const IDLE = 300; // milliseconds after the first view
+
 /** Gives the browser the time to paint what is there. */
 function nextPaint(): Promise<void> {
   return new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve, 0)));
@@ -147,6 +149,7 @@ async function start(): Promise<void> {
   performance.mark("useful");
   document.documentElement.dataset["ready"] = "true";
   announce(counted(app.rules.size, "rule", "rules"));
+  setTimeout(() => app.shown.prepare(), IDLE);
 }
 
 start().catch((error: unknown) => {

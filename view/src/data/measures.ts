@@ -86,7 +86,7 @@ const DEFINITIONS: Definition[] = [
   {
     key: "orderedSupport",
     label: "Ordered support",
-    short: "Ord. support",
+    short: "Ord. supp.",
     formula: "Count / N",
     worked: (c) => `${c.count} / ${c.n}`,
     value: (c) => c.count / c.n,

@@ -107,7 +107,7 @@ export class Axis {
         .domain([first, last])
         .ticks(count)
         .filter((value) => !isWhole || Number.isInteger(value));
-    if (!this.log) return linear();
+    if (!this.log || last < 10 * first) return linear();
     const all = scaleLog().domain([first, last]).ticks(count);
     if (all.length < 3) return linear();
     if (all.length <= count) return all;

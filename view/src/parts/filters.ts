@@ -21,6 +21,7 @@ export class FilterBar {
     placeholder: "Words in names of items",
     autocomplete: "off",
   });
+  private typing: ReturnType<typeof setTimeout> | undefined;
   private readonly chips = element("ul", { class: "chips", "aria-label": "Filters in use" });
   private readonly none = element(
     "p",
@@ -44,10 +45,12 @@ export class FilterBar {
       element("div", { class: "in-use" }, this.count, this.chips),
       this.none,
     );
-    let timer: ReturnType<typeof setTimeout> | undefined;
     this.search.addEventListener("input", () => {
-      clearTimeout(timer);
-      timer = setTimeout(() => app.store.update({ search: this.search.value }), DELAY);
+      clearTimeout(this.typing);
+      this.typing = setTimeout(() => {
+        this.typing = undefined;
+        app.store.update({ search: this.search.value });
+      }, DELAY);
     });
     app.store.listen((state) => this.follow(state));
     this.follow(app.store.state);
@@ -151,7 +154,8 @@ export class FilterBar {
   }
 
   private follow(state: Readonly<State>): void {
-    if (document.activeElement !== this.search) this.search.value = state.search;
+    const isTyping = this.typing !== undefined; // and the state does not yet know what
+    if (!isTyping && this.search.value !== state.search) this.search.value = state.search;
     const { order } = this.app.shown;
     const all = this.app.rules.size;
     const some = order.length === all ? "All" : `${wholeNumber(order.length)} of`;

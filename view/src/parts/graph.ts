@@ -11,7 +11,7 @@ import {
 import type { App } from "../app";
 import { type Link, linksOf } from "../data/links";
 import type { ItemId } from "../data/rules";
-import { announce, button, element, nameOf, svg } from "../dom";
+import { announce, button, element, nameOf, oncePerFrame, svg } from "../dom";
 import { shortened, significant, wholeNumber } from "../text";
 import { onThemeChange, theme } from "../theme";
 import { saveButtons } from "./picture";
@@ -38,6 +38,8 @@ export class Graph {
   private readonly list = element("ul", { class: "links" });
   private readonly title = element("p", { class: "muted" });
   private focusItem: ItemId | null = null;
+  // Table and panel come first; the layout takes longer than they do.
+  private readonly redraw = oncePerFrame(() => setTimeout(() => this.draw(), 0));
 
   constructor(
     private readonly app: App,
@@ -63,7 +65,7 @@ export class Graph {
       if (changed.has("chosen") && !changed.has("graph") && app.store.state.graph.length > 0)
         app.store.update({ graph: [] });
       const affects = ["chosen", "graph", "search", "items", "ranges"] as const;
-      if (affects.some((key) => changed.has(key))) this.draw();
+      if (affects.some((key) => changed.has(key))) this.redraw();
     });
     onThemeChange(() => this.draw());
     this.draw();

@@ -38,6 +38,11 @@ export class Shown {
     return true;
   }
 
+  /** Makes the order of names ahead, which takes the longest. */
+  prepare(): void {
+    this.ordered({ sort: "rule", isDescending: false });
+  }
+
   private inBrush(state: Readonly<State>): Uint8Array {
     if (!state.brush) return this.passing;
     const marks = this.passing.slice();
@@ -50,7 +55,7 @@ export class Shown {
     return marks;
   }
 
-  private ordered({ sort, isDescending }: Readonly<State>): Uint32Array {
+  private ordered({ sort, isDescending }: Pick<State, "sort" | "isDescending">): Uint32Array {
     const key = `${isDescending ? "-" : ""}${sort}`;
     const found = this.sorted.get(key) ?? this.sort(sort, isDescending);
     this.sorted.set(key, found);
