@@ -6,7 +6,7 @@ import { lengthText, significant } from "../text";
 /** Where infinite values stand, and those that a logarithm does not have. */
 const ABOVE = 1.07;
 const BELOW = -0.07;
-const EDGE = 0.03;
+const EDGE = 0.045;
 
 export interface Tick {
   place: number;

@@ -7,6 +7,8 @@ import { counted, lengthText, significant, wholeNumber } from "../text";
 import { sideElements } from "./rule_text";
 import { reasonText } from "./timelines";
 
+const LONGEST = 120; // characters of a name that comes again and again
+
 /** What a rule says, in sentences. Each is a list of texts and names. */
 export function sentencesOf(app: App, rule: RuleId, found: Occurrences | null): Child[][] {
   const counts = countsOf(app.rules, rule);
@@ -121,8 +123,8 @@ function entities(app: App, count: number): string {
 function sides(app: App, rule: RuleId): [a: () => Child[], s: () => Child[]] {
   const { rules } = app;
   return [
-    () => sideElements(app, rules.antecedentItems(rule), "antecedent"),
-    () => sideElements(app, rules.consequentItems(rule), "consequent"),
+    () => sideElements(app, rules.antecedentItems(rule), "antecedent", LONGEST),
+    () => sideElements(app, rules.consequentItems(rule), "consequent", LONGEST),
   ];
 }
 
