@@ -28,9 +28,18 @@ _UNWRITABLE = "^\"|[\t\n\r]"
 def write_whole(path: PathLike, write: Callable[[BinaryIO], object]) -> None:
     """Write a file beside its place and move it there, so that it is never half written.
 
-    What is no regular file, such as a device, is written directly.
+    What is no regular file, such as a device, is written directly. An `OSError` names the file.
     """
     target = Path(path)
+    try:
+        _write_whole(target, write)
+    except OSError as error:
+        if error.errno is None:
+            raise
+        raise type(error)(error.errno, error.strerror, os.fspath(target)) from error
+
+
+def _write_whole(target: Path, write: Callable[[BinaryIO], object]) -> None:
     if target.exists() and not target.is_file():
         with target.open("wb") as file:
             write(file)

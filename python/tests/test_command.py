@@ -140,7 +140,9 @@ def test_full_disk_is_an_error(ending, csv_file, tmp_path):
     full = tmp_path / f"full.{ending}"
     full.symlink_to("/dev/full")
     done = run("mine", csv_file, full, *ROLES, "-c", "1", status=1)
-    assert done.stderr.splitlines()[-1].endswith("No space left on device")
+    last = done.stderr.splitlines()[-1]
+    assert last.startswith(f"Error: {full}: ")
+    assert last.endswith("No space left on device")
 
 
 def test_warnings_are_one_line(csv_file, tmp_path):
