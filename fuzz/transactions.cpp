@@ -11,9 +11,8 @@
 #include "input.hpp"
 #include "memory_file.hpp"
 #include "plain_values.hpp"
-#include "support/plain_input.hpp"
 #include "targets.hpp"
-#include "unit/quarvis/transactions.hpp"
+#include "unit/quarvis/plain_transactions.hpp"
 
 namespace fuzz {
 
@@ -23,24 +22,11 @@ using quarvis::rule::History;
 using quarvis::rule::TransactionSet;
 using quarvis::test::Histories;
 using quarvis::test::historiesOf;
+using quarvis::test::readPlainly;
 
-/// A file once more, character by character into the standard containers.
-void readPlainly(Histories& histories, std::istream& in, char delim) {
-    std::string header;
-    std::getline(in, header);
-    moxtel::io::plain::StreamSource source(in);
-    moxtel::io::plain::RowParser rows(source, delim, "\"");
-    while (rows.hasRow()) {
-        rows.hasCell();
-        const std::string key = rows.nextCell();
-        rows.hasCell();
-        const std::string time = rows.nextCell();
-        // A text ends at its first NUL for whoever parses it.
-        auto& items = histories[key][plainParse<History::Time>(time.c_str()).value];
-        while (rows.hasCell())
-            if (const std::string item = rows.nextCell(); !item.empty())
-                items.insert(item);
-    }
+/// A text ends at its first NUL for whoever parses it.
+History::Time timeOf(const std::string& text) {
+    return plainParse<History::Time>(text.c_str()).value;
 }
 
 /// How the characters come.
@@ -101,7 +87,7 @@ void fuzzTransactions(Bytes bytes) {
     TransactionSet transactions;
     for (std::size_t i = 0; i < times; ++i) {
         readBy(way, text, expected,
-               [&](std::istream& in) { readPlainly(expected.histories, in, delim); });
+               [&](std::istream& in) { readPlainly(expected.histories, in, delim, timeOf); });
         readBy(way, text, outcome, [&](std::istream& in) { transactions.readInto(in, delim); });
     }
     outcome.histories = historiesOf(transactions);
@@ -112,7 +98,7 @@ void fuzzTransactions(Bytes bytes) {
 
     Histories plain;
     std::istringstream in(text);
-    readPlainly(plain, in, delim);
+    readPlainly(plain, in, delim, timeOf);
     TransactionSet ofFile;
     ofFile.readInto(MemoryFile(text).path(), delim);
     if (historiesOf(ofFile) != plain)

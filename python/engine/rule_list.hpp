@@ -43,6 +43,8 @@ class RuleList {
         quarvis::mining::Rule rule;  // but for the sides
     };
 
+    quarvis::mining::Rule m_ruleOf(const Added& added) const;
+
     quarvis::mining::Rules m_found;
     std::vector<quarvis::mining::Rank> m_ranks;  // of the sides of the added rules
     std::vector<Added> m_added;

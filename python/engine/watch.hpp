@@ -26,8 +26,8 @@ class OutOfBudget : public std::runtime_error {
 /// a callable of the progress, ten times a second at most, and stops at the bounds of a budget.
 ///
 /// The budget counts from its making on, over all steps. Made and destroyed with the interpreter's
-/// lock held. The engine calls it without the lock; it
-/// takes the lock for the moments in which it needs Python, in the calling thread alone.
+/// lock held. The engine calls it without the lock; it takes the lock for the moments in which it
+/// needs Python, in the calling thread alone.
 class Watch : public quarvis::mining::Observer {
   public:
     /// The bounds of a run; 0 is no bound.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "check_options.hpp"
+#include "exceeded.hpp"
 #include "forecast.hpp"
 #include "item_set_walk.hpp"
 #include "steps.hpp"
@@ -39,7 +40,10 @@ class Search {
                 m_meter.gaveBack(m_baskets->bytes());
             return sets;
         } catch (const OverBudget& over) {
-            throw m_exceeded(over);
+            std::vector<const FoundSets*> found = {&m_sets};
+            for (const FoundSets& walked : m_walked)
+                found.push_back(&walked);
+            throw exceeded(over, m_order, found);
         }
     }
 
@@ -126,17 +130,6 @@ class Search {
         }
         m_walked.clear();
         m_sets.link(m_order.size());
-    }
-
-    BudgetExceeded m_exceeded(const OverBudget& over) const {
-        std::vector<std::size_t> levels = {m_order.size()};
-        std::vector<std::uint32_t> counts;
-        for (std::uint32_t item = 0; item < m_order.size(); ++item)
-            counts.push_back(m_order.count(WalkItem{item}));
-        m_sets.tell(levels, counts);
-        for (const FoundSets& walked : m_walked)
-            walked.tell(levels, counts);
-        return exceeded(over, std::move(levels), std::move(counts));
     }
 
     /// The sets of a first item, as its thread found them: places in each of the levels.

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "check_options.hpp"
+#include "exceeded.hpp"
 #include "relevant_items.hpp"
 #include "rule_selection.hpp"
 #include "rule_walk.hpp"
@@ -48,17 +49,6 @@ std::vector<CountedRule> countRules(const HistoryIndex& index, const ItemSets& s
 }
 
 }  // namespace
-
-BudgetExceeded exceeded(const OverBudget& over, const ItemSets& sets) {
-    std::vector<std::size_t> levels;
-    std::vector<std::uint32_t> counts;
-    for (std::size_t size = 1; size <= sets.levels(); ++size) {
-        const Level& level = sets.level(size);
-        levels.push_back(level.size());
-        counts.insert(counts.end(), level.count.begin(), level.count.end());
-    }
-    return exceeded(over, std::move(levels), std::move(counts));
-}
 
 Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOptions& options,
                 Observer& observer, Meter& meter) {

@@ -154,14 +154,6 @@ std::vector<std::size_t> FoundSets::sizes() const {
     return sizes;
 }
 
-void FoundSets::tell(std::vector<std::size_t>& levels, std::vector<std::uint32_t>& counts) const {
-    levels.resize(std::max(levels.size(), maxSize()));
-    for (std::size_t i = 0; i < m_levels.size(); ++i) {
-        levels[i + 1] += m_levels[i].size();
-        counts.insert(counts.end(), m_levels[i].count.begin(), m_levels[i].count.end());
-    }
-}
-
 void FoundSets::truncate(std::size_t size) {
     if (size < maxSize())
         m_levels.resize(size - 1);

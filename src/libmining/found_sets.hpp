@@ -51,10 +51,6 @@ class FoundSets {
     /// The number of sets of each size from 2 on.
     std::vector<std::size_t> sizes() const;
 
-    /// Adds the number of sets of each size to `levels`, which begins with size 1, and their counts
-    /// to `counts`.
-    void tell(std::vector<std::size_t>& levels, std::vector<std::uint32_t>& counts) const;
-
     /// Drops the sets of more than `size` items.
     void truncate(std::size_t size);
 

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
-#include <vector>
 
 #include <quarvis/mining/budget.hpp>
 
@@ -84,9 +83,5 @@ class Meter {
     std::atomic<std::size_t> m_sets{0};
     std::atomic<std::size_t> m_bytes{0};
 };
-
-/// The exception for a run that found so many sets of each size from 1 on, with these counts.
-BudgetExceeded exceeded(const OverBudget& over, std::vector<std::size_t> levels,
-                        std::vector<std::uint32_t> counts);
 
 }  // namespace quarvis::mining

@@ -23,9 +23,9 @@ const RuleCounter::Kept* MomentCounter::pair(Rank partner, bool forward, bool ba
     std::uint64_t* const metBackward = m_bits.take(column.size);
     const std::uint32_t number = m_partners.number(partner);
     if (backward)
-        addPair(made->met, 1, metBackward, number, 0);
+        keepPair(made->met, 1, metBackward, number, 0);
     if (forward)
-        addPair(made->met, 2, metForward, 0, number);
+        keepPair(made->met, 2, metForward, 0, number);
     keepAround(*made, 0, number);
     std::size_t kept = 0;
     for (std::size_t i = 0; i < column.size; ++i) {
@@ -123,8 +123,9 @@ const RuleCounter::Kept* MomentCounter::extend(const Kept& kept, const Extension
         const std::uint32_t histories = m_columns.words().intersect(
             made->words, m_gather(bits, from.words.size),
             tried.isNew ? m_fresh.data() : m_recent.data(), met, m_single);
-        if (judge(rule, histories, [&] { return m_counted(*made, rule, met, histories); }))
-            add(made->met, tried, met, from, to.item);
+        if (judge(m_ledger, m_work.meter(), rule, histories,
+                  [&] { return m_counted(*made, rule, met, histories); }))
+            keepTried(made->met, tried, met, from, to.item);
         else
             m_bits.giveBack(words);
     }

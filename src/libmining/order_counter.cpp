@@ -56,9 +56,9 @@ const RuleCounter::Kept* OrderCounter::pair(Rank partner, bool forward, bool bac
     };
     const std::uint32_t number = m_partners.number(partner);
     if (backward)
-        addPair(made->met, 1, copied(m_before), number, 0);
+        keepPair(made->met, 1, copied(m_before), number, 0);
     if (forward)
-        addPair(made->met, 2, copied(m_after), 0, number);
+        keepPair(made->met, 2, copied(m_after), 0, number);
     keepAround(*made, 0, number);
     made->cost = made->met.rules;
     return made;
@@ -89,8 +89,8 @@ const RuleCounter::Kept* OrderCounter::extend(const Kept& kept, const Extension&
         const auto counted = [&] {
             return m_standings.anyPresent() ? m_counted(rule, met, item, from.latest) : histories;
         };
-        if (judge(rule, histories, counted))
-            add(made, tried, met, from, to.item);
+        if (judge(m_ledger, m_work.meter(), rule, histories, counted))
+            keepTried(made, tried, met, from, to.item);
         else
             m_bits.giveBack(words);
     }

@@ -38,8 +38,8 @@ RuleCounter::Met RuleCounter::takeMet(std::size_t most) {
     return met;
 }
 
-void RuleCounter::addPair(Met& met, SplitMask split, std::uint64_t* bits, std::uint32_t antecedent,
-                          std::uint32_t subsequent) {
+void RuleCounter::keepPair(Met& met, SplitMask split, std::uint64_t* bits, std::uint32_t antecedent,
+                           std::uint32_t subsequent) {
     const std::size_t words = m_partners.words();
     std::copy_n(m_partners.before(subsequent), words, met.toAntecedent + met.rules * words);
     std::copy_n(m_partners.after(antecedent), words, met.toSubsequent + met.rules * words);
@@ -47,8 +47,8 @@ void RuleCounter::addPair(Met& met, SplitMask split, std::uint64_t* bits, std::u
     met.bits[met.rules++] = bits;
 }
 
-void RuleCounter::add(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from,
-                      Rank item) {
+void RuleCounter::keepTried(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from,
+                            Rank item) {
     const std::size_t words = m_partners.words();
     const std::uint32_t number = m_partners.number(item);
     const std::uint64_t* toAntecedent = from.before;

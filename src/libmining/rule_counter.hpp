@@ -107,29 +107,15 @@ class RuleCounter {
     Met takeMet(std::size_t most);
 
     /// Keeps a rule of a pair.
-    void addPair(Met& met, SplitMask split, std::uint64_t* bits, std::uint32_t antecedent,
-                 std::uint32_t subsequent);
+    void keepPair(Met& met, SplitMask split, std::uint64_t* bits, std::uint32_t antecedent,
+                  std::uint32_t subsequent);
 
     /// Keeps a rule that was tried.
-    void add(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from, Rank item);
+    void keepTried(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from, Rank item);
 
     /// Keeps what may precede and follow all items: of a pair, of a larger set.
     void keepAround(Kept& made, std::uint32_t first, std::uint32_t second);
     void keepAround(Kept& made, const Kept& from, Rank item);
-
-    /// Takes a rule that is met in so many histories to the ledger; whether it is followed.
-    /// `counted` tells in how many of them it counts.
-    template <class Counted>
-    bool judge(const SplitSet& rule, std::uint32_t met, Counted counted) {
-        if (met < m_ledger.least())
-            return false;
-        const bool followed = m_ledger.follows(rule, met);
-        if (m_ledger.isCounted(rule, met)) {
-            m_work.meter().took(Meter::RULE_BYTES);
-            m_ledger.count(rule, {met, counted()});
-        }
-        return followed;
-    }
 
     const RulePartners& m_partners;
     RuleLedger& m_ledger;

@@ -6,6 +6,7 @@
 #include <tuple>
 #include <vector>
 
+#include "meter.hpp"
 #include "splits.hpp"
 
 namespace quarvis::mining {
@@ -55,6 +56,21 @@ class RuleLedger {
     /// The answer.
     virtual void count(const SplitSet& rule, Tally tally) = 0;
 };
+
+/// Takes a rule that is met in so many histories to a ledger; whether it is followed. `counted`
+/// tells in how many of them it counts, and is called only when that is asked for.
+template <class Counted>
+bool judge(RuleLedger& ledger, Meter& meter, const SplitSet& rule, std::uint32_t met,
+           Counted counted) {
+    if (met < ledger.least())
+        return false;
+    const bool followed = ledger.follows(rule, met);
+    if (ledger.isCounted(rule, met)) {
+        meter.took(Meter::RULE_BYTES);
+        ledger.count(rule, {met, counted()});
+    }
+    return followed;
+}
 
 /// The ledger of a run whose shard is the whole: rules that are met too seldom are dropped at once.
 class WholeLedger : public RuleLedger {

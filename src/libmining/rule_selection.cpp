@@ -2,34 +2,13 @@
 
 #include <algorithm>
 #include <bit>
-#include <compare>
 #include <cstdint>
 #include <span>
 #include <utility>
 
-#include <quarvis/mining/measures.hpp>
-
 #include "tasks.hpp"
 
 namespace quarvis::mining {
-
-namespace {
-
-using Ranks = std::span<const Rank>;
-
-/// The order of sides: lexicographic, a side before those that it begins with.
-std::strong_ordering compare(Ranks a, Ranks b) {
-    const auto [left, right] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-    if (left == a.end())
-        return right == b.end() ? std::strong_ordering::equal : std::strong_ordering::greater;
-    return right == b.end() ? std::strong_ordering::less : *left <=> *right;
-}
-
-double shareOf(std::size_t count, std::size_t total) {
-    return support(static_cast<unsigned int>(count), static_cast<unsigned int>(total));
-}
-
-}  // namespace
 
 bool passes(const Rule& rule, const Thresholds& thresholds) {
     return rule.support >= thresholds.minSupport && rule.confidence >= thresholds.minConfidence &&
@@ -87,15 +66,7 @@ void RuleSelection::add(const CountedRule& counted) {
     rule.antecedentCount = static_cast<std::uint32_t>(m_countOf(&ranks[begin], antecedent));
     rule.subsequentCount =
         static_cast<std::uint32_t>(m_countOf(&ranks[begin] + antecedent, subsequent));
-    const double both = shareOf(rule.unionCount, m_histories);
-    const double first = shareOf(rule.antecedentCount, m_histories);
-    const double second = shareOf(rule.subsequentCount, m_histories);
-    rule.support = shareOf(rule.count, m_histories);
-    rule.confidence = confidence(both, first);
-    rule.lift = lift(both, first, second);
-    rule.conviction = conviction(second, rule.confidence);
-    rule.probability = probability(both, second);
-    rule.certainty = certainty(both, second);
+    measure(rule, m_histories);
     if (passes(rule, m_thresholds))
         m_selected.m_rules.push_back({begin, antecedent, subsequent, rule});
     else
@@ -146,19 +117,9 @@ Rules RuleSelection::sorted() && {
     order.reserve(rules.size());
     for (std::size_t rule = 0; rule < rules.size(); ++rule)
         order.emplace_back(m_keyOf(rules[rule], bits), rule);
-    const auto antecedent = [&](std::size_t rule) {
-        return Ranks(ranks).subspan(rules[rule].begin, rules[rule].antecedent);
-    };
-    const auto subsequent = [&](std::size_t rule) {
-        return Ranks(ranks).subspan(rules[rule].begin + rules[rule].antecedent,
-                                    rules[rule].subsequent);
-    };
-    std::sort(order.begin(), order.end(), [&](const auto& a, const auto& b) {
-        if (a.first != b.first)
-            return a.first < b.first;
-        const std::strong_ordering sides = compare(antecedent(a.second), antecedent(b.second));
-        return std::is_neq(sides) ? std::is_lt(sides)
-                                  : std::is_lt(compare(subsequent(a.second), subsequent(b.second)));
+    std::sort(order.begin(), order.end(), [this](const auto& a, const auto& b) {
+        return a.first != b.first ? a.first < b.first
+                                  : standsBefore(m_selected[a.second], m_selected[b.second]);
     });
     std::vector<Rules::Stored> sorted;
     sorted.reserve(rules.size());

@@ -45,9 +45,9 @@ void RuleWalk::walk(std::size_t first) {
     m_rulePartners.begin(item, m_later);
     if (!m_choosePartners())
         return;
-    m_counter = m_orders && m_orders->begin(item, m_partners) ? &*m_orders : nullptr;
+    m_counter = m_orders && m_orders->begin(item, m_needed) ? &*m_orders : nullptr;
     if (m_counter == nullptr) {
-        m_moments.begin(item, m_partners);
+        m_moments.begin(item, m_needed);
         m_counter = &m_moments;
     }
     const RuleCounter::Mark mark = m_counter->mark();
@@ -66,19 +66,12 @@ void RuleWalk::m_judgePairs(Rank first) {
             counted = countPair(m_standings, first, pair.last);
             m_work.add(m_standings.places(first).size() + m_standings.places(pair.last).size());
         }
-        const auto judge = [&](SplitMask split, Tally tally) {
-            if (tally.met < m_ledger.least())
-                return false;
-            const SplitSet rule{2, static_cast<std::uint32_t>(pair.set), split};
-            const bool followed = m_ledger.follows(rule, tally.met);
-            if (m_ledger.isCounted(rule, tally.met)) {
-                m_work.meter().took(Meter::RULE_BYTES);
-                m_ledger.count(rule, tally);
-            }
-            return followed;
+        const auto follow = [&](SplitMask split, std::uint32_t histories, std::uint32_t number) {
+            return judge(m_ledger, m_work.meter(), {2, static_cast<std::uint32_t>(pair.set), split},
+                         histories, [number] { return number; });
         };
-        pair.backward = judge(1, {met.backward, counted.backward});
-        pair.forward = judge(2, {met.forward, counted.forward});
+        pair.backward = follow(1, met.backward, counted.backward);
+        pair.forward = follow(2, met.forward, counted.forward);
     }
 }
 
@@ -95,11 +88,11 @@ bool RuleWalk::m_choosePartners() {
                 m_pairs[i].isNeeded = m_pairs[other].isNeeded = true;
         }
     }
-    m_partners.clear();
+    m_needed.clear();
     for (const Pair& pair : m_pairs)
         if (pair.isNeeded)
-            m_partners.push_back({pair.last, pairs.count[pair.set]});
-    return !m_partners.empty();
+            m_needed.push_back({pair.last, pairs.count[pair.set]});
+    return !m_needed.empty();
 }
 
 /// Whether the pairs of the items of a triple, the first item and these, leave a rule possible.

@@ -81,9 +81,9 @@ class RuleWalk {
     std::optional<OrderCounter> m_orders;  // where there is no window
     RuleCounter* m_counter = nullptr;      // the one that suits the first item at hand
     std::vector<Pair> m_pairs;
-    std::vector<Rank> m_later;                     // their last items
-    std::vector<RuleCounter::Partner> m_partners;  // those that are needed
-    std::deque<std::vector<Node>> m_nodes;         // by size
+    std::vector<Rank> m_later;                   // their last items
+    std::vector<RuleCounter::Partner> m_needed;  // those that triples are made from
+    std::deque<std::vector<Node>> m_nodes;       // by size
     // By rank: the last time that m_markJoined marked a set with this last item.
     std::vector<std::uint32_t> m_joined;
     std::uint32_t m_markings = 0;

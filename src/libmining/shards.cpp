@@ -10,6 +10,7 @@
 
 #include "candidates.hpp"
 #include "check_options.hpp"
+#include "exceeded.hpp"
 #include "forecast.hpp"
 #include "item_set_walk.hpp"
 #include "relevant_items.hpp"
@@ -51,7 +52,7 @@ class ShardedRun {
         try {
             return m_findItemSets();
         } catch (const OverBudget& over) {
-            throw m_exceeded(over);
+            throw exceeded(over, m_order, {&m_found});
         }
     }
 
@@ -98,15 +99,6 @@ class ShardedRun {
         m_observer.rulesCounted(counted.size());
         return selectRules(counted, sets, m_options.thresholds, histories, m_options.threads,
                            m_step);
-    }
-
-    BudgetExceeded m_exceeded(const OverBudget& over) const {
-        std::vector<std::size_t> levels = {m_order.size()};
-        std::vector<std::uint32_t> counts;
-        for (std::uint32_t item = 0; item < m_order.size(); ++item)
-            counts.push_back(m_order.count(WalkItem{item}));
-        m_found.tell(levels, counts);
-        return exceeded(over, std::move(levels), std::move(counts));
     }
 
     /// Calls `work` for each shard, in the threads of the run.

@@ -36,10 +36,17 @@ struct Rule {
     /// @}
 };
 
+/// Fills in the measures of a rule, including `support`, from its counts and the number of all
+/// histories.
+void measure(Rule& rule, std::size_t histories);
+
+/// Whether a rule stands before another one in the rules file: by antecedent, then by subsequent;
+/// sides compare lexicographically by rank, where a side comes before those that it begins with.
+bool standsBefore(const Rule& a, const Rule& b);
+
 class [[gnu::visibility("hidden")]] RuleSelection;  // not for users, so not exported
 
-/// The rules of a run in the order of the rules file: by antecedent, then by subsequent; sides
-/// compare lexicographically by rank, where a side comes before those that it begins with.
+/// The rules of a run in the order of the rules file (see `standsBefore`).
 class Rules {
   public:
     /// @{

@@ -13,9 +13,8 @@
 
 #include <quarvis/history.hpp>
 
-#include "support/plain_input.hpp"
+#include "plain_transactions.hpp"
 #include "support/temp_dir.hpp"
-#include "transactions.hpp"
 
 namespace {
 
@@ -23,24 +22,10 @@ using quarvis::rule::History;
 using quarvis::rule::TransactionSet;
 using quarvis::test::Histories;
 using quarvis::test::historiesOf;
+using quarvis::test::readPlainly;
 
-void readPlainly(Histories& histories, std::istream& in, char delim) {
-    std::string header;
-    std::getline(in, header);
-    moxtel::io::plain::StreamSource source(in);
-    moxtel::io::plain::RowParser rows(source, delim, "\"");
-    while (rows.hasRow()) {
-        rows.hasCell();
-        const std::string key = rows.nextCell();
-        rows.hasCell();
-        const auto time = moxtel::string::parse<History::Time>(rows.nextCell());
-        auto& items = histories[key][time];
-        while (rows.hasCell()) {
-            const std::string item = rows.nextCell();
-            if (!item.empty())
-                items.insert(item);
-        }
-    }
+History::Time timeOf(const std::string& text) {
+    return moxtel::string::parse<History::Time>(text);
 }
 
 /// Whether `read(in)` ended in a failure of a stream over `text` that throws at `thrown`, and the
@@ -89,8 +74,8 @@ TEST(TransactionFileBesidePlain, HoldsTheSame) {
                                          : random() % 2 == 0 ? std::ios::eofbit
                                                              : std::ios::failbit;
         Histories expected;
-        const auto expectedOutcome =
-            outcome(text, thrown, [&](std::istream& in) { readPlainly(expected, in, delim); });
+        const auto expectedOutcome = outcome(
+            text, thrown, [&](std::istream& in) { readPlainly(expected, in, delim, timeOf); });
 
         TransactionSet transactions;
         EXPECT_EQ(
