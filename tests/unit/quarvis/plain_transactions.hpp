@@ -20,7 +20,8 @@ void readPlainly(Histories& histories, std::istream& in, char delim, ParseTime p
         rows.hasCell();
         const std::string key = rows.nextCell();
         rows.hasCell();
-        auto& items = histories[key][parseTime(rows.nextCell())];
+        const auto time = parseTime(rows.nextCell());
+        auto& items = histories[key][time];
         while (rows.hasCell())
             if (const std::string item = rows.nextCell(); !item.empty())
                 items.insert(item);
