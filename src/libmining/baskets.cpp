@@ -2,21 +2,29 @@
 
 #include <cassert>
 #include <limits>
+#include <optional>
 #include <stdexcept>
+#include <utility>
+
+#include "tasks.hpp"
 
 namespace quarvis::mining {
 
 namespace {
 
 constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
+constexpr const char* TOO_MANY = "too many items of histories";
 
-/// The distinct items of each history, in no order.
-struct Unordered {
-    std::vector<WalkItem> items;
-    std::vector<std::uint32_t> begin = {0};  // by history that is kept, and the end of the last
-    std::vector<std::uint32_t> counts;       // by item
+}  // namespace
 
-    Unordered(const Shard& shard, const WalkOrder& order, Work* work) : counts(order.size()) {
+/// Some of the histories of a shard.
+///
+/// A transposition sorts them: their items are listed by item, and these lists, taken in the order
+/// of the items, fill each history in that order.
+class Baskets::Part {
+  public:
+    /// Finds the distinct items of each history, in no order.
+    Part(const Shard& shard, const WalkOrder& order, Work& work) : m_next(order.size()) {
         std::vector<std::uint32_t> last(order.size(), NONE);  // by item: the last history with it
         for (std::size_t history = shard.begin; history < shard.end; ++history) {
             const HistoryId id{static_cast<std::uint32_t>(history)};
@@ -27,59 +35,97 @@ struct Unordered {
                     if (item == WalkOrder::NOT_WALKED || last[at(item)] == history)
                         continue;
                     last[at(item)] = static_cast<std::uint32_t>(history);
-                    items.push_back(item);
+                    m_items.push_back(item);
                 }
-            if (work != nullptr)
-                work->add(1 + 5 * (items.size() - begin.back()));
+            work.add(1 + 5 * (m_items.size() - m_begin.back()));
             m_endHistory();
         }
     }
 
+    /// The places that its items and the marks of its histories take.
+    std::size_t places() const { return m_items.size() + m_histories(); }
+
+    /// The number of its histories that hold an item.
+    std::uint32_t count(std::size_t item) const { return m_next[item]; }
+
+    /// Has its places of each item begin there; they end where those of the next part begin.
+    void beginAt(std::size_t item, std::uint32_t place) { m_next[item] = place; }
+
+    /// Hands its items over, for the baskets to have room for all.
+    std::vector<WalkItem> takeItems() { return std::move(m_items); }
+
+    /// Fills in its items, from `first` on, and their places. Its own items are those at `items`,
+    /// unless they are still here.
+    void fill(Baskets& made, std::size_t first) {
+        const WalkItem* const items = m_items.empty() ? made.m_items.data() : m_items.data();
+        std::vector<std::uint32_t> next = m_next;
+        const std::size_t histories = m_histories();
+        for (std::uint32_t history = 0; history < histories; ++history)
+            for (std::size_t i = m_begin[history]; i < m_begin[history + 1]; ++i)
+                made.m_places[next[at(items[i])]++] = history;
+
+        for (std::size_t history = 0; history < histories; ++history) {
+            m_begin[history] += static_cast<std::uint32_t>(first + history);
+            made.m_items[first + m_begin[history + 1] + history] = END;
+        }
+        for (std::uint32_t item = 0; item < m_next.size(); ++item)
+            for (std::uint32_t i = m_next[item]; i < next[item]; ++i) {
+                std::uint32_t& place = m_begin[made.m_places[i]];
+                assert(made.m_items[place] != END);
+                made.m_items[place] = WalkItem{item};
+                made.m_places[i] = place++;
+            }
+    }
+
   private:
+    std::size_t m_histories() const { return m_begin.size() - 1; }
+
     void m_endHistory() {
-        if (items.size() - begin.back() < 2) {
-            items.resize(begin.back());
+        if (m_items.size() - m_begin.back() < 2) {
+            m_items.resize(m_begin.back());
             return;
         }
-        for (std::size_t i = begin.back(); i < items.size(); ++i)
-            ++counts[at(items[i])];
+        for (std::size_t i = m_begin.back(); i < m_items.size(); ++i)
+            ++m_next[at(m_items[i])];
         // A mark is added for each history.
-        if (items.size() + begin.size() >= NONE)
-            throw std::length_error("too many items of histories");
-        begin.push_back(static_cast<std::uint32_t>(items.size()));
+        if (m_items.size() + m_begin.size() >= NONE)
+            throw std::length_error(TOO_MANY);
+        m_begin.push_back(static_cast<std::uint32_t>(m_items.size()));
     }
+
+    std::vector<WalkItem> m_items;
+    std::vector<std::uint32_t> m_begin = {0};  // by history that is kept, and the end of the last
+    std::vector<std::uint32_t> m_next;  // by item: its histories, then where its places begin
 };
 
-}  // namespace
-
-/// A transposition sorts the histories: their items are listed by item, and these lists, taken in
-/// the order of the items, fill each history in that order.
-Baskets::Baskets(const Shard& shard, const WalkOrder& order, Work* work)
+Baskets::Baskets(const Shard& shard, const WalkOrder& order, unsigned threads, Step& step)
     : m_begin(order.size() + 1) {
-    Unordered histories(shard, order, work);
-    for (std::size_t item = 0; item < order.size(); ++item)
-        m_begin[item + 1] = m_begin[item] + histories.counts[item];
+    std::vector<std::optional<Part>> parts(threads);
+    const std::size_t histories = shard.end - shard.begin;
+    workOnParts(threads, step, [&](std::size_t part) {
+        Work work(step);
+        parts[part].emplace(Shard{shard.index, shard.begin + beginOfPart(histories, part, threads),
+                                  shard.begin + beginOfPart(histories, part + 1, threads)},
+                            order, work);
+    });
 
-    m_places.resize(histories.items.size());
-    std::vector<std::uint32_t> next(m_begin.begin(), m_begin.end() - 1);
-    const std::size_t count = histories.begin.size() - 1;
-    for (std::uint32_t history = 0; history < count; ++history)
-        for (std::size_t i = histories.begin[history]; i < histories.begin[history + 1]; ++i)
-            m_places[next[at(histories.items[i])]++] = history;
-
-    m_items = std::move(histories.items);
-    m_items.resize(m_places.size() + count);
-    for (std::size_t history = 0; history < count; ++history) {
-        m_items[histories.begin[history + 1] + history] = END;
-        histories.begin[history] += static_cast<std::uint32_t>(history);
-    }
-    for (std::uint32_t item = 0; item < order.size(); ++item)
-        for (std::uint32_t i = m_begin[item]; i < m_begin[item + 1]; ++i) {
-            std::uint32_t& place = histories.begin[m_places[i]];
-            assert(m_items[place] != END);
-            m_items[place] = WalkItem{item};
-            m_places[i] = place++;
+    for (std::size_t item = 0; item < order.size(); ++item) {
+        m_begin[item + 1] = m_begin[item];
+        for (std::optional<Part>& part : parts) {
+            const std::uint32_t count = part->count(item);
+            part->beginAt(item, m_begin[item + 1]);
+            m_begin[item + 1] += count;
         }
+    }
+    std::vector<std::size_t> first(threads + 1);
+    for (std::size_t part = 0; part < threads; ++part)
+        first[part + 1] = first[part] + parts[part]->places();
+    if (first.back() >= NONE)
+        throw std::length_error(TOO_MANY);
+    m_items = parts.front()->takeItems();
+    m_items.resize(first.back());
+    m_places.resize(m_begin.back());
+    workOnParts(threads, step, [&](std::size_t part) { parts[part]->fill(*this, first[part]); });
 }
 
 }  // namespace quarvis::mining

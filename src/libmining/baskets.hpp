@@ -23,8 +23,8 @@ class Baskets {
     /// The mark behind the items of a history; greater than every item.
     static constexpr WalkItem END{static_cast<std::uint32_t>(-1)};
 
-    /// What it costs is told to `work`, if any.
-    Baskets(const Shard& shard, const WalkOrder& order, Work* work = nullptr);
+    /// Made in `threads` threads of a step.
+    Baskets(const Shard& shard, const WalkOrder& order, unsigned threads, Step& step);
 
     std::size_t itemCount() const { return m_begin.size() - 1; }
 
@@ -47,6 +47,8 @@ class Baskets {
     }
 
   private:
+    class Part;
+
     std::vector<WalkItem> m_items;       // by history
     std::vector<std::uint32_t> m_begin;  // by item: where its places begin, and the end of the last
     std::vector<std::uint32_t> m_places;

@@ -1,6 +1,7 @@
 #include "candidates.hpp"
 
 #include <cassert>
+#include <utility>
 
 namespace quarvis::mining {
 
@@ -76,7 +77,7 @@ std::size_t Candidates::prune(const std::vector<std::uint32_t>& counts) {
 bool Candidates::finish() {
     if (m_kept.count(m_size) == 0)
         return false;
-    m_found.append(m_kept, {}, m_kept.sizes());
+    m_found.addLevelOf(std::move(m_kept));
     m_found.link(m_items);
     return true;
 }

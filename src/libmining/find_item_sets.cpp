@@ -63,8 +63,7 @@ class Search {
 
     void m_findLarger() {
         Step step(m_observer, m_meter);
-        Work work(step);
-        m_baskets = std::make_unique<Baskets>(m_shard, m_order, &work);
+        m_baskets = std::make_unique<Baskets>(m_shard, m_order, m_options.threads, step);
         m_meter.took(m_baskets->bytes());
         if (m_isShort())
             return;
@@ -79,6 +78,7 @@ class Search {
         const std::size_t size = m_reported + 1;
         m_observer.levelForecast(size, forecast(m_sets, m_order.size()));
         m_walk(size, Step::NO_LIMIT);
+        m_sets.link(m_order.size());
         m_reported = size;
         m_observer.levelFound(size, m_sets.count(size));
         return size < m_maxSize &&
@@ -107,14 +107,14 @@ class Search {
         Step step(m_observer, m_meter, limit);
         m_walked.assign(m_options.threads, {});
         std::vector<FoundSets>& found = m_walked;
-        std::vector<Part> parts(m_order.size());
+        std::vector<FoundSets::Part> parts(m_order.size());
         const auto makeWorker = [&](unsigned thread) {
             return [&, thread, work = std::make_unique<Work>(step),
                     walk = std::unique_ptr<ItemSetWalk>()](std::size_t task) mutable {
                 if (!walk)
                     walk =
                         std::make_unique<ItemSetWalk>(*m_baskets, m_options.minCount, scope, *work);
-                parts[task].thread = thread;
+                parts[task].from = &found[thread];
                 parts[task].begins = found[thread].sizes();
                 walk->walk(WalkItem{static_cast<std::uint32_t>(task)}, found[thread]);
                 parts[task].ends = found[thread].sizes();
@@ -122,22 +122,12 @@ class Search {
         };
         workOn(m_order.size(), m_options.threads, step, makeWorker,
                [&](std::size_t done) { m_observer.progressed(done, m_order.size()); });
-        if (m_options.threads == 1 && scope.knownSize == 1) {
+        if (m_options.threads == 1 && scope.knownSize == 1)
             m_sets = std::move(found[0]);
-        } else {
-            for (const Part& part : parts)
-                m_sets.append(found[part.thread], part.begins, part.ends);
-        }
+        else
+            m_sets.append(parts, m_options.threads, step);
         m_walked.clear();
-        m_sets.link(m_order.size());
     }
-
-    /// The sets of a first item, as its thread found them: places in each of the levels.
-    struct Part {
-        unsigned thread = 0;
-        std::vector<std::size_t> begins;
-        std::vector<std::size_t> ends;
-    };
 
     const MiningOptions& m_options;
     Observer& m_observer;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -16,18 +17,33 @@ namespace quarvis::mining {
 
 namespace {
 
+/// The sets of the first level, those first that take the longest to work on: no thread is to begin
+/// one of these when the others are nearly done.
+std::vector<std::size_t> longestFirst(const Standings& standings, const ItemSets& sets) {
+    const Level& items = sets.level(1);
+    const auto cost = [&](std::size_t first) {
+        return standings.places(items.last[first]).size() *
+               (items.extensions[first + 1] - items.extensions[first]);
+    };
+    std::vector<std::size_t> order(items.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return cost(a) > cost(b); });
+    return order;
+}
+
 /// Counts the rules, in the threads of the run.
 std::vector<CountedRule> countRules(const HistoryIndex& index, const ItemSets& sets,
                                     const MiningOptions& options, Observer& observer, Step& step) {
     std::vector<CountedRule> counted;
     if (sets.levels() < 2)
         return counted;
-    Work ownWork(step);
     const Standings standings(Shard::whole(index), relevantItems(sets, index.itemCount()),
-                              options.window, &ownWork);
+                              options.window, options.threads, step);
     step.meter().took(standings.bytes());
     const std::uint32_t least = std::max<std::uint32_t>(options.minCount, 1);
     const PairTallies tallies(standings, sets, options.threads, step);
+    const std::vector<std::size_t> order = longestFirst(standings, sets);
     std::vector<std::unique_ptr<WholeLedger>> ledgers(options.threads);
     const auto makeWorker = [&](unsigned thread) {
         ledgers[thread] = std::make_unique<WholeLedger>(least);
@@ -35,13 +51,12 @@ std::vector<CountedRule> countRules(const HistoryIndex& index, const ItemSets& s
         auto walk = std::make_unique<RuleWalk>(
             standings, tallies, sets, std::numeric_limits<std::size_t>::max(), options.splits,
             options.window == 0, *ledgers[thread], *work);
-        return [work = std::move(work), walk = std::move(walk)](std::size_t task) {
-            walk->walk(task);
+        return [&order, work = std::move(work), walk = std::move(walk)](std::size_t task) {
+            walk->walk(order[task]);
         };
     };
-    const std::size_t tasks = sets.level(1).size();
-    workOn(tasks, options.threads, step, makeWorker,
-           [&](std::size_t done) { observer.progressed(done, tasks); });
+    workOn(order.size(), options.threads, step, makeWorker,
+           [&](std::size_t done) { observer.progressed(done, order.size()); });
     for (const std::unique_ptr<WholeLedger>& ledger : ledgers)
         if (ledger)
             counted.insert(counted.end(), ledger->rules.begin(), ledger->rules.end());

@@ -31,18 +31,23 @@ struct Tuples {
 };
 
 /// The tuples of a level from those of the level below.
-Tuples extended(const Tuples& below, const FoundSets::Level& level, const WalkOrder& order) {
+Tuples extended(const Tuples& below, const FoundSets::Level& level, const WalkOrder& order,
+                unsigned threads, Step& step) {
     Tuples tuples{below.size + 1, std::vector<Rank>((below.size + 1) * level.size())};
-    Rank* target = tuples.ranks.data();
-    for (std::size_t set = 0; set < level.size(); ++set) {
-        const Rank* const prefix = below[level.parent[set]];
-        const Rank* const end = prefix + below.size;
-        const Rank last = order.rank(level.last[set]);
-        const Rank* const place = std::find_if(prefix, end, [last](Rank r) { return r > last; });
-        target = std::copy(prefix, place, target);
-        *target++ = last;
-        target = std::copy(place, end, target);
-    }
+    workOnParts(threads, step, [&](std::size_t part) {
+        std::size_t set = beginOfPart(level.size(), part, threads);
+        const std::size_t endSet = beginOfPart(level.size(), part + 1, threads);
+        for (Rank* target = tuples.ranks.data() + set * tuples.size; set < endSet; ++set) {
+            const Rank* const prefix = below[level.parent[set]];
+            const Rank* const end = prefix + below.size;
+            const Rank last = order.rank(level.last[set]);
+            const Rank* const place =
+                std::find_if(prefix, end, [last](Rank rank) { return rank > last; });
+            target = std::copy(prefix, place, target);
+            *target++ = last;
+            target = std::copy(place, end, target);
+        }
+    });
     return tuples;
 }
 
@@ -121,6 +126,14 @@ Level orderedLevel(const std::vector<std::uint32_t>& counts, const Tuples& tuple
 
 }  // namespace
 
+void FoundSets::Level::resize(std::size_t sets) {
+    if (sets >= std::numeric_limits<std::uint32_t>::max())
+        throw std::length_error("too many item sets of one size");
+    parent.resize(sets);
+    last.resize(sets);
+    count.resize(sets);
+}
+
 void FoundSets::add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count) {
     while (maxSize() < size)
         m_levels.emplace_back();
@@ -134,17 +147,59 @@ void FoundSets::add(std::size_t size, std::size_t parent, WalkItem last, std::ui
     level.count.push_back(count);
 }
 
-void FoundSets::append(const FoundSets& other, const std::vector<std::size_t>& begins,
-                       const std::vector<std::size_t>& ends) {
-    std::size_t shift = 0;  // of the places of the level below
-    for (std::size_t i = 0; i < ends.size(); ++i) {
-        const std::size_t begin = i < begins.size() ? begins[i] : 0;
-        const std::size_t next = count(i + 2) - begin;
-        const Level& from = other.m_levels[i];
-        for (std::size_t set = begin; set < ends[i]; ++set)
-            add(i + 2, from.parent[set] + shift, from.last[set], from.count[set]);
-        shift = begin == ends[i] ? 0 : next;
+void FoundSets::append(const std::vector<Part>& parts, unsigned threads, Step& step) {
+    /// Where a level of a part goes, and by what the places of its parents move.
+    struct Target {
+        std::size_t begin;
+        std::size_t shift;
+    };
+    std::vector<std::vector<Target>> targets;
+    const std::vector<std::size_t> before = sizes();
+    std::vector<std::size_t> next = before;
+    for (const Part& part : parts) {
+        std::vector<Target>& levels = targets.emplace_back();
+        std::size_t shift = 0;
+        for (std::size_t i = 0; i < part.ends.size(); ++i) {
+            const std::size_t begin = part.begin(i);
+            next.resize(std::max(next.size(), i + 1));
+            levels.push_back({next[i], shift});
+            shift = begin == part.ends[i] ? 0 : next[i] - begin;
+            next[i] += part.ends[i] - begin;
+        }
     }
+    while (next.size() > before.size() && next.back() == 0)
+        next.pop_back();
+    const auto copy = [&](std::size_t place) {
+        const Part& part = parts[place];
+        for (std::size_t i = 0; i < part.ends.size(); ++i) {
+            const Level& from = part.from->m_levels[i];
+            std::size_t target = targets[place][i].begin;
+            for (std::size_t set = part.begin(i); set < part.ends[i]; ++set, ++target) {
+                m_levels[i].parent[target] =
+                    from.parent[set] + static_cast<std::uint32_t>(targets[place][i].shift);
+                m_levels[i].last[target] = from.last[set];
+                m_levels[i].count[target] = from.count[set];
+            }
+        }
+    };
+    const auto resize = [this](const std::vector<std::size_t>& to) {
+        m_levels.resize(to.size());
+        for (std::size_t i = 0; i < to.size(); ++i)
+            m_levels[i].resize(to[i]);
+    };
+    try {
+        resize(next);
+        workOn(
+            parts.size(), threads, step, [&copy](unsigned) { return copy; }, [](std::size_t) {});
+    } catch (...) {
+        resize(before);
+        throw;
+    }
+}
+
+void FoundSets::addLevelOf(FoundSets&& other) {
+    assert(other.m_levels.size() == m_levels.size() + 1);
+    m_levels.push_back(std::move(other.m_levels.back()));
 }
 
 std::vector<std::size_t> FoundSets::sizes() const {
@@ -185,26 +240,23 @@ ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step
 
     // As many levels at a time as there are threads; of all others there are no tuples.
     std::vector<Sorted> batch;
-    const auto onEach = [&](auto work) {
-        workOn(
-            batch.size(), threads, step, [&work](unsigned) { return work; }, [](std::size_t) {});
-    };
     for (std::size_t begin = 0; begin < m_levels.size(); begin += batch.size()) {
         batch.clear();
         for (std::size_t i = begin; i < m_levels.size() && batch.size() < threads; ++i) {
-            batch.push_back(
-                {extended(batch.empty() ? below.tuples : batch.back().tuples, m_levels[i], order),
-                 {},
-                 {}});
+            batch.push_back({extended(batch.empty() ? below.tuples : batch.back().tuples,
+                                      m_levels[i], order, threads, step),
+                             {},
+                             {}});
             // From here on the tuples tell what these told.
             std::vector<std::uint32_t>().swap(m_levels[i].parent);
             std::vector<WalkItem>().swap(m_levels[i].last);
         }
-        onEach([&](std::size_t i) {
+        const auto levels = static_cast<unsigned>(batch.size());
+        workOnParts(levels, step, [&](std::size_t i) {
             batch[i].order =
                 sortedTuples(batch[i].tuples, m_levels[begin + i].count.size(), order.ranks());
         });
-        onEach([&](std::size_t i) {
+        workOnParts(levels, step, [&](std::size_t i) {
             const Sorted& lower = i == 0 ? below : batch[i - 1];
             batch[i].level = orderedLevel(m_levels[begin + i].count, batch[i].tuples,
                                           batch[i].order, lower.tuples, lower.order);

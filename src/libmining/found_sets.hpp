@@ -28,6 +28,9 @@ class FoundSets {
         std::vector<std::uint32_t> extensions;
 
         std::size_t size() const { return last.size(); }
+
+        /// Throws `std::length_error` beyond 2^32 - 2 sets.
+        void resize(std::size_t sets);
     };
 
     /// The greatest size of which there are sets; at least 1.
@@ -43,10 +46,26 @@ class FoundSets {
     /// Adds a set after all others of its size. Throws `std::length_error` beyond 2^32 - 2 of them.
     void add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count);
 
-    /// Adds the sets of `other` from the given places of its levels on, up to `ends`, after all
-    /// others; `begins` are the same places of the sets before.
-    void append(const FoundSets& other, const std::vector<std::size_t>& begins,
-                const std::vector<std::size_t>& ends);
+    /// Some of the sets of `from`: of each level from 2 on those at the places [begin, end), by
+    /// size. Missing begins are 0.
+    struct Part {
+        const FoundSets* from = nullptr;
+        std::vector<std::size_t> begins;
+        std::vector<std::size_t> ends;
+
+        std::size_t begin(std::size_t level) const {
+            return level < begins.size() ? begins[level] : 0;
+        }
+    };
+
+    /// Adds the sets of the parts, one part after the other, after all others; a part holds all
+    /// that its sets extend. The work is done in `threads` threads. Throws `std::length_error` as
+    /// `add`; whenever it throws, nothing was added.
+    void append(const std::vector<Part>& parts, unsigned threads, Step& step);
+
+    /// Adds the sets of the greatest size of `other`, one more than here; they extend sets that are
+    /// here.
+    void addLevelOf(FoundSets&& other);
 
     /// The number of sets of each size from 2 on.
     std::vector<std::size_t> sizes() const;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <span>
+#include <optional>
 #include <utility>
 
 #include "tasks.hpp"
@@ -15,30 +15,55 @@ bool passes(const Rule& rule, const Thresholds& thresholds) {
            rule.lift >= thresholds.minLift && rule.conviction <= thresholds.maxConviction;
 }
 
-/// Collects some of the rules.
+/// Selects some of the rules, and puts them into order.
 class RuleSelection {
   public:
     RuleSelection(const ItemSets& sets, const Thresholds& thresholds, std::size_t histories)
-        : m_sets(sets), m_thresholds(thresholds), m_histories(histories) {}
+        : m_sets(sets),
+          m_thresholds(thresholds),
+          m_histories(histories),
+          m_bits(s_bitsOf(sets.level(1))) {}
 
+    /// Adds a rule if it passes.
     void add(const CountedRule& counted);
 
-    /// Adds what another one has collected.
-    void append(const RuleSelection& other);
+    /// Orders the rules that were added.
+    void sort();
 
-    /// The rules in their order; leaves this empty.
-    Rules sorted() &&;
+    /// Adds the rules of another selection; both are sorted.
+    void merge(const RuleSelection& other);
+
+    /// The rules, sorted; leaves this empty.
+    Rules take() &&;
 
   private:
+    /// A rule at a place of m_selected, with the beginning of its text.
+    struct Keyed {
+        std::uint64_t key;
+        std::size_t place;
+    };
+
+    static unsigned s_bitsOf(const Level& items);
     std::size_t m_countOf(const Rank* items, std::size_t size) const;
-    std::uint64_t m_keyOf(const Rules::Stored& rule, unsigned bits) const;
+    std::uint64_t m_keyOf(const Rules::Stored& rule) const;
+    bool m_standsBefore(const Keyed& a, const Keyed& b) const {
+        return a.key != b.key ? a.key < b.key
+                              : standsBefore(m_selected[a.place], m_selected[b.place]);
+    }
 
     const ItemSets& m_sets;
     const Thresholds& m_thresholds;
     std::size_t m_histories;
+    unsigned m_bits;  // of a rank or an end mark in a key
     std::vector<Rank> m_items;
     Rules m_selected;
+    std::vector<Keyed> m_order;
 };
+
+/// As many as a mark takes that is greater than all ranks.
+unsigned RuleSelection::s_bitsOf(const Level& items) {
+    return static_cast<unsigned>(std::bit_width(at(items.last.back()) + std::size_t{1}));
+}
 
 /// The count of a frequent set, of which every part is frequent too.
 std::size_t RuleSelection::m_countOf(const Rank* items, std::size_t size) const {
@@ -73,27 +98,17 @@ void RuleSelection::add(const CountedRule& counted) {
         ranks.resize(begin);
 }
 
-void RuleSelection::append(const RuleSelection& other) {
-    const std::size_t shift = m_selected.m_ranks.size();
-    m_selected.m_ranks.insert(m_selected.m_ranks.end(), other.m_selected.m_ranks.begin(),
-                              other.m_selected.m_ranks.end());
-    for (Rules::Stored rule : other.m_selected.m_rules) {
-        rule.begin += shift;
-        m_selected.m_rules.push_back(rule);
-    }
-}
-
 /// As much as 64 bits hold of the ranks of the antecedent, an end mark, the ranks of the subsequent
 /// and an end mark. As a mark is greater than all ranks, keys that differ are in the order of their
 /// rules.
-std::uint64_t RuleSelection::m_keyOf(const Rules::Stored& rule, unsigned bits) const {
-    const std::uint64_t mark = ~std::uint64_t{0} >> (64 - bits);
+std::uint64_t RuleSelection::m_keyOf(const Rules::Stored& rule) const {
+    const std::uint64_t mark = ~std::uint64_t{0} >> (64 - m_bits);
     std::uint64_t key = 0;
-    unsigned left = 64 / bits;
+    unsigned left = 64 / m_bits;
     const auto put = [&](std::uint64_t code) {
         if (left == 0)
             return;
-        key = key << bits | code;
+        key = key << m_bits | code;
         --left;
     };
     const Rank* rank = &m_selected.m_ranks[rule.begin];
@@ -107,44 +122,57 @@ std::uint64_t RuleSelection::m_keyOf(const Rules::Stored& rule, unsigned bits) c
     return key;
 }
 
-Rules RuleSelection::sorted() && {
-    const std::vector<Rank>& ranks = m_selected.m_ranks;
-    std::vector<Rules::Stored>& rules = m_selected.m_rules;
-    const std::size_t items =
-        ranks.empty() ? 1 : at(*std::max_element(ranks.begin(), ranks.end())) + 1;
-    const auto bits = static_cast<unsigned>(std::bit_width(items));
-    std::vector<std::pair<std::uint64_t, std::size_t>> order;
-    order.reserve(rules.size());
-    for (std::size_t rule = 0; rule < rules.size(); ++rule)
-        order.emplace_back(m_keyOf(rules[rule], bits), rule);
-    std::sort(order.begin(), order.end(), [this](const auto& a, const auto& b) {
-        return a.first != b.first ? a.first < b.first
-                                  : standsBefore(m_selected[a.second], m_selected[b.second]);
-    });
+void RuleSelection::sort() {
+    m_order.reserve(m_selected.m_rules.size());
+    for (std::size_t place = 0; place < m_selected.m_rules.size(); ++place)
+        m_order.push_back({m_keyOf(m_selected.m_rules[place]), place});
+    std::sort(m_order.begin(), m_order.end(),
+              [this](const Keyed& a, const Keyed& b) { return m_standsBefore(a, b); });
+}
+
+void RuleSelection::merge(const RuleSelection& other) {
+    const std::size_t shift = m_selected.m_ranks.size();
+    m_selected.m_ranks.insert(m_selected.m_ranks.end(), other.m_selected.m_ranks.begin(),
+                              other.m_selected.m_ranks.end());
+    const std::size_t before = m_order.size();
+    for (Rules::Stored rule : other.m_selected.m_rules) {
+        rule.begin += shift;
+        m_selected.m_rules.push_back(rule);
+    }
+    for (const Keyed& rule : other.m_order)
+        m_order.push_back({rule.key, before + rule.place});
+    std::inplace_merge(m_order.begin(), m_order.begin() + static_cast<std::ptrdiff_t>(before),
+                       m_order.end(),
+                       [this](const Keyed& a, const Keyed& b) { return m_standsBefore(a, b); });
+}
+
+Rules RuleSelection::take() && {
     std::vector<Rules::Stored> sorted;
-    sorted.reserve(rules.size());
-    for (const auto& [key, rule] : order)
-        sorted.push_back(rules[rule]);
-    rules.swap(sorted);
+    sorted.reserve(m_order.size());
+    for (const Keyed& rule : m_order)
+        sorted.push_back(m_selected.m_rules[rule.place]);
+    m_selected.m_rules.swap(sorted);
     return std::move(m_selected);
 }
 
 Rules selectRules(const std::vector<CountedRule>& counted, const ItemSets& sets,
                   const Thresholds& thresholds, std::size_t histories, unsigned threads,
                   Step& step) {
-    std::vector<RuleSelection> parts(threads, RuleSelection(sets, thresholds, histories));
-    const auto makeWorker = [&](unsigned) {
-        return [&](std::size_t part) {
-            const std::size_t end = counted.size() * (part + 1) / threads;
-            for (std::size_t rule = counted.size() * part / threads; rule < end; ++rule)
-                parts[part].add(counted[rule]);
-            step.spend(0);
-        };
-    };
-    workOn(threads, threads, step, makeWorker, [](std::size_t) {});
+    if (counted.empty())
+        return {};
+    std::vector<std::optional<RuleSelection>> parts(threads);
+    workOnParts(threads, step, [&](std::size_t part) {
+        RuleSelection selection(sets, thresholds, histories);
+        const std::size_t end = beginOfPart(counted.size(), part + 1, threads);
+        for (std::size_t rule = beginOfPart(counted.size(), part, threads); rule < end; ++rule)
+            selection.add(counted[rule]);
+        selection.sort();
+        parts[part].emplace(std::move(selection));
+    });
+    RuleSelection all = *std::move(parts.front());
     for (std::size_t part = 1; part < threads; ++part)
-        parts.front().append(parts[part]);
-    return std::move(parts.front()).sorted();
+        all.merge(*parts[part]);
+    return std::move(all).take();
 }
 
 }  // namespace quarvis::mining

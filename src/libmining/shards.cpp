@@ -26,8 +26,8 @@ namespace {
 /// What the counting of rules on one shard works on.
 struct RuleParts {
     RuleParts(const HistoryIndex& index, const ItemSets& sets, const std::vector<bool>& relevant,
-              std::uint64_t window, Step& step, Work& work)
-        : standings(Shard::whole(index), relevant, window, &work),
+              std::uint64_t window, Step& step)
+        : standings(Shard::whole(index), relevant, window, 1, step),
           tallies(standings, sets, 1, step) {}
 
     Standings standings;
@@ -71,9 +71,9 @@ class ShardedRun {
         FoundSets& found = m_found;
         found.link(m_order.size());
         std::vector<std::unique_ptr<Baskets>> baskets(m_shards.size());
-        m_onEach([&](std::size_t shard, Work& work) {
+        m_onEach([&](std::size_t shard, Work&) {
             baskets[shard] =
-                std::make_unique<Baskets>(Shard::whole(m_shards[shard]), m_order, &work);
+                std::make_unique<Baskets>(Shard::whole(m_shards[shard]), m_order, 1, m_step);
             m_meter.took(baskets[shard]->bytes());
         });
         for (bool any = m_maxSize > 1; any;) {
@@ -137,9 +137,9 @@ class ShardedRun {
         const std::uint32_t least = std::max<std::uint32_t>(m_options.minCount, 1);
         std::vector<std::unique_ptr<RuleParts>> parts(m_shards.size());
         const std::vector<bool> relevant = relevantItems(sets, m_shards.front().itemCount());
-        m_onEach([&](std::size_t shard, Work& work) {
+        m_onEach([&](std::size_t shard, Work&) {
             parts[shard] = std::make_unique<RuleParts>(m_shards[shard], sets, relevant,
-                                                       m_options.window, m_step, work);
+                                                       m_options.window, m_step);
             m_meter.took(parts[shard]->standings.bytes());
         });
         std::vector<SplitSet> live;

@@ -4,7 +4,11 @@
 #include <array>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <stdexcept>
+#include <utility>
+
+#include "tasks.hpp"
 
 namespace quarvis::mining {
 
@@ -43,15 +47,14 @@ void setBit(std::uint64_t* words, std::size_t bit) {
 /// the moments, the second one fills the masks.
 class StandingsBuilder {
   public:
-    StandingsBuilder(Standings& made, const HistoryIndex& index, const std::vector<bool>& relevant,
-                     std::uint64_t window)
-        : m_made(made),
-          m_index(index),
-          m_window(window),
-          m_slotOf(index.itemCount()),
-          m_table(64, NONE) {
+    /// With room for so many items of histories.
+    StandingsBuilder(const HistoryIndex& index, const std::vector<bool>& relevant,
+                     std::uint64_t window, std::size_t entries)
+        : m_index(index), m_window(window), m_slotOf(index.itemCount()), m_table(64, NONE) {
         for (std::size_t item = 0; item < index.itemCount(); ++item)
             m_slotOf[item] = relevant[item] ? NONE : IRRELEVANT;
+        m_made.m_items.reserve(entries);
+        m_made.m_masks.reserve(2 * entries);
     }
 
     void add(HistoryId history) {
@@ -69,21 +72,31 @@ class StandingsBuilder {
             m_slotOf[at(item)] = NONE;
     }
 
-    /// Lists the places of each item.
-    void finish() {
-        std::vector<std::uint32_t>& begin = m_made.m_begin;
-        begin.assign(m_index.itemCount() + 1, 0);
-        for (const Rank item : m_made.m_items)
-            ++begin[at(item) + 1];
-        for (std::size_t item = 0; item < m_index.itemCount(); ++item)
-            begin[item + 1] += begin[item];
-        std::vector<std::uint32_t> next(begin.begin(), begin.end() - 1);
-        m_made.m_places.resize(m_made.m_items.size());
-        for (std::uint32_t history = 0; history < m_made.historyCount(); ++history)
-            for (std::uint32_t entry = m_made.m_histories[history].entry;
-                 entry < m_made.endEntry(history); ++entry)
-                m_made.m_places[next[at(m_made.m_items[entry])]++] = {history, entry};
+    /// Adds the histories that another builder of the same index has made.
+    void append(const StandingsBuilder& other) {
+        const Standings& from = other.m_made;
+        const bool areHashed = m_areHashed() && other.m_areHashed();
+        for (std::size_t history = 0; history < from.historyCount(); ++history) {
+            const Standings::History& original = from.m_histories[history];
+            const std::size_t entries = from.endEntry(history) - original.entry;
+            const std::size_t words = entries * original.words;
+            Standings::History added = original;
+            m_place(added, entries);
+            s_extend(m_made.m_items, from.m_items, original.entry, entries);
+            s_extend(m_made.m_masks, from.m_masks, 2 * original.mask, 2 * words);
+            if (from.anyPresent()) {
+                m_made.m_present.resize(added.mask);
+                s_extend(m_made.m_present, from.m_present, original.mask, words);
+            } else if (m_made.anyPresent()) {
+                m_made.m_present.resize(added.mask + words);
+            }
+            if (areHashed)
+                m_mergeLast(other.m_hashes[history]);
+        }
     }
+
+    /// The standings so far, without the places of the items; leaves this empty.
+    Standings take() { return std::move(m_made); }
 
   private:
     /// A transaction with relevant items, whose occurrences end at `end` in m_occurrences.
@@ -202,25 +215,47 @@ class StandingsBuilder {
     /// Adds the history, or a weight to one that is alike.
     void m_keep() {
         m_sortSlots();
-        const std::size_t entry = m_made.m_items.size();
-        const std::size_t mask = m_made.m_masks.size() / 2;
-        if (entry + m_order.size() >= NONE)
-            throw std::length_error("too many items of histories");
-        m_append(entry, mask);
-        const auto number = static_cast<std::uint32_t>(m_made.historyCount());
-        m_made.m_histories.push_back(
-            {static_cast<std::uint32_t>(entry), 1, static_cast<std::uint32_t>(m_words), mask});
+        Standings::History added{0, 1, static_cast<std::uint32_t>(m_words), 0};
+        m_place(added, m_order.size());
+        m_append(added.entry, added.mask);
         if (++m_kept > TRIAL && 16 * m_alike < m_kept)
             return;
-        const std::uint32_t alike = m_findOrAdd(m_hashFrom(entry, mask), number);
+        m_mergeLast(m_hashFrom(added.entry, added.mask));
+    }
+
+    /// Adds a history of so many items, which are to follow with their masks.
+    void m_place(Standings::History& added, std::size_t entries) {
+        const std::size_t entry = m_made.m_items.size();
+        if (entry + entries >= NONE)
+            throw std::length_error("too many items of histories");
+        added.entry = static_cast<std::uint32_t>(entry);
+        added.mask = m_made.m_masks.size() / 2;
+        m_made.m_histories.push_back(added);
+    }
+
+    /// Appends `size` values of `from`, from `begin` on.
+    template <class T>
+    static void s_extend(std::vector<T>& to, const std::vector<T>& from, std::size_t begin,
+                         std::size_t size) {
+        to.insert(to.end(), from.data() + begin, from.data() + begin + size);
+    }
+
+    /// Whether histories that are alike were merged up to here.
+    bool m_areHashed() const { return m_hashes.size() == m_made.historyCount(); }
+
+    /// Drops the last history, of this hash, if there is one that is alike, which takes its weight.
+    void m_mergeLast(std::uint64_t hash) {
+        const auto number = static_cast<std::uint32_t>(m_made.historyCount() - 1);
+        const std::uint32_t alike = m_findOrAdd(hash, number);
         if (alike == number)
             return;
         ++m_alike;
-        ++m_made.m_histories[alike].weight;
+        const Standings::History last = m_made.m_histories.back();
+        m_made.m_histories[alike].weight += last.weight;
         m_made.m_histories.pop_back();
-        m_made.m_items.resize(entry);
-        m_made.m_masks.resize(2 * mask);
-        m_made.m_present.resize(m_made.anyPresent() ? mask : 0);
+        m_made.m_items.resize(last.entry);
+        m_made.m_masks.resize(2 * last.mask);
+        m_made.m_present.resize(m_made.anyPresent() ? last.mask : 0);
         m_hashes.resize(number);
     }
 
@@ -301,7 +336,7 @@ class StandingsBuilder {
         }
     }
 
-    Standings& m_made;
+    Standings m_made;
     const HistoryIndex& m_index;
     std::uint64_t m_window;
 
@@ -324,24 +359,67 @@ class StandingsBuilder {
 };
 
 Standings::Standings(const Shard& shard, const std::vector<bool>& relevant, std::uint64_t window,
-                     Work* work) {
-    StandingsBuilder builder(*this, *shard.index, relevant, window);
+                     unsigned threads, Step& step) {
     std::size_t entries = 0;
     for (std::uint32_t item = 0; item < relevant.size(); ++item)
         if (relevant[item])
             entries += shard.index->count(Rank{item});
     // Room that is not used costs nothing, but growing does.
     entries = std::min(entries, shard.index->occurrenceCount());
-    m_items.reserve(entries);
-    m_masks.reserve(2 * entries);
-    for (std::size_t history = shard.begin; history < shard.end; ++history) {
-        const HistoryId id{static_cast<std::uint32_t>(history)};
-        builder.add(id);
-        if (work != nullptr)
-            work->add(50 *
-                      (1 + shard.index->endTransaction(id) - shard.index->firstTransaction(id)));
+    std::vector<std::optional<StandingsBuilder>> builders(threads);
+    workOnParts(threads, step, [&](std::size_t part) {
+        Work work(step);
+        StandingsBuilder builder(*shard.index, relevant, window,
+                                 part == 0 ? entries : entries / threads);
+        const std::size_t histories = shard.end - shard.begin;
+        const std::size_t end = shard.begin + beginOfPart(histories, part + 1, threads);
+        for (std::size_t history = shard.begin + beginOfPart(histories, part, threads);
+             history < end; ++history) {
+            const HistoryId id{static_cast<std::uint32_t>(history)};
+            builder.add(id);
+            work.add(50 *
+                     (1 + shard.index->endTransaction(id) - shard.index->firstTransaction(id)));
+        }
+        builders[part].emplace(std::move(builder));
+    });
+    for (std::size_t part = 1; part < threads; ++part)
+        builders.front()->append(*builders[part]);
+    *this = builders.front()->take();
+    m_listPlaces(shard.index->itemCount(), threads, step);
+}
+
+void Standings::m_listPlaces(std::size_t items, unsigned threads, Step& step) {
+    /// By item: the places in each part of the histories, then where the next one goes.
+    std::vector<std::vector<std::uint32_t>> next(threads);
+    const auto onHistories = [&](std::size_t part, auto each) {
+        const std::size_t end = beginOfPart(historyCount(), part + 1, threads);
+        for (std::size_t history = beginOfPart(historyCount(), part, threads); history < end;
+             ++history)
+            each(static_cast<std::uint32_t>(history), m_histories[history].entry,
+                 static_cast<std::uint32_t>(endEntry(history)));
+    };
+    workOnParts(threads, step, [&](std::size_t part) {
+        std::vector<std::uint32_t> counts(items);
+        onHistories(part, [&](std::uint32_t, std::uint32_t entry, std::uint32_t end) {
+            for (; entry < end; ++entry)
+                ++counts[at(m_items[entry])];
+        });
+        next[part] = std::move(counts);
+    });
+    m_begin.assign(items + 1, 0);
+    for (std::size_t item = 0; item < items; ++item) {
+        m_begin[item + 1] = m_begin[item];
+        for (std::vector<std::uint32_t>& places : next)
+            m_begin[item + 1] += std::exchange(places[item], m_begin[item + 1]);
     }
-    builder.finish();
+    m_places.resize(m_items.size());
+    workOnParts(threads, step, [&](std::size_t part) {
+        std::uint32_t* const place = next[part].data();
+        onHistories(part, [&](std::uint32_t history, std::uint32_t entry, std::uint32_t end) {
+            for (; entry < end; ++entry)
+                m_places[place[at(m_items[entry])]++] = {history, entry};
+        });
+    });
 }
 
 }  // namespace quarvis::mining

@@ -47,9 +47,9 @@ class Standings {
     };
 
     /// Of the items of the index that `relevant` tells, by rank. A window of 0 is none: whatever
-    /// occurred before is recent. What it costs is told to `work`, if any.
+    /// occurred before is recent. Made in `threads` threads of a step.
     Standings(const Shard& shard, const std::vector<bool>& relevant, std::uint64_t window,
-              Work* work = nullptr);
+              unsigned threads, Step& step);
 
     /// The items of the index.
     std::size_t itemCount() const { return m_begin.size() - 1; }
@@ -119,6 +119,9 @@ class Standings {
         std::uint32_t words;
         std::size_t mask;  // where the masks of the first entry begin, in words
     };
+
+    Standings() = default;
+    void m_listPlaces(std::size_t items, unsigned threads, Step& step);
 
     std::vector<History> m_histories;
     std::vector<Rank> m_items;             // by entry

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cassert>
 #include <cstddef>
 #include <exception>
 #include <mutex>
@@ -54,6 +55,20 @@ void workOn(std::size_t count, unsigned threads, Step& step, MakeWorker makeWork
         other.join();
     if (error)
         std::rethrow_exception(error);
+}
+
+/// Calls `work(part)` for each part from 0 to `parts` - 1, each in a thread of its own.
+template <class PartWork>
+void workOnParts(unsigned parts, Step& step, PartWork work) {
+    workOn(
+        parts, parts, step, [&work](unsigned) { return work; }, [](std::size_t) {});
+}
+
+/// Where a part of `size` things begins that are cut into so many; the last part ends where the one
+/// after it would begin.
+inline std::size_t beginOfPart(std::size_t size, std::size_t part, std::size_t parts) {
+    assert(part <= parts);
+    return size / parts * part + size % parts * part / parts;
 }
 
 }  // namespace quarvis::mining

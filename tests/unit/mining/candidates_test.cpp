@@ -10,6 +10,7 @@
 
 #include <quarvis/mining/mine.hpp>
 
+#include "free_step.hpp"
 #include "indexed_tables.hpp"
 #include "item_set_walk.hpp"
 #include "oracle/random_table.hpp"
@@ -20,6 +21,7 @@ namespace quarvis::mining {
 namespace {
 
 using mining_tests::indexed;
+using mining_tests::makeBaskets;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -120,7 +122,7 @@ TEST(Candidates, LargerOnesAreOfSetsThatDifferInTheLastItem) {
 std::pair<ItemSets, std::size_t> foundInBlocks(const HistoryIndex& index,
                                                const MiningOptions& options, std::size_t block) {
     const WalkOrder order(index, options.minCount);
-    const Baskets baskets(Shard::whole(index), order);
+    const Baskets baskets = makeBaskets(Shard::whole(index), order);
     const Observer observer;
     Meter meter{Budget()};
     Step step(observer, meter);

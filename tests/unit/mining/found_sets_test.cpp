@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "free_step.hpp"
 #include "naive_sets.hpp"
 #include "oracle/draws.hpp"
 #include "support/engine.hpp"
@@ -88,6 +89,28 @@ TEST(FoundSets, LinkTellsWhereExtensionsBegin) {
     EXPECT_TRUE(sets.level(3).extensions.empty());
 }
 
+TEST(FoundSets, AppendAddsNothingWhenItIsCancelled) {
+    FoundSets found;
+    found.add(2, 0, WalkItem{1}, 5);
+    FoundSets all;
+    all.add(2, 0, WalkItem{2}, 4);
+    mining_tests::FreeStep free;
+    free.step.fail();
+    EXPECT_THROW(all.append({{&found, {}, {1}}}, 1, free.step), Cancelled);
+    EXPECT_EQ((std::vector<std::size_t>{1}), all.sizes());
+    EXPECT_EQ((std::vector<std::uint32_t>{4}), all.level(2).count);
+}
+
+TEST(FoundSets, AddLevelOfTakesTheLargestSets) {
+    FoundSets sets;
+    sets.add(2, 0, WalkItem{1}, 5);
+    FoundSets larger;
+    larger.add(3, 0, WalkItem{2}, 4);
+    sets.addLevelOf(std::move(larger));
+    EXPECT_EQ(3U, sets.maxSize());
+    EXPECT_EQ((std::vector<std::uint32_t>{4}), sets.level(3).count);
+}
+
 TEST(FoundSets, TruncateDropsLargerSets) {
     FoundSets sets;
     sets.add(2, 0, WalkItem{1}, 9);
@@ -143,23 +166,18 @@ TEST(FoundSets, AppendPutsTogetherWhatSeveralFound) {
                 whole.add(2, item, WalkItem{item + 1}, 5);
             }
         std::vector<FoundSets> found(finders);
-        struct Part {
-            std::size_t finder;
-            std::vector<std::size_t> begins;
-            std::vector<std::size_t> ends;
-        };
-        std::vector<Part> parts;
+        std::vector<FoundSets::Part> parts;
         for (std::size_t item = 0; item < items; ++item) {
-            const std::size_t finder = turns.upTo(finders - 1);
+            FoundSets& finder = found[turns.upTo(finders - 1)];
             oracle::Draws draws(1000 * seed + item);
             oracle::Draws same(1000 * seed + item);
             addRandom(expected, item, begin, draws);
-            parts.push_back({finder, found[finder].sizes(), {}});
-            addRandom(found[finder], item, begin, same);
-            parts.back().ends = found[finder].sizes();
+            parts.push_back({&finder, finder.sizes(), {}});
+            addRandom(finder, item, begin, same);
+            parts.back().ends = finder.sizes();
         }
-        for (const Part& part : parts)
-            whole.append(found[part.finder], part.begins, part.ends);
+        mining_tests::FreeStep free;
+        whole.append(parts, static_cast<unsigned>(1 + seed % 5), free.step);
         ASSERT_TRUE(areEqual(expected, whole)) << "seed " << seed;
     }
 }

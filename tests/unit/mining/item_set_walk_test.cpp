@@ -14,6 +14,7 @@
 
 #include <quarvis/mining/index_builder.hpp>
 
+#include "free_step.hpp"
 #include "naive_sets.hpp"
 #include "oracle/draws.hpp"
 #include "support/engine.hpp"
@@ -24,6 +25,7 @@ namespace {
 
 using mining_tests::CountedSets;
 using mining_tests::itemsOfHistories;
+using mining_tests::makeBaskets;
 using mining_tests::naiveSets;
 using mining_tests::ofSize;
 using mining_tests::Set;
@@ -65,7 +67,7 @@ FoundSets knownSets(const CountedSets& sets, const WalkOrder& order, std::size_t
 CountedSets walked(const HistoryIndex& index, std::uint32_t minCount, const CountedSets& sets,
                    std::size_t knownSize, std::size_t maxSize) {
     const WalkOrder order(index, minCount);
-    const Baskets baskets(Shard::whole(index), order);
+    const Baskets baskets = makeBaskets(Shard::whole(index), order);
     FoundSets all = knownSets(sets, order, knownSize);
     const ItemSetWalk::Scope scope{&all, knownSize, maxSize};
     Observer observer;
@@ -77,7 +79,7 @@ CountedSets walked(const HistoryIndex& index, std::uint32_t minCount, const Coun
     for (std::uint32_t item = 0; item < order.size(); ++item)
         walk.walk(WalkItem{item}, found);
     FoundSets whole = all;
-    whole.append(found, {}, found.sizes());
+    whole.append({{&found, {}, found.sizes()}}, 1, step);
     return setsOf(std::move(whole).ordered(order, 1, step));
 }
 
@@ -119,7 +121,7 @@ std::uint32_t holders(const std::vector<std::set<Rank>>& histories, const WalkSe
 void expectCandidatesCounted(const HistoryIndex& index, std::uint32_t minCount,
                              const CountedSets& sets, std::size_t knownSize) {
     const WalkOrder order(index, minCount);
-    const Baskets baskets(Shard::whole(index), order);
+    const Baskets baskets = makeBaskets(Shard::whole(index), order);
     const FoundSets known = knownSets(sets, order, knownSize);
     const ItemSetWalk::Scope scope{&known, knownSize, knownSize + 1};
     Observer observer;
@@ -284,7 +286,7 @@ TEST(ItemSetWalk, FindsAPartnerThatIsInTheLastHistoriesAlone) {
 TEST(ItemSetWalk, FindsNothingForAnItemWithoutLaterOnes) {
     const HistoryIndex index = support::indexOf(oracle::tableOf({"1:a,b", "1:a,b"}), 1);
     const WalkOrder order(index, 1);
-    const Baskets baskets(Shard::whole(index), order);
+    const Baskets baskets = makeBaskets(Shard::whole(index), order);
     Observer observer;
     Meter meter{Budget()};
     Step step(observer, meter);
@@ -303,7 +305,7 @@ TEST(ItemSetWalk, GoesThroughItemsInAnyOrder) {
     const Shape shape{"", 300, 8, MIXED, 4};
     const HistoryIndex index = indexOf(shape, 5);
     const WalkOrder order(index, shape.minCount);
-    const Baskets baskets(Shard::whole(index), order);
+    const Baskets baskets = makeBaskets(Shard::whole(index), order);
     Observer observer;
     Meter meter{Budget()};
     Step step(observer, meter);

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "free_step.hpp"
 #include "oracle/draws.hpp"
 #include "oracle/random_table.hpp"
 #include "support/engine.hpp"
@@ -18,6 +19,7 @@
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::makeStandings;
 using oracle::TableShape;
 
 /// The entry of an item in a history, or its end.
@@ -85,8 +87,8 @@ struct Seen {
 void expectColumnsOf(const oracle::Table& table, std::uint64_t window, std::uint64_t seed,
                      Seen& seen) {
     const HistoryIndex index = support::indexOf(table, 1);
-    const Standings standings(Shard::whole(index), std::vector<bool>(index.itemCount(), true),
-                              window);
+    const Standings standings =
+        makeStandings(Shard::whole(index), std::vector<bool>(index.itemCount(), true), window);
     oracle::Draws draws(seed);
     MomentColumns columns(standings);
     for (std::uint32_t first = 0; first < index.itemCount(); ++first) {

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "free_step.hpp"
 #include "oracle/random_table.hpp"
 #include "support/engine.hpp"
 #include "support/sanitized.hpp"
@@ -16,6 +17,7 @@
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::makeStandings;
 using oracle::Table;
 using oracle::TableShape;
 
@@ -26,7 +28,8 @@ struct Stood {
 
     Stood(const Table& table, std::uint64_t window)
         : index(support::indexOf(table, 1)),
-          standings(Shard::whole(index), std::vector<bool>(index.itemCount(), true), window) {}
+          standings(makeStandings(Shard::whole(index), std::vector<bool>(index.itemCount(), true),
+                                  window)) {}
 };
 
 /// All words of a packing, described.

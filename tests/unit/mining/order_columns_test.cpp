@@ -8,12 +8,14 @@
 
 #include <gtest/gtest.h>
 
+#include "free_step.hpp"
 #include "oracle/table.hpp"
 #include "support/engine.hpp"
 
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::makeStandings;
 using oracle::Table;
 using oracle::tableOf;
 
@@ -21,7 +23,8 @@ using oracle::tableOf;
 struct Filled {
     explicit Filled(const Table& table)
         : index(support::indexOf(table, 1)),
-          standings(Shard::whole(index), std::vector<bool>(index.itemCount(), true), 0),
+          standings(
+              makeStandings(Shard::whole(index), std::vector<bool>(index.itemCount(), true), 0)),
           columns(standings) {
         std::vector<RuleCounter::Partner> partners;
         for (std::uint32_t item = 1; item < index.itemCount(); ++item)

@@ -6,11 +6,14 @@
 
 #include <gtest/gtest.h>
 
+#include "free_step.hpp"
 #include "oracle/table.hpp"
 #include "support/engine.hpp"
 
 namespace quarvis::mining {
 namespace {
+
+using mining_tests::makeStandings;
 
 /// What is live in a table where a rule is to be met twice.
 struct Living {
@@ -19,8 +22,8 @@ struct Living {
         MiningOptions options;
         options.minCount = 1;
         sets = findItemSets(index, options, observer);
-        const Standings standings(Shard::whole(index), std::vector<bool>(index.itemCount(), true),
-                                  0);
+        const Standings standings =
+            makeStandings(Shard::whole(index), std::vector<bool>(index.itemCount(), true), 0);
         const PairTallies tallies(standings, sets, 1, step);
         live.emplace_back(tallies, sets, index.itemCount(), ledger);
     }

@@ -14,6 +14,7 @@
 
 #include <quarvis/mining/mine.hpp>
 
+#include "free_step.hpp"
 #include "naive_sets.hpp"
 #include "oracle/random_table.hpp"
 #include "support/engine.hpp"
@@ -22,6 +23,7 @@
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::makeStandings;
 using mining_tests::Set;
 using oracle::Table;
 using oracle::tableOf;
@@ -67,8 +69,8 @@ ItemSets setsOf(const HistoryIndex& index, std::uint32_t minCount) {
 
 Tallies walked(const HistoryIndex& index, const Run& run) {
     const ItemSets sets = setsOf(index, run.least);
-    const Standings standings(Shard::whole(index), std::vector<bool>(index.itemCount(), true),
-                              run.window);
+    const Standings standings =
+        makeStandings(Shard::whole(index), std::vector<bool>(index.itemCount(), true), run.window);
     Recorder recorder(run.least);
     Observer observer;
     Meter meter{Budget()};

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "free_step.hpp"
 #include "oracle/draws.hpp"
 #include "oracle/random_table.hpp"
 #include "support/engine.hpp"
@@ -18,6 +19,7 @@
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::makeStandings;
 using oracle::Table;
 using oracle::tableOf;
 using oracle::TableShape;
@@ -70,7 +72,7 @@ Texts standingsOf(const Table& table, std::uint64_t window, const std::string& i
     std::vector<bool> relevant;
     for (std::uint32_t item = 0; item < index.itemCount(); ++item)
         relevant.push_back(index.name(Rank{item}) != irrelevant);
-    return textsOf(Standings(Shard::whole(index), relevant, window), index);
+    return textsOf(makeStandings(Shard::whole(index), relevant, window), index);
 }
 
 TEST(Standings, AnItemIsNewOnceAndRecentFromThenOn) {
@@ -116,7 +118,7 @@ TEST(Standings, KnowWhetherAnyItemIsPresent) {
     for (const bool present : {false, true}) {
         const HistoryIndex index =
             support::indexOf(tableOf({"1:a 2:b", present ? "1:a 2:a,b" : "1:a 2:b"}), 1);
-        const Standings standings(Shard::whole(index), {true, true}, 0);
+        const Standings standings = makeStandings(Shard::whole(index), {true, true}, 0);
         EXPECT_EQ(present, standings.anyPresent());
         EXPECT_EQ(present, standings.masks(0, 0).present != nullptr);
     }
@@ -154,7 +156,7 @@ TEST(Standings, HistoriesThatDifferInWhatIsPresentAreNotAlike) {
 TEST(Standings, ListThePlacesOfEachItem) {
     const HistoryIndex index =
         support::indexOf(tableOf({"1:a 2:b", "1:b,c 2:a", "1:a,b", "1:c 3:b"}), 1);
-    const Standings standings(Shard::whole(index), {true, true, true}, 0);
+    const Standings standings = makeStandings(Shard::whole(index), {true, true, true}, 0);
     ASSERT_EQ(3U, standings.itemCount());
     ASSERT_EQ(3U, standings.historyCount());
     const std::vector<std::vector<std::uint32_t>> histories = {{0, 1}, {0, 1, 2}, {1, 2}};
@@ -171,7 +173,7 @@ TEST(Standings, ListThePlacesOfEachItem) {
 TEST(Standings, OfAShardHaveItsHistoriesAlone) {
     const HistoryIndex index =
         support::indexOf(tableOf({"1:a 2:b", "1:b 2:a", "1:a 2:c", "1:c 2:a"}), 1);
-    const Standings standings(Shard{&index, 1, 3}, {true, true, true}, 0);
+    const Standings standings = makeStandings(Shard{&index, 1, 3}, {true, true, true}, 0);
     EXPECT_EQ((Texts{"a new 0; b recent 0", "a recent 0; c new 0"}), textsOf(standings, index));
 }
 
@@ -182,7 +184,7 @@ TEST(Standings, AHistoryMayHaveMoreThan64Moments) {
     for (std::size_t item = 0; item < 70; ++item)
         table.histories[0][item] = {"i" + std::to_string(100 + item)};
     const HistoryIndex index = support::indexOf(table, 1);
-    const Standings standings(Shard::whole(index), std::vector<bool>(70, true), 0);
+    const Standings standings = makeStandings(Shard::whole(index), std::vector<bool>(70, true), 0);
     ASSERT_EQ(1U, standings.historyCount());
     for (std::size_t item = 0; item < 70; ++item) {
         const Standings::Masks masks = standings.masks(0, item);
@@ -274,15 +276,37 @@ std::map<std::string, std::uint32_t> weightsOf(const Standings& standings,
     return weights;
 }
 
+/// The places of an item are its entries, by ascending history.
+void expectPlaces(const Standings& standings) {
+    std::vector<std::vector<std::size_t>> expected(standings.itemCount());
+    std::size_t entry = 0;
+    for (std::size_t history = 0; history < standings.historyCount(); ++history)
+        for (; entry < standings.endEntry(history); ++entry)
+            expected[at(standings.item(entry))].push_back(entry);
+    for (std::uint32_t item = 0; item < standings.itemCount(); ++item) {
+        std::vector<std::size_t> entries;
+        for (const Standings::Place& place : standings.places(Rank{item})) {
+            entries.push_back(place.entry);
+            ASSERT_LT(place.entry, standings.endEntry(place.history));
+            ASSERT_TRUE(place.history == 0 || place.entry >= standings.endEntry(place.history - 1));
+        }
+        ASSERT_EQ(expected[item], entries);
+    }
+}
+
 void expectNaive(const Table& table, std::uint64_t window, std::uint64_t seed) {
     std::map<std::string, std::uint32_t> expected;
     for (const oracle::History& history : table.histories)
         if (const std::string text = NaiveStandings(history, window).text(); !text.empty())
             ++expected[text];
     const HistoryIndex index = support::indexOf(table, 1);
-    const Standings standings(Shard::whole(index), std::vector<bool>(index.itemCount(), true),
-                              window);
-    ASSERT_EQ(expected, weightsOf(standings, index)) << "seed " << seed << ", window " << window;
+    for (const unsigned threads : {1U, 2U, 7U}) {
+        const Standings standings = makeStandings(
+            Shard::whole(index), std::vector<bool>(index.itemCount(), true), window, threads);
+        ASSERT_EQ(expected, weightsOf(standings, index))
+            << "seed " << seed << ", window " << window << ", " << threads << " threads";
+        expectPlaces(standings);
+    }
 }
 
 TEST(Standings, OfRandomTablesAreThoseOfTheDefinition) {
@@ -347,7 +371,7 @@ TEST(Standings, OfManyAlikeHistoriesAreThoseOfTheDefinition) {
     expectNaive(table, 0, 0);
     const HistoryIndex index = support::indexOf(table, 1);
     EXPECT_EQ(40U * 39,
-              Standings(Shard::whole(index), std::vector<bool>(40, true), 0).historyCount());
+              makeStandings(Shard::whole(index), std::vector<bool>(40, true), 0).historyCount());
 }
 
 }  // namespace
