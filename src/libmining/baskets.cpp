@@ -52,7 +52,7 @@ class Baskets::Part {
     void beginAt(std::size_t item, std::uint32_t place) { m_next[item] = place; }
 
     /// Hands its items over, for the baskets to have room for all.
-    std::vector<WalkItem> takeItems() { return std::move(m_items); }
+    LargeVector<WalkItem> takeItems() { return std::move(m_items); }
 
     /// Fills in its items, from `first` on, and their places. Its own items are those at `items`,
     /// unless they are still here.
@@ -93,7 +93,7 @@ class Baskets::Part {
         m_begin.push_back(static_cast<std::uint32_t>(m_items.size()));
     }
 
-    std::vector<WalkItem> m_items;
+    LargeVector<WalkItem> m_items;
     std::vector<std::uint32_t> m_begin = {0};  // by history that is kept, and the end of the last
     std::vector<std::uint32_t> m_next;  // by item: its histories, then where its places begin
 };

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "large_vector.hpp"
 #include "run_control.hpp"
 #include "shard.hpp"
 #include "walk_order.hpp"
@@ -49,9 +50,9 @@ class Baskets {
   private:
     class Part;
 
-    std::vector<WalkItem> m_items;       // by history
+    LargeVector<WalkItem> m_items;       // by history
     std::vector<std::uint32_t> m_begin;  // by item: where its places begin, and the end of the last
-    std::vector<std::uint32_t> m_places;
+    LargeVector<std::uint32_t> m_places;
 };
 
 }  // namespace quarvis::mining

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "large_vector.hpp"
 #include "tasks.hpp"
 
 namespace quarvis::mining {
@@ -25,7 +26,7 @@ std::vector<std::uint32_t> beginnings(const std::vector<std::uint32_t>& parents,
 /// The item sets of one size as tuples of ascending ranks, one after the other.
 struct Tuples {
     std::size_t size = 0;
-    std::vector<Rank> ranks;
+    LargeVector<Rank> ranks;
 
     const Rank* operator[](std::size_t set) const { return &ranks[set * size]; }
 };
@@ -33,7 +34,7 @@ struct Tuples {
 /// The tuples of a level from those of the level below.
 Tuples extended(const Tuples& below, const FoundSets::Level& level, const WalkOrder& order,
                 unsigned threads, Step& step) {
-    Tuples tuples{below.size + 1, std::vector<Rank>((below.size + 1) * level.size())};
+    Tuples tuples{below.size + 1, LargeVector<Rank>((below.size + 1) * level.size())};
     workOnParts(threads, step, [&](std::size_t part) {
         std::size_t set = beginOfPart(level.size(), part, threads);
         const std::size_t endSet = beginOfPart(level.size(), part + 1, threads);

@@ -10,24 +10,9 @@ namespace {
 /// The histories of an item lie far apart in memory, so they are fetched this many ahead.
 constexpr std::size_t AHEAD = 8;
 
-/// So many words of moments have orders below ABSENT.
-constexpr std::size_t MOST_WORDS = 3;
-
 /// Lanes for each history that two items share, at most. So many are compared at the cost of one
 /// history in `MomentColumns`.
 constexpr std::size_t MOST_LANES = 64;
-
-/// Without a window an item is new at one moment at most: that of its first occurrence, unless it
-/// is in the first transaction.
-std::uint8_t orderOf(const Standings::Masks& masks) {
-    for (std::size_t word = 0; word < masks.words; ++word)
-        if (masks.fresh[word] != 0) {
-            assert(std::has_single_bit(masks.fresh[word]));
-            return static_cast<std::uint8_t>(
-                64 * word + static_cast<std::size_t>(std::countr_zero(masks.fresh[word])) + 1);
-        }
-    return 0;
-}
 
 }  // namespace
 
@@ -46,7 +31,7 @@ bool OrderColumns::fill(Rank first, std::span<const RuleCounter::Partner> partne
     const std::span<const Standings::Place> places = m_standings.places(first);
     for (std::size_t i = 0; i < places.size(); ++i) {
         if (i + AHEAD < places.size())
-            m_standings.prefetch(places[i + AHEAD].history, places[i + AHEAD].entry);
+            m_standings.prefetchOrder(places[i + AHEAD].entry);
         m_fillHistory(places[i]);
     }
     m_cost += m_orders.size() / 32;
@@ -57,7 +42,7 @@ bool OrderColumns::fill(Rank first, std::span<const RuleCounter::Partner> partne
 bool OrderColumns::m_layOut(Rank first, std::span<const RuleCounter::Partner> partners) {
     std::array<std::size_t, 32> lanes{};
     for (const Standings::Place& place : m_standings.places(first)) {
-        if (m_standings.words(place.history) > MOST_WORDS)
+        if (m_standings.words(place.history) > Standings::ORDERED_WORDS)
             return false;
         for (std::uint32_t rest = m_standings.weight(place.history); rest != 0; rest &= rest - 1)
             ++lanes[static_cast<std::size_t>(std::countr_zero(rest))];
@@ -82,14 +67,13 @@ bool OrderColumns::m_layOut(Rank first, std::span<const RuleCounter::Partner> pa
 
 void OrderColumns::m_fillHistory(const Standings::Place& place) {
     const std::size_t after = m_standings.endEntry(place.history) - place.entry;
-    const Standings::Masks own = m_standings.masks(place.history, place.entry);
     m_cost += after + 2;
     if (m_hits.size() < after)
         m_hits.resize(2 * after);
     std::size_t hits = 0;
     for (std::size_t entry = 1; entry < after; ++entry) {
         const std::uint32_t number = m_numbers[at(m_standings.item(place.entry + entry))];
-        m_hits[hits] = {number, orderOf(own.after(entry))};
+        m_hits[hits] = {number, m_standings.order(place.entry + entry)};
         hits += number != NONE ? 1 : 0;
     }
     if (hits < 2)
@@ -99,7 +83,7 @@ void OrderColumns::m_fillHistory(const Standings::Place& place) {
     for (std::uint32_t rest = m_standings.weight(place.history); rest != 0; rest &= rest - 1) {
         const std::size_t lane = m_next[static_cast<std::size_t>(std::countr_zero(rest))]++;
         m_places[lane] = place;
-        m_orders[lane] = orderOf(own);
+        m_orders[lane] = m_standings.order(place.entry);
         for (std::size_t i = 0; i < hits; ++i)
             m_orders[m_hits[i].number * lanes + lane] = m_hits[i].order;
     }

@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "large_vector.hpp"
 #include "order_kernels.hpp"
 #include "rule_counter.hpp"
 #include "standings.hpp"
@@ -65,7 +66,7 @@ class OrderColumns {
     const Standings& m_standings;
     std::vector<std::uint32_t> m_numbers;  // by rank: of the column, or NONE; the first item's is 0
     std::vector<Rank> m_numbered;
-    std::vector<std::uint8_t> m_orders;  // by column and lane
+    LargeVector<std::uint8_t> m_orders;  // by column and lane
     std::vector<std::uint32_t> m_weights;
     std::vector<Standings::Place> m_places;  // by lane
     std::array<std::size_t, 32> m_next{};    // by digit: the next lane

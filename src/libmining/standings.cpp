@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cassert>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -55,6 +57,7 @@ class StandingsBuilder {
             m_slotOf[item] = relevant[item] ? NONE : IRRELEVANT;
         m_made.m_items.reserve(entries);
         m_made.m_masks.reserve(2 * entries);
+        m_made.m_orders.reserve(window == 0 ? entries : 0);
     }
 
     void add(HistoryId history) {
@@ -84,6 +87,8 @@ class StandingsBuilder {
             m_place(added, entries);
             s_extend(m_made.m_items, from.m_items, original.entry, entries);
             s_extend(m_made.m_masks, from.m_masks, 2 * original.mask, 2 * words);
+            if (m_window == 0)
+                s_extend(m_made.m_orders, from.m_orders, original.entry, entries);
             if (from.anyPresent()) {
                 m_made.m_present.resize(added.mask);
                 s_extend(m_made.m_present, from.m_present, original.mask, words);
@@ -235,7 +240,7 @@ class StandingsBuilder {
 
     /// Appends `size` values of `from`, from `begin` on.
     template <class T>
-    static void s_extend(std::vector<T>& to, const std::vector<T>& from, std::size_t begin,
+    static void s_extend(LargeVector<T>& to, const LargeVector<T>& from, std::size_t begin,
                          std::size_t size) {
         to.insert(to.end(), from.data() + begin, from.data() + begin + size);
     }
@@ -255,6 +260,7 @@ class StandingsBuilder {
         m_made.m_histories.pop_back();
         m_made.m_items.resize(last.entry);
         m_made.m_masks.resize(2 * last.mask);
+        m_made.m_orders.resize(m_window == 0 ? last.entry : 0);
         m_made.m_present.resize(m_made.anyPresent() ? last.mask : 0);
         m_hashes.resize(number);
     }
@@ -268,6 +274,8 @@ class StandingsBuilder {
         std::uint64_t any = 0;
         for (const std::uint32_t slot : m_order) {
             const std::uint64_t* const masks = m_masksOf(slot);
+            if (m_window == 0)
+                m_made.m_orders.push_back(m_orderOf(masks));
             *item++ = m_slotItems[slot];
             target = std::copy(masks, masks + 2 * m_words, target);
             for (std::size_t word = 0; word < m_words; ++word)
@@ -279,6 +287,19 @@ class StandingsBuilder {
         std::uint64_t* present = &m_made.m_present[mask];
         for (const std::uint32_t slot : m_order)
             present = std::copy_n(m_masksOf(slot) + 2 * m_words, m_words, present);
+    }
+
+    /// Without a window an item is new at one moment at most: that of its first occurrence, unless
+    /// it is in the first transaction.
+    std::uint8_t m_orderOf(const std::uint64_t* fresh) const {
+        const std::size_t words = std::min(m_words, Standings::ORDERED_WORDS);
+        for (std::size_t word = 0; word < words; ++word)
+            if (fresh[word] != 0) {
+                assert(std::has_single_bit(fresh[word]));
+                return static_cast<std::uint8_t>(
+                    64 * word + static_cast<std::size_t>(std::countr_zero(fresh[word])) + 1);
+            }
+        return 0;
     }
 
     /// A hash of the items and masks from these places on.

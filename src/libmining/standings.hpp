@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "large_vector.hpp"
 #include "run_control.hpp"
 #include "shard.hpp"
 
@@ -100,13 +101,25 @@ class Standings {
         __builtin_prefetch(m_items.data() + entry);
     }
 
+    /// Without a window: the order in which the item of an entry occurred first in its history, 0
+    /// in the first transaction and else 1 for the first moment and so on. The history has no more
+    /// than ORDERED_WORDS words.
+    std::uint8_t order(std::size_t entry) const { return m_orders[entry]; }
+    static constexpr std::size_t ORDERED_WORDS = 3;
+
+    /// Has the order of an entry fetched, which is about to be read with the item.
+    void prefetchOrder(std::size_t entry) const {
+        __builtin_prefetch(m_orders.data() + entry);
+        __builtin_prefetch(m_items.data() + entry);
+    }
+
     /// Whether any item is present anywhere.
     bool anyPresent() const { return !m_present.empty(); }
 
     /// The memory that they take.
     std::size_t bytes() const {
         return sizeof(History) * m_histories.size() + sizeof(Rank) * m_items.size() +
-               sizeof(std::uint64_t) * (m_masks.size() + m_present.size()) +
+               sizeof(std::uint64_t) * (m_masks.size() + m_present.size()) + m_orders.size() +
                sizeof(std::uint32_t) * m_begin.size() + sizeof(Place) * m_places.size();
     }
 
@@ -124,11 +137,12 @@ class Standings {
     void m_listPlaces(std::size_t items, unsigned threads, Step& step);
 
     std::vector<History> m_histories;
-    std::vector<Rank> m_items;             // by entry
-    std::vector<std::uint64_t> m_masks;    // of the entries: new, then recent
-    std::vector<std::uint64_t> m_present;  // of the entries, unless no item is present anywhere
+    LargeVector<Rank> m_items;             // by entry
+    LargeVector<std::uint64_t> m_masks;    // of the entries: new, then recent
+    LargeVector<std::uint64_t> m_present;  // of the entries, unless no item is present anywhere
+    LargeVector<std::uint8_t> m_orders;    // of the entries, without a window
     std::vector<std::uint32_t> m_begin;    // by rank
-    std::vector<Place> m_places;
+    LargeVector<Place> m_places;
 };
 
 }  // namespace quarvis::mining

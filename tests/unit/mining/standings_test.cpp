@@ -294,6 +294,22 @@ void expectPlaces(const Standings& standings) {
     }
 }
 
+/// The order of an item tells the only moment at which it is new, from 1.
+void expectOrders(const Standings& standings) {
+    std::size_t entry = 0;
+    for (std::size_t history = 0; history < standings.historyCount(); ++history)
+        for (; entry < standings.endEntry(history); ++entry) {
+            const Standings::Masks masks = standings.masks(history, entry);
+            if (masks.words > Standings::ORDERED_WORDS)
+                continue;
+            std::size_t order = 0;
+            for (std::size_t moment = 0; moment < 64 * masks.words; ++moment)
+                if ((masks.fresh[moment / 64] >> (moment % 64) & 1) != 0)
+                    order = moment + 1;
+            ASSERT_EQ(order, standings.order(entry));
+        }
+}
+
 void expectNaive(const Table& table, std::uint64_t window, std::uint64_t seed) {
     std::map<std::string, std::uint32_t> expected;
     for (const oracle::History& history : table.histories)
@@ -306,6 +322,8 @@ void expectNaive(const Table& table, std::uint64_t window, std::uint64_t seed) {
         ASSERT_EQ(expected, weightsOf(standings, index))
             << "seed " << seed << ", window " << window << ", " << threads << " threads";
         expectPlaces(standings);
+        if (window == 0)
+            expectOrders(standings);
     }
 }
 
@@ -370,8 +388,10 @@ TEST(Standings, OfManyAlikeHistoriesAreThoseOfTheDefinition) {
                                                {round + 7, {"i" + std::to_string(j)}}});
     expectNaive(table, 0, 0);
     const HistoryIndex index = support::indexOf(table, 1);
-    EXPECT_EQ(40U * 39,
-              makeStandings(Shard::whole(index), std::vector<bool>(40, true), 0).historyCount());
+    for (const unsigned threads : {1U, 2U, 3U})
+        EXPECT_EQ(40U * 39,
+                  makeStandings(Shard::whole(index), std::vector<bool>(40, true), 0, threads)
+                      .historyCount());
 }
 
 }  // namespace
