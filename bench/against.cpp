@@ -62,6 +62,8 @@ const std::vector<Case> CASES{
     {Origin::GENERATED, "event_log", "-c 64 -w 864000", true},
     {Origin::GENERATED, "words", "-c 200"},
     {Origin::GENERATED, "words", "-c 200 -w 5"},
+    {Origin::GENERATED, "steep_words", "-c 200"},
+    {Origin::GENERATED, "steep_words", "-c 200 -w 5"},
     {Origin::GENERATED, "sparse", "-c 40"},
     {Origin::GENERATED, "sparse", "-c 20"},
     {Origin::GENERATED, "quest", "-c 20"},

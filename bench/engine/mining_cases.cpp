@@ -36,6 +36,8 @@ const std::vector<MiningCase>& miningCases() {
         {GENERATED, "event_log", 64, 10 * DAY_IN_SECONDS, 0, 490'025, 46'526},
         {GENERATED, "words", 200, 0, 0, 7'236, 2'953},
         {GENERATED, "words", 200, 5, 0, 7'236, 841},
+        {GENERATED, "steep_words", 200, 0, 0, 18'373, 6'381},
+        {GENERATED, "steep_words", 200, 5, 0, 18'373, 1'644},
         {GENERATED, "sparse", 40, 0, 0, 116'780, 0},
         {GENERATED, "sparse", 20, 0, 0, 304'775, 0},
     };

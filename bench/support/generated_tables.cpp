@@ -15,6 +15,9 @@ namespace {
 
 constexpr std::uint64_t QUEST_SEED = 19940912;
 
+/// With this exponent words make two to three times the sets and rules.
+constexpr double STEEP = 1.2;
+
 void writeEventLog(std::ostream& os, std::size_t size) {
     EventLog log;
     log.cases = size;
@@ -24,6 +27,13 @@ void writeEventLog(std::ostream& os, std::size_t size) {
 void writeWords(std::ostream& os, std::size_t size) {
     WordSequences words;
     words.sequences = size;
+    words.write(os);
+}
+
+void writeSteepWords(std::ostream& os, std::size_t size) {
+    WordSequences words;
+    words.sequences = size;
+    words.exponent = STEEP;
     words.write(os);
 }
 
@@ -46,6 +56,7 @@ void writeManyRows(std::ostream& os, std::size_t size) {
 const std::vector<GeneratedTable> TABLES{
     {"event_log", "cases", EventLog().cases, writeEventLog},
     {"words", "sequences", WordSequences().sequences, writeWords},
+    {"steep_words", "sequences", WordSequences().sequences, writeSteepWords},
     {"sparse", "baskets", SparseBaskets().baskets, writeSparse},
     {"quest", "histories", 16'000, writeQuest},
     {"many_rows", "rows", ManyRows().rows, writeManyRows},
