@@ -11,6 +11,8 @@
 namespace binding {
 
 using quarvis::mining::at;
+using quarvis::mining::Budget;
+using quarvis::mining::BudgetExceeded;
 using quarvis::mining::HistoryIndex;
 using quarvis::mining::ItemSetCursor;
 using quarvis::mining::ItemSets;
@@ -33,8 +35,10 @@ bool isRun(std::uint64_t bits) {
 }  // namespace
 
 Found withBasketRules(const Found& found, Splits splits, const RuleBounds& bounds, Watch& watch) {
-    return watch.run([&] {
-        const ItemSets& sets = *found.itemSets;
+    const ItemSets& sets = *found.itemSets;
+    const std::size_t mostBytes = watch.budget().bytes;
+    watch.beginStep("rules");
+    const auto derive = [&] {
         const std::size_t histories = found.index->historyCount();
         Found derived{found.index, found.itemSets, {}, {}, {}, {}};
         std::vector<Rank> antecedent;
@@ -60,10 +64,15 @@ Found withBasketRules(const Found& found, Splits splits, const RuleBounds& bound
                 rule.subsequentCount = countOf(sets, subsequent);
                 derived.rules.add(rule, histories, bounds);
             }
+            if (mostBytes != 0 &&
+                sets.size() * Budget::SET_BYTES + derived.rules.size() * Budget::RULE_BYTES >
+                    mostBytes)
+                throw exceeded(BudgetExceeded::Limit::BYTES, sets);
         }
         derived.rules.sort();
         return derived;
-    });
+    };
+    return watch.runInTime(derive, sets);
 }
 
 namespace {
@@ -109,10 +118,9 @@ class SideCounts {
 }  // namespace
 
 Found withSides(const Found& found, const IndexPointer& all, const Column<std::uint8_t>& left,
-                const Column<std::uint8_t>& right, const RuleBounds& bounds) {
+                const Column<std::uint8_t>& right, const RuleBounds& bounds, Watch& watch) {
     if (left.size() != found.index->itemCount() || right.size() != found.index->itemCount())
         throw std::invalid_argument("a mask of another length");
-    const nb::gil_scoped_release released;
     const std::span leftMarks = valuesOf(left);
     const std::span rightMarks = valuesOf(right);
     Found derived{found.index,
@@ -123,21 +131,30 @@ Found withSides(const Found& found, const IndexPointer& all, const Column<std::u
                   {rightMarks.begin(), rightMarks.end()}};
     const auto isLeft = [leftMarks](Rank item) { return leftMarks[at(item)] != 0; };
     const auto isRight = [rightMarks](Rank item) { return rightMarks[at(item)] != 0; };
-    SideCounts counts(*found.index, *all);
-    for (std::size_t place = 0; place < found.rules.size(); ++place) {
-        Rule rule = found.rules[place];
-        if (!derived.allows(rule))
-            continue;
-        rule.antecedentCount = counts.count(rule.antecedent);
-        rule.subsequentCount = counts.count(rule.subsequent);
-        derived.rules.add(rule, all->historyCount(), bounds);
-    }
-    for (ItemSetCursor cursor(*found.itemSets); cursor.next();) {
-        const std::span<const Rank> items = cursor.items();
-        const bool both = items.size() > 1 && std::any_of(items.begin(), items.end(), isLeft) &&
-                          std::any_of(items.begin(), items.end(), isRight);
-        derived.listed.push_back(both ? 1 : 0);
-    }
+    const auto endIfAsked = [&watch] {
+        if (watch.isCancelled())
+            throw quarvis::mining::Cancelled();
+    };
+    const auto derive = [&] {
+        SideCounts counts(*found.index, *all);
+        for (std::size_t place = 0; place < found.rules.size(); ++place) {
+            endIfAsked();
+            Rule rule = found.rules[place];
+            if (!derived.allows(rule))
+                continue;
+            rule.antecedentCount = counts.count(rule.antecedent);
+            rule.subsequentCount = counts.count(rule.subsequent);
+            derived.rules.add(rule, all->historyCount(), bounds);
+        }
+        for (ItemSetCursor cursor(*found.itemSets); cursor.next();) {
+            endIfAsked();
+            const std::span<const Rank> items = cursor.items();
+            const bool both = items.size() > 1 && std::any_of(items.begin(), items.end(), isLeft) &&
+                              std::any_of(items.begin(), items.end(), isRight);
+            derived.listed.push_back(both ? 1 : 0);
+        }
+    };
+    watch.runInTime(derive, *found.itemSets);
     return derived;
 }
 

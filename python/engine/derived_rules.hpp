@@ -11,7 +11,8 @@
 namespace binding {
 
 /// The item sets with the rules that can be made of them without times: each split that is proposed
-/// and passes, counted wherever all of its items are.
+/// and passes, counted wherever all of its items are. Keeps to the watch's budget of time and
+/// bytes.
 Found withBasketRules(const Found& found, quarvis::mining::Splits splits, const RuleBounds& bounds,
                       Watch& watch);
 
@@ -21,6 +22,6 @@ Found withBasketRules(const Found& found, quarvis::mining::Splits splits, const 
 /// Counts of sides are taken from `all`, an index of the same items in all histories, and decide
 /// with them whether a rule passes.
 Found withSides(const Found& found, const IndexPointer& all, const Column<std::uint8_t>& left,
-                const Column<std::uint8_t>& right, const RuleBounds& bounds);
+                const Column<std::uint8_t>& right, const RuleBounds& bounds, Watch& watch);
 
 }  // namespace binding

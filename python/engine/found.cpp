@@ -24,10 +24,16 @@ using quarvis::mining::Rule;
 
 namespace {
 
-std::shared_ptr<const ItemSets> setsOf(const IndexPointer& index, const MiningOptions& options,
-                                       Watch& watch) {
-    watch.beginStep("item sets");
-    return std::make_shared<const ItemSets>(findItemSets(*index, options, watch));
+/// The options of a run under the watch, which begins.
+MiningOptions begin(const MiningOptions& options, Watch& watch) {
+    MiningOptions watched = options;
+    watched.budget = watch.budget();
+    watch.beginSearch(options.maxSize);
+    return watched;
+}
+
+std::shared_ptr<const ItemSets> share(ItemSets sets) {
+    return std::make_shared<const ItemSets>(std::move(sets));
 }
 
 /// Walks over the sets that are listed.
@@ -43,15 +49,19 @@ void forEachListed(const Found& found, Visit visit) {
 
 Found mine(const IndexPointer& index, const MiningOptions& options, Watch& watch) {
     return watch.run([&] {
-        Found found{index, setsOf(index, options, watch), {}, {}, {}, {}};
-        watch.beginStep("rules");
-        found.rules = RuleList(findRules(*index, *found.itemSets, options, watch));
-        return found;
+        quarvis::mining::Result result =
+            quarvis::mining::mine(*index, begin(options, watch), watch);
+        return Found{
+            index, share(std::move(result.itemSets)), RuleList(std::move(result.rules)), {}, {},
+            {}};
     });
 }
 
 Found mineItemSets(const IndexPointer& index, const MiningOptions& options, Watch& watch) {
-    return watch.run([&] { return Found{index, setsOf(index, options, watch), {}, {}, {}, {}}; });
+    return watch.run([&] {
+        return Found{index, share(findItemSets(*index, begin(options, watch), watch)), {}, {}, {},
+                     {}};
+    });
 }
 
 bool Found::allows(const Rule& rule) const {

@@ -32,7 +32,7 @@ struct Found {
     bool allows(const quarvis::mining::Rule& rule) const;
 };
 
-/// Mines the index under the watch. Throws `OutOfBudget` and Python errors.
+/// Mines the index under the watch. Throws `BudgetExceeded` and Python errors.
 Found mine(const IndexPointer& index, const quarvis::mining::MiningOptions& options, Watch& watch);
 
 /// The item sets alone.

@@ -1,3 +1,5 @@
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -8,6 +10,7 @@
 #include <nanobind/stl/shared_ptr.h>
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/variant.h>
+#include <nanobind/stl/vector.h>
 
 #include <quarvis/mining/mine.hpp>
 
@@ -26,41 +29,49 @@
 namespace {
 
 using namespace binding;  // NOLINT(google-build-using-namespace): the file only lists its members
+using quarvis::mining::BudgetExceeded;
 using quarvis::mining::HistoryIndex;
 using quarvis::mining::MiningOptions;
 using quarvis::mining::Rank;
 using quarvis::mining::Splits;
 
 void addErrors(nb::module_& module) {
-    nb::exception<OutOfBudget>(module, "OutOfBudget", PyExc_RuntimeError);
-    nb::register_exception_translator([](const std::exception_ptr& error, void*) {
-        try {
-            std::rethrow_exception(error);
-        } catch (const std::system_error& failure) {
-            errno = failure.code().value();
-            PyErr_SetFromErrno(PyExc_OSError);
-        }
-    });
+    const nb::object exceeded = nb::exception<BudgetExceeded>(module, "BudgetExceeded");
+    nb::register_exception_translator(
+        [](const std::exception_ptr& error, void* type) {
+            try {
+                std::rethrow_exception(error);
+            } catch (const BudgetExceeded& reached) {
+                const nb::tuple arguments = nb::make_tuple(
+                    reached.what(), reached.limit(), reached.levels(), reached.advisedCount());
+                PyErr_SetObject(static_cast<PyObject*>(type), arguments.ptr());
+            } catch (const std::system_error& failure) {
+                errno = failure.code().value();
+                PyErr_SetFromErrno(PyExc_OSError);
+            }
+        },
+        exceeded.ptr());
 }
 
 void addWatch(nb::module_& module) {
-    nb::enum_<Bound>(module, "Bound")
-        .value("NONE", Bound::NONE)
-        .value("SECONDS", Bound::SECONDS)
-        .value("SETS", Bound::SETS)
-        .value("BYTES", Bound::BYTES);
+    nb::enum_<BudgetExceeded::Limit>(module, "Limit")
+        .value("LEVELS", BudgetExceeded::Limit::LEVELS)
+        .value("SETS", BudgetExceeded::Limit::SETS)
+        .value("BYTES", BudgetExceeded::Limit::BYTES)
+        .value("TIME", BudgetExceeded::Limit::TIME);
     nb::class_<Watch>(module, "Watch", "Progress, signals and the budget of a run.")
         .def(
             "__init__",
-            [](Watch* watch, nb::object progress, double seconds, std::uint64_t sets,
-               std::uint64_t bytes) {
-                new (watch) Watch(std::move(progress), {seconds, sets, bytes});
+            [](Watch* watch, nb::object progress, std::int64_t nanoseconds, std::size_t sets,
+               std::size_t bytes) {
+                quarvis::mining::Budget budget;
+                budget.sets = sets;
+                budget.bytes = bytes;
+                budget.time = std::chrono::nanoseconds(nanoseconds);
+                new (watch) Watch(std::move(progress), budget);
             },
-            nb::arg("progress").none() = nb::none(), nb::arg("seconds") = 0.0, nb::arg("sets") = 0,
-            nb::arg("bytes") = 0)
-        .def_prop_ro("size", &Watch::size)
-        .def_prop_ro("sets", &Watch::sets)
-        .def_prop_ro("bound", &Watch::bound);
+            nb::arg("progress").none() = nb::none(), nb::arg("nanoseconds") = 0,
+            nb::arg("sets") = 0, nb::arg("bytes") = 0);
 }
 
 void addInput(nb::module_& module) {
@@ -133,12 +144,13 @@ void addRuns(nb::module_& module) {
         .def(
             "with_sides",
             [](const Found& found, const IndexPointer& all, const Column<std::uint8_t>& left,
-               const Column<std::uint8_t>& right, double confidence, double lift,
-               double conviction) {
-                return withSides(found, all, left, right, {confidence, lift, conviction});
+               const Column<std::uint8_t>& right, double confidence, double lift, double conviction,
+               Watch& watch) {
+                return withSides(found, all, left, right, {confidence, lift, conviction}, watch);
             },
             nb::arg("all"), nb::arg("left"), nb::arg("right"), nb::arg("confidence"),
-            nb::arg("lift"), nb::arg("conviction"), "The rules with certain items on a side.")
+            nb::arg("lift"), nb::arg("conviction"), nb::arg("watch"),
+            "The rules with certain items on a side.")
         .def("write", &writeFile, nb::arg("path"), nb::arg("rules"), nb::arg("keep").none(),
              "Writes the rules file or the item-set file of the tool.");
     module.def("mine", &mine, nb::arg("index"), nb::arg("options"), nb::arg("watch"));

@@ -35,7 +35,7 @@ Rows::Rows(Column<std::uint32_t> entities, TimeColumn times, Column<std::uint32_
 }
 
 IndexPointer Rows::index(std::uint32_t minCount, Watch& watch) const {
-    return watch.run([&] {
+    return watch.runInTime([&] {
         return std::visit(
             [&](const auto& times) {
                 return std::make_shared<const HistoryIndex>(quarvis::mining::indexColumns(

@@ -1,12 +1,13 @@
 #include "watch.hpp"
 
-#include <cstdio>
+#include <algorithm>
 #include <utility>
 
 #include <nanobind/stl/string.h>
-#include <unistd.h>
 
 namespace binding {
+
+using quarvis::mining::Budget;
 
 namespace {
 
@@ -14,40 +15,36 @@ namespace {
 constexpr std::chrono::milliseconds POLLED_EVERY{20};
 constexpr std::chrono::milliseconds TOLD_EVERY{100};
 
-/// The resident memory of this process in bytes; 0 where the system does not tell.
-std::uint64_t residentBytes() {
-    std::FILE* file = std::fopen("/proc/self/statm", "r");
-    if (file == nullptr)
-        return 0;
-    unsigned long size = 0;
-    unsigned long resident = 0;
-    const int read = std::fscanf(file, "%lu %lu", &size, &resident);
-    std::fclose(file);
-    return read == 2 ? std::uint64_t{resident} * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE))
-                     : 0;
-}
-
 }  // namespace
 
-Watch::Watch(nanobind::object progress, Budget budget)
-    : m_progress(std::move(progress)),
-      m_budget(budget),
-      m_began(Clock::now()),
-      m_bytesBefore(budget.bytes == 0 ? 0 : residentBytes()) {}
+Watch::Watch(nanobind::object progress, const Budget& budget)
+    : m_progress(std::move(progress)), m_budget(budget), m_began(Clock::now()) {}
 
-void Watch::begin() {
+void Watch::begin(bool keepsTime) {
+    m_keepsTime = keepsTime;
     m_caller = std::this_thread::get_id();
     m_told = m_polled = Clock::now();
     m_stopped = false;
     m_hasError = false;
-    m_bound = Bound::NONE;
+}
+
+void Watch::beginSearch(std::size_t maxSize) {
+    m_step = "item sets";
+    m_maxSize = maxSize;
 }
 
 void Watch::levelFound(std::size_t size, std::size_t sets) {
-    m_size = size;
-    m_sets += sets;
-    if (m_budget.sets != 0 && m_sets > m_budget.sets)
-        reach(Bound::SETS);
+    const bool isLast = size == m_maxSize || (size > 1 && sets == 0);
+    if (isLast)
+        m_step = "rules";
+}
+
+Budget Watch::budget() const {
+    Budget left = m_budget;
+    if (left.time.count() != 0)  // which must not become 0, for that is no bound
+        left.time = std::max<std::chrono::nanoseconds>(left.time - (Clock::now() - m_began),
+                                                       std::chrono::nanoseconds(1));
+    return left;
 }
 
 void Watch::progressed(std::uint64_t done, std::uint64_t all) {
@@ -72,8 +69,8 @@ void Watch::poll() const {
     if (now - m_polled < POLLED_EVERY)
         return;
     m_polled = now;
-    if (const Bound bound = reachedBound(); bound != Bound::NONE) {
-        reach(bound);
+    if (m_keepsTime && isOver()) {
+        m_stopped = true;
         return;
     }
     const nanobind::gil_scoped_acquire acquired;
@@ -84,25 +81,13 @@ void Watch::poll() const {
     }
 }
 
-Bound Watch::reachedBound() const {
-    if (m_budget.seconds > 0 &&
-        std::chrono::duration<double>(Clock::now() - m_began).count() > m_budget.seconds)
-        return Bound::SECONDS;
-    if (m_budget.bytes != 0 && residentBytes() > m_bytesBefore + m_budget.bytes)
-        return Bound::BYTES;
-    return Bound::NONE;
+bool Watch::isOver() const {
+    return m_budget.time.count() != 0 && Clock::now() - m_began > m_budget.time;
 }
 
-void Watch::reach(Bound bound) const {
-    m_bound = bound;
-    m_stopped = true;
-}
-
-void Watch::throwReason() {
+void Watch::throwError() {
     if (m_hasError)
         throw nanobind::python_error();
-    if (m_bound != Bound::NONE)
-        throw OutOfBudget();
 }
 
 }  // namespace binding

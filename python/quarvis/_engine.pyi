@@ -9,31 +9,22 @@ import numpy
 from numpy.typing import NDArray
 
 
-class OutOfBudget(RuntimeError):
+class BudgetExceeded(Exception):
     pass
 
-class Bound(enum.Enum):
-    NONE = 0
+class Limit(enum.Enum):
+    LEVELS = 0
 
-    SECONDS = 1
+    SETS = 1
 
-    SETS = 2
+    BYTES = 2
 
-    BYTES = 3
+    TIME = 3
 
 class Watch:
     """Progress, signals and the budget of a run."""
 
-    def __init__(self, progress: object | None = None, seconds: float = 0.0, sets: int = 0, bytes: int = 0) -> None: ...
-
-    @property
-    def size(self) -> int: ...
-
-    @property
-    def sets(self) -> int: ...
-
-    @property
-    def bound(self) -> Bound: ...
+    def __init__(self, progress: object | None = None, nanoseconds: int = 0, sets: int = 0, bytes: int = 0) -> None: ...
 
 class Index:
     """Histories with the items that are frequent."""
@@ -135,7 +126,7 @@ class Found:
     def with_basket_rules(self, splits: Splits, confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
         """The same sets with the rules that need no times."""
 
-    def with_sides(self, all: Index, left: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], right: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], confidence: float, lift: float, conviction: float) -> Found:
+    def with_sides(self, all: Index, left: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], right: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
         """The rules with certain items on a side."""
 
     def write(self, path: str, rules: bool, keep: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)] | None) -> None:

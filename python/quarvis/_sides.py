@@ -59,7 +59,7 @@ class Sides:
         codes = np.array([by_name[text] for text in _texts(*rank_names)], np.int64)
         marks = [mask[codes].astype(np.uint8) for mask in (left, right)]
         index = all_rows.index(count, watch)
-        return Mined(run, found.with_sides(index, marks[0], marks[1], *run.thresholds))
+        return Mined(run, found.with_sides(index, marks[0], marks[1], *run.thresholds, watch))
 
 
 def _find(

@@ -10,23 +10,25 @@ class DataError(QuarvisError, ValueError):
 
 
 class BudgetExceeded(QuarvisError, RuntimeError):
-    """A run that reached a bound of its budget.
+    """A run that came to the end of its budget.
 
     Attributes
     ----------
-    size : int
-        The greatest number of items of which all item sets were found.
-    item_sets : int
-        The item sets found up to there.
+    item_sets : tuple of int
+        How far the run came: the number of item sets that were found of each size, from one item
+        on. From two items on there may be more. Empty when the search had not begun.
     min_count : int or None
-        A least count with which the search for item sets was seen to end, or None.
+        A least count to try next: the least one that at most half of these sets have. None when
+        there are none.
     """
 
-    def __init__(self, message: str, size: int, item_sets: int, min_count: int | None) -> None:
-        super().__init__(message)
-        self.size = size
+    def __init__(self, message: str, item_sets: tuple[int, ...], min_count: int | None) -> None:
+        super().__init__(message, item_sets, min_count)
         self.item_sets = item_sets
         self.min_count = min_count
+
+    def __str__(self) -> str:
+        return str(self.args[0])
 
 
 class QuarvisWarning(UserWarning):

@@ -5,7 +5,6 @@ from __future__ import annotations
 import math
 import os
 import sys
-import time as clock
 from collections.abc import Sequence
 from dataclasses import dataclass
 from typing import Any, Literal
@@ -29,16 +28,30 @@ class Budget:
     Parameters
     ----------
     seconds : float, optional
-        Time of the run, on the wall clock.
+        Time of the run, on the wall clock; more than 0.
     sets : int, optional
-        Item sets of all sizes together; looked at as soon as all sets of a size are known.
+        Frequent item sets of all sizes together; at least 1. A run is ended as soon as there is one
+        more, in the midst of a size, too.
     bytes : int, optional
-        Growth of the memory of the process; looked at fifty times a second.
+        Memory beside the histories, as the engine reckons it: its copy of them, 28 bytes an item
+        set and 144 bytes a rule; at least 1. Frames of the results are not reckoned.
+
+    Raises
+    ------
+    DataError
+        For bounds out of range.
     """
 
     seconds: float | None = None
     sets: int | None = None
     bytes: int | None = None
+
+    def __post_init__(self) -> None:
+        if self.seconds is not None and not 0 < self.seconds < math.inf:
+            raise DataError(f"seconds={self.seconds!r}: give a number greater than 0, or None")
+        for name, bound in (("sets", self.sets), ("bytes", self.bytes)):
+            if bound is not None and (bound != int(bound) or bound < 1):
+                raise DataError(f"{name}={bound!r}: give a whole number from 1 on, or None")
 
 
 def mine(
@@ -115,7 +128,8 @@ def mine(
     DataError
         For arguments that do not fit the data.
     BudgetExceeded
-        When the run reached a bound of the budget; it tells how far the run came.
+        When the run comes to the end of its budget; it tells how far the run came, and a least
+        count to try next.
     KeyboardInterrupt
         Within a tenth of a second after Ctrl-C.
 
@@ -143,9 +157,9 @@ def mine(
     watch = _watch(progress, budget)
     try:
         return sides.mine(run, watch)
-    except _engine.OutOfBudget:
+    except _engine.BudgetExceeded as error:
         assert budget is not None
-        raise _exceeded(run, watch, budget) from None
+        raise _exceeded(error, budget, options.min_count) from None
     finally:
         if progress is True:
             print(file=sys.stderr)
@@ -214,47 +228,26 @@ def _threads(threads: int | None) -> int:
 def _watch(progress: Progress, budget: Budget | None) -> _engine.Watch:
     budget = budget or Budget()
     return _engine.Watch(
-        progress_of(progress), budget.seconds or 0.0, budget.sets or 0, budget.bytes or 0
+        progress_of(progress), math.ceil((budget.seconds or 0) * 1e9), budget.sets or 0,
+        budget.bytes or 0,
     )
 
 
-def _exceeded(run: Run, watch: _engine.Watch, budget: Budget) -> BudgetExceeded:
+def _exceeded(error: _engine.BudgetExceeded, budget: Budget, min_count: int) -> BudgetExceeded:
+    _, limit, levels, advised = error.args
     bound = {
-        _engine.Bound.SECONDS: f"{budget.seconds:g} seconds" if budget.seconds else "",
-        _engine.Bound.SETS: f"{budget.sets:,} item sets" if budget.sets else "",
-        _engine.Bound.BYTES: f"{budget.bytes:,} bytes" if budget.bytes else "",
-    }[watch.bound]
-    came = (
-        f"all {watch.sets:,} item sets of up to {watch.size} items were found"
-        if watch.size else "no item sets were found yet"
-    )
-    count = _count_to_try(run, budget)
-    remedy = (
-        f"the item sets for min_count={count} were found at once: try that"
-        if count is not None else "try a much greater min_count, or max_items=2"
-    )
+        _engine.Limit.TIME: f"{budget.seconds or 0:g} seconds",
+        _engine.Limit.SETS: f"{budget.sets or 0:,} item sets",
+        _engine.Limit.BYTES: f"{budget.bytes or 0:,} bytes",
+    }[limit]
+    if levels:
+        came = (
+            f"{sum(levels):,} item sets of up to {len(levels)} items were found so far, of which "
+            f"at most half have a count of {advised}: try min_count={advised}, or max_items=2"
+        )
+    else:
+        came = "the search had not begun: allow for more time"
     return BudgetExceeded(
-        f"the run reached its budget of {bound} at min_count={run.options.min_count}; {came}; "
-        f"{remedy}",
-        watch.size, watch.sets, count,
+        f"the budget of {bound} is exceeded at min_count={min_count}; {came}",
+        tuple(levels), advised if levels else None,
     )
-
-
-def _count_to_try(run: Run, budget: Budget) -> int | None:
-    """Search at greater counts, briefly, for one at which the search ends."""
-    until = clock.monotonic() + min(1.0, (budget.seconds or 2.0) / 2)
-    options = _engine.Options()
-    options.max_size = run.options.max_size
-    options.threads = run.options.threads
-    count = run.options.min_count
-    while clock.monotonic() < until and count <= len(run.histories):
-        count *= 2
-        options.min_count = count
-        left = max(until - clock.monotonic(), 0.01)
-        watch = _engine.Watch(None, left, budget.sets or 0, budget.bytes or 0)
-        try:
-            _engine.mine_item_sets(run.histories._rows.index(count, watch), options, watch)
-        except _engine.OutOfBudget:
-            continue
-        return count
-    return None

@@ -175,7 +175,7 @@ def test_interrupt_ends_without_traceback(long_input, tmp_path):
 
 def test_budget_is_told(long_input, tmp_path):
     done = run("mine", long_input, tmp_path / "r.csv", "-c", "2", "--budget-seconds", "1", status=1)
-    assert "Error: the run reached its budget of 1 seconds at min_count=2; all " in done.stderr
+    assert "Error: the budget of 1 seconds is exceeded at min_count=2; " in done.stderr
     assert "item sets: 60 to do" in done.stderr  # plain lines where there is no terminal
 
 

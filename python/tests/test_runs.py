@@ -2,6 +2,8 @@
 
 import gc
 import os
+import pickle
+import re
 import resource
 import subprocess
 import sys
@@ -104,29 +106,88 @@ def test_progress_is_printed(many, capsys):
     assert capsys.readouterr().err.endswith("\n")
 
 
+# Of the eight customers 6 have bread, 6 butter, 2 jam and 1 tea: half of the four items have a
+# count of 3 and more.
 @pytest.mark.parametrize(
     ("budget", "bound"),
     [
-        (quarvis.Budget(seconds=0.3), "0.3 seconds"),
-        (quarvis.Budget(sets=1000), "1,000 item sets"),
-        (quarvis.Budget(bytes=20_000_000), "20,000,000 bytes"),
+        (quarvis.Budget(sets=3), "3 item sets"),
+        (quarvis.Budget(bytes=100), "100 bytes"),  # 4 items take 112
+        (quarvis.Budget(seconds=1e-9), "1e-09 seconds"),
     ],
 )
-def test_budget(many, budget, bound):
-    begin = time.monotonic()
+@pytest.mark.parametrize("frame", ["times", "baskets", "sides"])
+def test_budget_tells_how_far_the_run_came(shop, budget, bound, frame):
+    arguments = {"min_count": 1, "budget": budget}
+    if frame == "baskets":
+        shop = quarvis.from_baskets([["bread", "butter"]] * 5 + [["bread"], ["butter", "jam"],
+                                                                 ["jam", "tea"]])
+    elif frame == "sides":
+        arguments |= {"antecedents": "*"}
     with pytest.raises(quarvis.BudgetExceeded) as error:
-        quarvis.mine(many, min_count=2, budget=budget)
+        quarvis.mine(shop, **arguments)
+    assert str(error.value) == (
+        f"the budget of {bound} is exceeded at min_count=1; 4 item sets of up to 1 items were "
+        "found so far, of which at most half have a count of 3: try min_count=3, or max_items=2"
+    )
+    assert (error.value.item_sets, error.value.min_count) == ((4,), 3)
+    again = pickle.loads(pickle.dumps(error.value))
+    assert (str(again), again.item_sets, again.min_count) == (str(error.value), (4,), 3)
+
+
+@pytest.mark.parametrize("threads", [1, 2])
+def test_budget_ends_in_the_midst_of_a_size(many, threads):
+    # All 1,770 pairs and 34,220 triples of the 60 items are in two histories and more.
+    with pytest.raises(quarvis.BudgetExceeded) as error:
+        quarvis.mine(many, min_count=2, max_items=3, threads=threads,
+                     budget=quarvis.Budget(sets=30_000))
+    items, pairs, triples = error.value.item_sets
+    assert items == 60
+    assert pairs <= 1770
+    assert 28_000 < items + pairs + triples <= 30_100
+    sets = quarvis.mine(many, min_count=error.value.min_count, max_items=3, rules=False)
+    assert 0 < len(sets.item_sets) < 30_000
+
+
+def test_budget_of_time_covers_all_steps(many):
+    begin = time.monotonic()
+    with pytest.raises(quarvis.BudgetExceeded, match="the budget of 0.3 seconds is exceeded"):
+        quarvis.mine(many, min_count=2, budget=quarvis.Budget(seconds=0.3))
     assert time.monotonic() - begin < 20
-    message = str(error.value)
-    assert message.startswith(f"the run reached its budget of {bound} at min_count=2; ")
-    assert error.value.size >= 1
-    assert f"all {error.value.item_sets:,} item sets of up to {error.value.size} items" in message
-    count = error.value.min_count
-    if count is None:
-        assert message.endswith("try a much greater min_count, or max_items=2")
-    else:
-        assert f"min_count={count} were found at once: try that" in message
-        quarvis.mine(many, min_count=count, budget=quarvis.Budget(sets=budget.sets, seconds=60))
+
+
+def test_budget_of_time_covers_the_indexing():
+    with pytest.raises(quarvis.BudgetExceeded) as error:
+        quarvis.mine(large(histories=100_000), min_count=2, budget=quarvis.Budget(seconds=1e-3))
+    assert str(error.value) == (
+        "the budget of 0.001 seconds is exceeded at min_count=2; the search had not begun: allow "
+        "for more time"
+    )
+    assert (error.value.item_sets, error.value.min_count) == ((), None)
+
+
+def test_budget_covers_rules_of_baskets():
+    # 12 items that are always together: 4,095 sets, of which 3^12 - 2^13 + 1 rules can be made.
+    baskets = quarvis.from_baskets([[f"item {i}" for i in range(12)]] * 2)
+    assert len(quarvis.mine(baskets, min_count=2)) == 3**12 - 2**13 + 1
+    with pytest.raises(quarvis.BudgetExceeded) as error:
+        quarvis.mine(baskets, min_count=2, budget=quarvis.Budget(bytes=20_000_000))
+    assert sum(error.value.item_sets) == 4095
+    assert error.value.min_count == 3
+
+
+@pytest.mark.parametrize(
+    ("bounds", "message"),
+    [
+        ({"seconds": 0}, "seconds=0: give a number greater than 0, or None"),
+        ({"seconds": float("nan")}, "seconds=nan: give a number greater than 0, or None"),
+        ({"sets": 0}, "sets=0: give a whole number from 1 on, or None"),
+        ({"bytes": 1.5}, "bytes=1.5: give a whole number from 1 on, or None"),
+    ],
+)
+def test_budget_out_of_range(bounds, message):
+    with pytest.raises(quarvis.errors.DataError, match=f"^{re.escape(message)}$"):
+        quarvis.Budget(**bounds)
 
 
 def test_budget_that_suffices(many):

@@ -7,6 +7,8 @@
 #include <limits>
 #include <utility>
 
+#include <quarvis/mining/mine.hpp>
+
 namespace quarvis::mining {
 
 namespace {
@@ -22,7 +24,7 @@ struct Came {
         counts.insert(counts.end(), countsOfSize.begin(), countsOfSize.end());
     }
 
-    BudgetExceeded exceeded(const OverBudget& over) && {
+    BudgetExceeded exceeded(BudgetExceeded::Limit limit) && {
         std::uint32_t advised = 0;
         if (!counts.empty()) {
             const auto middle = counts.begin() + static_cast<std::ptrdiff_t>(counts.size() / 2);
@@ -31,7 +33,7 @@ struct Came {
         }
         while (!levels.empty() && levels.back() == 0)
             levels.pop_back();
-        return BudgetExceeded(over.limit(), std::move(levels), advised);
+        return BudgetExceeded(limit, std::move(levels), advised);
     }
 };
 
@@ -45,14 +47,14 @@ BudgetExceeded exceeded(const OverBudget& over, const WalkOrder& order,
     for (const FoundSets* const sets : found)
         for (std::size_t size = 2; size <= sets->maxSize(); ++size)
             came.add(size, sets->level(size).count);
-    return std::move(came).exceeded(over);
+    return std::move(came).exceeded(over.limit());
 }
 
-BudgetExceeded exceeded(const OverBudget& over, const ItemSets& sets) {
+BudgetExceeded exceeded(BudgetExceeded::Limit limit, const ItemSets& sets) {
     Came came;
     for (std::size_t size = 1; size <= sets.levels(); ++size)
         came.add(size, sets.level(size).count);
-    return std::move(came).exceeded(over);
+    return std::move(came).exceeded(limit);
 }
 
 }  // namespace quarvis::mining

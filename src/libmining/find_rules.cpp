@@ -75,7 +75,7 @@ Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOpt
         return selectRules(counted, sets, options.thresholds, index.historyCount(), options.threads,
                            step);
     } catch (const OverBudget& over) {
-        throw exceeded(over, sets);
+        throw exceeded(over.limit(), sets);
     }
 }
 

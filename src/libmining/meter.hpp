@@ -37,7 +37,7 @@ class Meter {
             throw OverBudget(BudgetExceeded::Limit::LEVELS);
         if (m_budget.sets != 0 && (m_sets += sets) > m_budget.sets)
             throw OverBudget(BudgetExceeded::Limit::SETS);
-        took(sets * SET_BYTES);
+        took(sets * Budget::SET_BYTES);
     }
 
     /// Accounts for memory.
@@ -70,12 +70,6 @@ class Meter {
         m_sets = mark.sets;
         m_bytes = mark.bytes;
     }
-
-    /// A set while it is searched, and in the result.
-    static constexpr std::size_t SET_BYTES = 28;
-
-    /// A rule while it is counted, and in the result with three items.
-    static constexpr std::size_t RULE_BYTES = 144;
 
   private:
     Budget m_budget;

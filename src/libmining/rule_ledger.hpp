@@ -66,7 +66,7 @@ bool judge(RuleLedger& ledger, Meter& meter, const SplitSet& rule, std::uint32_t
         return false;
     const bool followed = ledger.follows(rule, met);
     if (ledger.isCounted(rule, met)) {
-        meter.took(Meter::RULE_BYTES);
+        meter.took(Budget::RULE_BYTES);
         ledger.count(rule, {met, counted()});
     }
     return followed;

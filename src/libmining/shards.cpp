@@ -60,7 +60,7 @@ class ShardedRun {
         try {
             return m_findRules(sets);
         } catch (const OverBudget& over) {
-            throw exceeded(over, sets);
+            throw exceeded(over.limit(), sets);
         }
     }
 

@@ -20,9 +20,15 @@ struct Budget {
 
     std::size_t sets = 0;  ///< Frequent item sets, of all sizes together.
 
-    /// Memory beside the index, as the engine reckons it: its copy of the histories, 28 bytes a set
-    /// and 144 bytes a rule.
+    /// Memory beside the index, as the engine reckons it: its copy of the histories, SET_BYTES a
+    /// set and RULE_BYTES a rule.
     std::size_t bytes = 0;
+
+    /// A set while it is searched, and in the result.
+    static constexpr std::size_t SET_BYTES = 28;
+
+    /// A rule while it is counted, and in the result with three items.
+    static constexpr std::size_t RULE_BYTES = 144;
 
     std::chrono::nanoseconds time{0};  ///< By the clock on the wall.
 };
@@ -44,8 +50,8 @@ class BudgetExceeded : public std::runtime_error {
     /// Which bound it was.
     Limit limit() const { return m_limit; }
 
-    /// How far the run came: the number of sets that were found of each size, from 1 on. Of the
-    /// greatest sizes there may be more.
+    /// How far the run came: the number of sets that were found of each size, from 1 on. From size
+    /// 2 on there may be more.
     const std::vector<std::size_t>& levels() const { return m_levels; }
 
     /// A least count to try next: the least one that at most half of these sets have.

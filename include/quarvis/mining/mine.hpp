@@ -29,7 +29,10 @@ ItemSets findItemSets(const HistoryIndex& index, const MiningOptions& options, O
 Rules findRules(const HistoryIndex& index, const ItemSets& sets, const MiningOptions& options,
                 Observer& observer);
 
-/// Both, with one budget for the two.
+/// What a caller throws whose own work on the sets of a run comes to the end of the run's budget.
+BudgetExceeded exceeded(BudgetExceeded::Limit limit, const ItemSets& sets);
+
+/// Both searches, with one budget for the two.
 Result mine(const HistoryIndex& index, const MiningOptions& options, Observer& observer);
 
 }  // namespace quarvis::mining

@@ -106,9 +106,8 @@ def explain(
     frame.check_output(output, force)
     sides = _sides(rule)
     histories = frame.read_input(input, options)
-    nothing: dict[str, Any] = dict.fromkeys(("budget_seconds", "budget_bytes"))
     mined = frame.run(histories, {
-        **nothing, "window": window, "antecedents": (), "consequents": (), "max_items": 2,
+        "window": window, "antecedents": (), "consequents": (), "max_items": 2,
         "min_count": max(len(histories), 1),
     })
     explanation = mined.explain(sides)

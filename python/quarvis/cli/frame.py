@@ -119,8 +119,10 @@ def mining_options(command: Command) -> Command:
         click.option("--consequents", metavar="PATTERN", multiple=True,
                      help="What the items of the right side match."),
         click.option("--threads", type=click.IntRange(1), help="Threads that share the run."),
-        click.option("--budget-seconds", type=float, help="What the run may take in time,"),
-        click.option("--budget-bytes", type=int, help="and in memory."),
+        click.option("--budget-seconds", type=click.FloatRange(0, min_open=True),
+                     help="What the run may take in time,"),
+        click.option("--budget-sets", type=click.IntRange(1), help="in item sets,"),
+        click.option("--budget-bytes", type=click.IntRange(1), help="and in memory."),
     )):
         command = option(command)
     return command
@@ -147,8 +149,9 @@ def read_input(path: Path, options: dict[str, Any]) -> Histories:
 
 def run(histories: Histories, options: dict[str, Any]) -> Mined:
     """Mine with the options of `mining_options`."""
-    seconds, size = options.pop("budget_seconds"), options.pop("budget_bytes")
-    budget = quarvis.Budget(seconds=seconds, bytes=size) if seconds or size else None
+    budget = quarvis.Budget(*(
+        options.pop(f"budget_{name}", None) for name in ("seconds", "sets", "bytes")
+    ))
     window = options.pop("window")
     if window is not None and histories._columns.scale.nanoseconds is None:
         window = int(window) if window.isdecimal() else window
