@@ -45,8 +45,7 @@ Found withBasketRules(const Found& found, Splits splits, const RuleBounds& bound
         std::vector<Rank> subsequent;
         for (ItemSetCursor cursor(sets); cursor.next();) {
             const std::span<const Rank> items = cursor.items();
-            if (watch.isCancelled())
-                throw quarvis::mining::Cancelled();
+            watch.endIfAsked();
             // A set with more items would have more parts than there is room for.
             const std::uint64_t all = (std::uint64_t{1} << items.size()) - 1;
             for (std::uint64_t split = 1; split < all; ++split) {
@@ -131,14 +130,10 @@ Found withSides(const Found& found, const IndexPointer& all, const Column<std::u
                   {rightMarks.begin(), rightMarks.end()}};
     const auto isLeft = [leftMarks](Rank item) { return leftMarks[at(item)] != 0; };
     const auto isRight = [rightMarks](Rank item) { return rightMarks[at(item)] != 0; };
-    const auto endIfAsked = [&watch] {
-        if (watch.isCancelled())
-            throw quarvis::mining::Cancelled();
-    };
     const auto derive = [&] {
         SideCounts counts(*found.index, *all);
         for (std::size_t place = 0; place < found.rules.size(); ++place) {
-            endIfAsked();
+            watch.endIfAsked();
             Rule rule = found.rules[place];
             if (!derived.allows(rule))
                 continue;
@@ -147,7 +142,7 @@ Found withSides(const Found& found, const IndexPointer& all, const Column<std::u
             derived.rules.add(rule, all->historyCount(), bounds);
         }
         for (ItemSetCursor cursor(*found.itemSets); cursor.next();) {
-            endIfAsked();
+            watch.endIfAsked();
             const std::span<const Rank> items = cursor.items();
             const bool both = items.size() > 1 && std::any_of(items.begin(), items.end(), isLeft) &&
                               std::any_of(items.begin(), items.end(), isRight);

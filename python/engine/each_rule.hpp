@@ -26,8 +26,7 @@ void forEachPlace(std::size_t count, unsigned threads, Watch& watch, MakeWorker 
         try {
             auto worker = makeWorker();
             for (std::size_t place = next++; place < count && !failed; place = next++) {
-                if (watch.isCancelled())
-                    throw quarvis::mining::Cancelled();
+                watch.endIfAsked();
                 worker(place);
                 if (isCaller)
                     watch.progressed(place + 1, count);

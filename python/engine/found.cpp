@@ -72,19 +72,37 @@ bool Found::allows(const Rule& rule) const {
     return isMarked(rule.antecedent, left) && isMarked(rule.subsequent, right);
 }
 
-Columns ruleColumns(const Found& found) {
+std::size_t Found::setCount() const {
+    return listed.empty() ? itemSets->size()
+                          : static_cast<std::size_t>(
+                                std::count(listed.begin(), listed.end(), std::uint8_t{1}));
+}
+
+std::vector<std::size_t> Found::setCounts() const {
+    std::vector<std::size_t> counts(itemSets->levels());
+    if (listed.empty()) {
+        for (std::size_t size = 1; size <= counts.size(); ++size)
+            counts[size - 1] = itemSets->count(size);
+    } else {
+        forEachListed(
+            *this, [&counts](const ItemSetCursor& cursor) { ++counts[cursor.items().size() - 1]; });
+    }
+    return counts;
+}
+
+Columns ruleColumns(const Found& found, Watch& watch) {
     const RuleList& rules = found.rules;
     Lists antecedents;
     Lists consequents;
     std::vector<std::uint32_t> counts[4];
     std::vector<double> measures[6];
-    {
-        const nb::gil_scoped_release released;
+    watch.run([&] {
         for (auto& column : counts)
             column.reserve(rules.size());
         for (auto& column : measures)
             column.reserve(rules.size());
         for (std::size_t place = 0; place < rules.size(); ++place) {
+            watch.endIfAsked();
             const Rule rule = rules[place];
             antecedents.add(rule.antecedent);
             consequents.add(rule.subsequent);
@@ -99,7 +117,7 @@ Columns ruleColumns(const Found& found) {
             measures[4].push_back(rule.probability);
             measures[5].push_back(rule.certainty);
         }
-    }
+    });
     Columns columns;
     columns["antecedents"] = toPython(std::move(antecedents));
     columns["consequents"] = toPython(std::move(consequents));
@@ -114,60 +132,26 @@ Columns ruleColumns(const Found& found) {
     return columns;
 }
 
-Columns itemSetColumns(const Found& found) {
+Columns itemSetColumns(const Found& found, const std::optional<Column<std::uint8_t>>& keep,
+                       Watch& watch) {
+    if (keep && keep->size() != found.setCount())
+        throw std::invalid_argument("a mask of another length");
+    const std::uint8_t* const marks = keep ? keep->data() : nullptr;
     Lists items;
     std::vector<std::uint32_t> counts;
-    {
-        const nb::gil_scoped_release released;
+    watch.run([&] {
+        std::size_t place = 0;  // among the listed sets
         forEachListed(found, [&](const ItemSetCursor& cursor) {
+            watch.endIfAsked();
+            if (marks != nullptr && marks[place++] == 0)
+                return;
             items.add(cursor.items());
             counts.push_back(cursor.count());
         });
-    }
+    });
     Columns columns;
     columns["items"] = toPython(std::move(items));
     columns["count"] = arrayOf(std::move(counts));
-    return columns;
-}
-
-Columns itemSetExtensions(const Found& found) {
-    const ItemSets& sets = *found.itemSets;
-    std::vector<std::uint8_t> notClosed;
-    std::vector<std::uint8_t> notMaximal;
-    {
-        const nb::gil_scoped_release released;
-        // By size and place in the level; every set tells the sets with one item less.
-        std::vector<std::vector<std::uint8_t>> extended(sets.levels() + 1);
-        for (std::size_t size = 1; size <= sets.levels(); ++size)
-            extended[size].resize(sets.count(size));
-        constexpr std::uint8_t any = 1;
-        constexpr std::uint8_t asMany = 2;
-        std::vector<Rank> items;
-        std::vector<Rank> part;
-        for (std::size_t size = 2; size <= sets.levels(); ++size)
-            for (std::size_t set = 0; set < sets.count(size); ++set) {
-                items.resize(size);
-                sets.items(size, set, items.data());
-                for (std::size_t left = 0; left < size; ++left) {
-                    part = items;
-                    part.erase(part.begin() + static_cast<std::ptrdiff_t>(left));
-                    const std::size_t place = sets.find(part);
-                    const bool same =
-                        sets.level(size - 1).count[place] == sets.level(size).count[set];
-                    extended[size - 1][place] = static_cast<std::uint8_t>(
-                        extended[size - 1][place] | any | (same ? asMany : 0));
-                }
-            }
-        forEachListed(found, [&](const ItemSetCursor& cursor) {
-            const std::size_t size = cursor.items().size();
-            const std::uint8_t mark = extended[size][sets.find(cursor.items())];
-            notMaximal.push_back(mark & any ? 1 : 0);
-            notClosed.push_back(mark & asMany ? 1 : 0);
-        });
-    }
-    Columns columns;
-    columns["not_closed"] = arrayOf(std::move(notClosed));
-    columns["not_maximal"] = arrayOf(std::move(notMaximal));
     return columns;
 }
 
@@ -227,10 +211,7 @@ void writeLines(const std::string& path, std::function<bool(std::size_t)> isKept
 
 void writeFile(const Found& found, const std::string& path, bool rules,
                const std::optional<Column<std::uint8_t>>& keep) {
-    const auto listed = static_cast<std::size_t>(
-        std::count(found.listed.begin(), found.listed.end(), std::uint8_t{1}));
-    const std::size_t sets = found.listed.empty() ? found.itemSets->size() : listed;
-    if (keep && keep->size() != (rules ? found.rules.size() : sets))
+    if (keep && keep->size() != (rules ? found.rules.size() : found.setCount()))
         throw std::invalid_argument("a mask of another length");
     const std::uint8_t* const marks = keep ? keep->data() : nullptr;
     const nb::gil_scoped_release released;

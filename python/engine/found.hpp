@@ -30,6 +30,12 @@ struct Found {
 
     /// Whether the items of a rule may be on their sides.
     bool allows(const quarvis::mining::Rule& rule) const;
+
+    /// The number of the sets that are listed.
+    std::size_t setCount() const;
+
+    /// The numbers of those of each size, from 1 on.
+    std::vector<std::size_t> setCounts() const;
 };
 
 /// Mines the index under the watch. Throws `BudgetExceeded` and Python errors.
@@ -41,14 +47,12 @@ Found mineItemSets(const IndexPointer& index, const quarvis::mining::MiningOptio
 
 /// The rules as columns, in the order of the rules file: `antecedents` and `consequents` as lists
 /// of ranks, the counts, and the measures of the engine under its names.
-Columns ruleColumns(const Found& found);
+Columns ruleColumns(const Found& found, Watch& watch);
 
-/// The listed item sets as columns, in the order of the item-set file: `items` and `count`.
-Columns itemSetColumns(const Found& found);
-
-/// By listed item set, in the order of the file: 1 where a set that was found extends it by one
-/// item with as many histories (`not_closed`), and with any number of them (`not_maximal`).
-Columns itemSetExtensions(const Found& found);
+/// The listed item sets as columns, in the order of the item-set file: `items` and `count`. `keep`
+/// has a byte for each of them; those with 0 are left out.
+Columns itemSetColumns(const Found& found, const std::optional<Column<std::uint8_t>>& keep,
+                       Watch& watch);
 
 /// Writes the rules file, or without `rules` the item-set file, as the tool does. `keep` has a byte
 /// for each rule or listed set; those with 0 are left out. Throws `std::system_error` when the file

@@ -20,6 +20,7 @@
 #include "order_test.hpp"
 #include "questions.hpp"
 #include "rows.hpp"
+#include "set_extensions.hpp"
 #include "watch.hpp"
 
 /// \file
@@ -130,9 +131,13 @@ void addRuns(nb::module_& module) {
     nb::class_<Found>(module, "Found", "What a run found, as ranks of its index.")
         .def_prop_ro("index", [](const Found& found) { return found.index; })
         .def_prop_ro("rule_count", [](const Found& found) { return found.rules.size(); })
-        .def("rules", &ruleColumns, "The rules as columns.")
-        .def("item_sets", &itemSetColumns, "The item sets as columns.")
-        .def("extensions", &itemSetExtensions, "By set: whether it is not closed, not maximal.")
+        .def("rules", &ruleColumns, nb::arg("watch"), "The rules as columns.")
+        .def_prop_ro("set_count", &Found::setCount)
+        .def("set_counts", &Found::setCounts, "The number of item sets of each size, from 1 on.")
+        .def("item_sets", &itemSetColumns, nb::arg("keep").none(), nb::arg("watch"),
+             "The item sets as columns.")
+        .def("extensions", &itemSetExtensions, nb::arg("watch"),
+             "By set: whether it is not closed, not maximal.")
         .def(
             "with_basket_rules",
             [](const Found& found, Splits splits, double confidence, double lift, double conviction,
@@ -167,7 +172,7 @@ void addQuestions(nb::module_& module) {
                nb::arg("watch"), "By rule: whether a more general one is at least as good.");
     module.def("match", &match, nb::arg("found"), nb::arg("places"), nb::arg("histories"),
                nb::arg("times"), nb::arg("ranks"), nb::arg("now"), nb::arg("window"),
-               "Which rules are met in which histories at a time.");
+               nb::arg("watch"), "Which rules are met in which histories at a time.");
     module.def("test_order", &testOrder, nb::arg("found"), nb::arg("options"),
                nb::arg("permutations"), nb::arg("seed"), nb::arg("threads"), nb::arg("watch"),
                "How far the counts stand out from those of permuted times.");

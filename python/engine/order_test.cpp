@@ -147,8 +147,7 @@ class OrderTest {
         std::vector<std::uint64_t> counts;
         counts.reserve(m_rules.size());
         for (std::size_t rule = 0; rule < m_rules.size(); ++rule) {
-            if (m_watch.isCancelled())
-                throw quarvis::mining::Cancelled();
+            m_watch.endIfAsked();
             counts.push_back(search.find(m_rules[rule]).lags.size());
         }
         // Sums of whole numbers are the same in any order.

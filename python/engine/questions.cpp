@@ -162,14 +162,14 @@ Array<std::uint8_t> redundant(const Found& found, const Column<std::int64_t>& pl
     watch.run([&] {
         std::map<Side, Group> groups;
         for (std::size_t place = 0; place < places.size(); ++place) {
+            watch.endIfAsked();
             const Rule rule = ruleAt(found, places, place);
             groups[sideOf(rule.subsequent)][sideOf(rule.antecedent)] = place;
         }
         const auto valueAt = [&](std::size_t place) { return values.data()[places.data()[place]]; };
         for (const auto& [subsequent, group] : groups)
             for (const auto& [antecedent, place] : group) {
-                if (watch.isCancelled())
-                    throw quarvis::mining::Cancelled();
+                watch.endIfAsked();
                 const double value = valueAt(place);
                 marks[place] = anyPart(group, antecedent,
                                        [&](std::size_t other) { return valueAt(other) >= value; });
@@ -180,7 +180,8 @@ Array<std::uint8_t> redundant(const Found& found, const Column<std::int64_t>& pl
 
 Columns match(const Found& found, const Column<std::int64_t>& places,
               const Column<std::uint32_t>& histories, const Column<std::uint64_t>& times,
-              const Column<std::uint32_t>& ranks, std::uint64_t now, std::uint64_t window) {
+              const Column<std::uint32_t>& ranks, std::uint64_t now, std::uint64_t window,
+              Watch& watch) {
     checkPlaces(found, places);
     const std::size_t items = found.index->itemCount();
     if (times.size() != histories.size() || ranks.size() != histories.size())
@@ -188,8 +189,7 @@ Columns match(const Found& found, const Column<std::int64_t>& places,
     std::vector<std::uint32_t> inHistories;
     std::vector<std::int64_t> met;
     std::vector<std::uint64_t> complete;
-    {
-        const nb::gil_scoped_release released;
+    watch.run([&] {
         // By an item of the antecedent: the rules. It is the one in the fewest histories.
         std::vector<std::vector<std::size_t>> rulesOf(items);
         for (std::size_t place = 0; place < places.size(); ++place) {
@@ -210,6 +210,7 @@ Columns match(const Found& found, const Column<std::int64_t>& places,
         std::vector<std::uint32_t> recent;
         std::vector<std::size_t> here;
         for (std::size_t begin = 0; begin < order.size();) {
+            watch.endIfAsked();
             const std::uint32_t history = histories.data()[order[begin]];
             std::size_t end = begin;
             recent.clear();
@@ -249,7 +250,7 @@ Columns match(const Found& found, const Column<std::int64_t>& places,
                 isRecent[rank] = false;
             begin = end;
         }
-    }
+    });
     Columns columns;
     columns["history"] = arrayOf(std::move(inHistories));
     columns["place"] = arrayOf(std::move(met));

@@ -35,7 +35,8 @@ Array<std::uint8_t> redundant(const Found& found, const Column<std::int64_t>& pl
 /// the place in `places`, and `complete`.
 Columns match(const Found& found, const Column<std::int64_t>& places,
               const Column<std::uint32_t>& histories, const Column<std::uint64_t>& times,
-              const Column<std::uint32_t>& ranks, std::uint64_t now, std::uint64_t window);
+              const Column<std::uint32_t>& ranks, std::uint64_t now, std::uint64_t window,
+              Watch& watch);
 
 /// By rule: the probability that of `a` histories drawn out of `n` at least `u` are among `s`
 /// marked ones, Fisher's exact test of one side. The sum of the hypergeometric probabilities from u

@@ -28,6 +28,12 @@ class Watch : public quarvis::mining::Observer {
     void progressed(std::uint64_t done, std::uint64_t all) override;
     bool isCancelled() const override;
 
+    /// Throws `Cancelled` if the run is to end.
+    void endIfAsked() const {
+        if (isCancelled())
+            throw quarvis::mining::Cancelled();
+    }
+
     /// Names the step that progress is told of from now on.
     void beginStep(std::string name) { m_step = std::move(name); }
 

@@ -114,13 +114,19 @@ class Found:
     @property
     def rule_count(self) -> int: ...
 
-    def rules(self) -> dict[str, Any]:
+    def rules(self, watch: Watch) -> dict[str, Any]:
         """The rules as columns."""
 
-    def item_sets(self) -> dict[str, Any]:
+    @property
+    def set_count(self) -> int: ...
+
+    def set_counts(self) -> list[int]:
+        """The number of item sets of each size, from 1 on."""
+
+    def item_sets(self, keep: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)] | None, watch: Watch) -> dict[str, Any]:
         """The item sets as columns."""
 
-    def extensions(self) -> dict[str, Any]:
+    def extensions(self, watch: Watch) -> dict[str, Any]:
         """By set: whether it is not closed, not maximal."""
 
     def with_basket_rules(self, splits: Splits, confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
@@ -145,7 +151,7 @@ def lags(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,
 def redundant(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], values: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)], watch: Watch) -> Annotated[NDArray[numpy.uint8], dict(shape=(None,))]:
     """By rule: whether a more general one is at least as good."""
 
-def match(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], times: Annotated[NDArray[numpy.uint64], dict(shape=(None,), order='C', device='cpu', writable=False)], ranks: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], now: int, window: int) -> dict[str, Any]:
+def match(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], times: Annotated[NDArray[numpy.uint64], dict(shape=(None,), order='C', device='cpu', writable=False)], ranks: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], now: int, window: int, watch: Watch) -> dict[str, Any]:
     """Which rules are met in which histories at a time."""
 
 def test_order(found: Found, options: Options, permutations: int, seed: int, threads: int, watch: Watch) -> dict[str, Any]:

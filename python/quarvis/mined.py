@@ -99,14 +99,13 @@ class Mined:
     def summary(self) -> str:
         """Tell in a few lines what was mined and found."""
         options = self._run.options
-        sizes = np.diff(self._set_columns["items"][0])
+        sizes = self._found.set_counts()
         lines = [
             ("histories", f"{len(self._run.histories):,}"),
             ("least count", f"{options.min_count:,}"),
             ("window", "the whole past" if self._run.window is None else f"{self._run.window}"),
-            ("item sets", f"{len(sizes):,}" + "".join(
-                f", {count:,} of {size}"
-                for size, count in enumerate(np.bincount(sizes)) if count and size
+            ("item sets", f"{sum(sizes):,}" + "".join(
+                f", {count:,} of {size}" for size, count in enumerate(sizes, 1) if count
             )),
             ("rules", f"{len(self):,}"),
         ]
@@ -115,7 +114,7 @@ class Mined:
         return "\n".join(f"{name:<12} {text}" for name, text in lines)
 
     def __repr__(self) -> str:
-        sets = len(self._set_columns["count"])
+        sets = self._found.set_count
         return f"<quarvis.Mined: {len(self):,} rules, {sets:,} item sets>"
 
     def _repr_html_(self) -> str:
@@ -347,6 +346,7 @@ class Mined:
         met = _engine.match(
             self._found, self._places, columns.entities.codes[keep],
             columns.times[keep].astype(np.uint64), numbers[code[keep]], max(instant, 0), window,
+            _engine.Watch(),
         )
         rules = self._table.take(pa.array(met["place"]))
         none = np.zeros(len(met["place"]), bool)
@@ -449,11 +449,7 @@ class Mined:
 
     @cached_property
     def _rule_columns(self) -> dict[str, Any]:
-        return self._found.rules()
-
-    @cached_property
-    def _set_columns(self) -> dict[str, Any]:
-        return self._found.item_sets()
+        return self._found.rules(_engine.Watch())
 
     @cached_property
     def _table(self) -> pa.Table:
@@ -530,12 +526,15 @@ class Mined:
         return np.logical_and.reduceat(mask[ranks], offsets[:-1])
 
     def _some_sets(self, mark: str) -> Any:
-        marks = self._found.extensions()[mark]
-        return self._run.histories._frame(self._item_set_table.filter(pa.array(marks == 0)))
+        keep = (self._found.extensions(_engine.Watch())[mark] == 0).astype(np.uint8)
+        return self._run.histories._frame(self._sets_table(keep))
 
     @cached_property
     def _item_set_table(self) -> pa.Table:
-        columns = self._set_columns
+        return self._sets_table(None)
+
+    def _sets_table(self, keep: Any) -> pa.Table:
+        columns = self._found.item_sets(keep, _engine.Watch())
         return pa.table({
             "items": lists_of(columns["items"], self._names),
             "count": columns["count"],

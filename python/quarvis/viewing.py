@@ -302,7 +302,7 @@ def _rules_of(mined: Mined) -> PageRules:
         union_count=columns["union_count"][places],
         count=columns["count"][places] if mined._run.has_times else None,
         item_count=mined._found.index.counts()[ranks],
-        item_sets=len(mined._set_columns["count"]),
+        item_sets=mined._found.set_count,
     )
 
 

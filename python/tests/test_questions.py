@@ -4,6 +4,7 @@ import datetime
 
 import brute
 import hypothesis
+import numpy as np
 import pandas as pd
 import polars as pl
 import pyarrow as pa
@@ -133,6 +134,25 @@ def test_closed_and_maximal(data, least):
     maximal = {s for s in every if not any(s < t for t in every)}
     assert {frozenset(s["items"]) for s in mined.closed().to_pylist()} == closed
     assert {frozenset(s["items"]) for s in mined.maximal().to_pylist()} == maximal
+
+
+def test_closed_and_maximal_of_large_sets():
+    draws = np.random.default_rng(3)
+    baskets = [[f"{i:02}" for i in range(14) if draws.random() < 0.75] for _ in range(40)]
+    mined = quarvis.mine(quarvis.from_baskets(baskets), min_count=4, rules=False)
+    every = {frozenset(s["items"]): s["count"] for s in mined.item_sets.to_pylist()}
+    assert max(len(s) for s in every) >= 9
+    # What is contained in a larger set is contained in one with one item more.
+    above = {
+        s: [every.get(s | {item}, 0) for item in {f"{i:02}" for i in range(14)} - s] for s in every
+    }
+    closed = [s["items"] for s in mined.closed().to_pylist()]
+    assert {frozenset(s) for s in closed} == {s for s, n in every.items() if n not in above[s]}
+    maximal = [s["items"] for s in mined.maximal().to_pylist()]
+    assert {frozenset(s) for s in maximal} == {s for s in every if not any(above[s])}
+    order = {tuple(s["items"]): place for place, s in enumerate(mined.item_sets.to_pylist())}
+    for sets in (closed, maximal):
+        assert [order[tuple(s)] for s in sets] == sorted(order[tuple(s)] for s in sets)
 
 
 @hypothesis.given(data=rows(max_size=60), n=st.integers(0, 5))
