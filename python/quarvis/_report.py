@@ -37,6 +37,8 @@ class Report:
         What the times count: "days", "seconds", ..., "numbers" for integers, "none".
     dropped : dict of str to int
         By column: the rows that lacked its value; a row may lack several.
+    left_out : int
+        Rows of the file that ``where=...`` does not choose.
     remarks : tuple of str
         What looks wrong, a sentence each.
     """
@@ -49,6 +51,7 @@ class Report:
     last: Any
     unit: str
     dropped: dict[str, int]
+    left_out: int
     remarks: tuple[str, ...]
 
     def _lines(self) -> list[tuple[str, str]]:
@@ -62,6 +65,8 @@ class Report:
             lines.append(("times", f"{self.first} to {self.last}, in {self.unit}"))
         for column, count in self.dropped.items():
             lines.append(("dropped", f"{count:,} rows without {column!r}"))
+        if self.left_out:
+            lines.append(("left out", f"{self.left_out:,} rows that where=... does not choose"))
         lines += [("looks wrong", remark) for remark in self.remarks]
         return lines
 

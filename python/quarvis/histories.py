@@ -93,6 +93,7 @@ class Histories:
             raise DataError(f"missing={missing!r}: give 'error' or 'drop'")
         self._columns = _read_columns(data, entity, time, items, missing)
         self._index: tuple[int, _engine.Index] | None = None
+        self._left_out = 0
         for remark in self._remarks:
             warn(remark)
 
@@ -101,6 +102,7 @@ class Histories:
         histories = cls.__new__(cls)
         histories._columns = columns
         histories._index = None
+        histories._left_out = 0
         for remark in histories._remarks:
             warn(remark)
         return histories
@@ -156,6 +158,7 @@ class Histories:
             last=scale.value(scale.last) if has_times else None,
             unit=scale.unit,
             dropped=dict(columns.dropped),
+            left_out=self._left_out,
             remarks=tuple(self._remarks),
         )
 

@@ -66,9 +66,8 @@ def read_parquet(
     """
     import pyarrow.dataset
 
-    table = _of_dataset(pyarrow.dataset.dataset(os.fspath(path), format="parquet"),
-                        entity, time, items, where)
-    return Histories(table, entity=entity, time=time, items=items, missing=missing)
+    return _of_dataset(pyarrow.dataset.dataset(os.fspath(path), format="parquet"),
+                       entity, time, items, missing, where)
 
 
 def read_arrow(
@@ -81,9 +80,8 @@ def read_arrow(
     """
     import pyarrow.dataset
 
-    table = _of_dataset(pyarrow.dataset.dataset(os.fspath(path), format="ipc"),
-                        entity, time, items, where)
-    return Histories(table, entity=entity, time=time, items=items, missing=missing)
+    return _of_dataset(pyarrow.dataset.dataset(os.fspath(path), format="ipc"),
+                       entity, time, items, missing, where)
 
 
 def read_csv(
@@ -132,13 +130,16 @@ def read_csv(
             table = pyarrow.csv.read_csv(stream, reading, parse, convert)
     except pa.ArrowInvalid as error:
         raise DataError(f"{name}: {error}") from error
+    rows = table.num_rows
     table = _chosen(table, where)
     if list_delimiter is not None and isinstance(items, str) and items in table.column_names:
         import pyarrow.compute as pc
 
         at = table.column_names.index(items)
         table = table.set_column(at, items, pc.split_pattern(table.column(items), list_delimiter))
-    return Histories(table, entity=entity, time=time, items=items, missing=missing)
+    histories = Histories(table, entity=entity, time=time, items=items, missing=missing)
+    histories._left_out = rows - table.num_rows
+    return histories
 
 
 def read_json(
@@ -157,7 +158,10 @@ def read_json(
             table = pyarrow.json.read_json(stream)
     except pa.ArrowInvalid as error:
         raise DataError(f"{name}: {error}") from error
-    return Histories(_chosen(table, where), entity=entity, time=time, items=items, missing=missing)
+    chosen = _chosen(table, where)
+    histories = Histories(chosen, entity=entity, time=time, items=items, missing=missing)
+    histories._left_out = table.num_rows - chosen.num_rows
+    return histories
 
 
 def read_transactions(path: PathLike) -> Histories:
@@ -204,11 +208,16 @@ def _chosen(table: pa.Table, where: Any) -> pa.Table:
 
 
 def _of_dataset(
-    dataset: Any, entity: str | None, time: str | None, items: str | Sequence[str], where: Any
-) -> pa.Table:
+    dataset: Any, entity: str | None, time: str | None, items: str | Sequence[str],
+    missing: Missing, where: Any,
+) -> Histories:
     named = [entity, time, *([items] if isinstance(items, str) else items)]
-    there = set(dataset.schema.names)
-    if any(name is not None and name not in there for name in named):
-        return dataset.schema.empty_table()  # whose reader tells which one
     columns = list(dict.fromkeys(name for name in named if name is not None))
-    return dataset.to_table(columns=columns, filter=where)
+    if set(columns) <= set(dataset.schema.names):
+        table = dataset.to_table(columns=columns, filter=where)
+    else:
+        table = dataset.schema.empty_table()  # whose reader tells which one is not there
+    histories = Histories(table, entity=entity, time=time, items=items, missing=missing)
+    if where is not None:
+        histories._left_out = dataset.count_rows() - table.num_rows
+    return histories

@@ -119,7 +119,8 @@ def test_shop_export_with_every_trouble(tmp_path):
     with pytest.raises(quarvis.DataError, match=re.escape("lacks the entity in 15 of 31 rows")):
         quarvis.read_csv(path, **roles)
     histories = quarvis.read_csv(path, **roles, missing="drop", where=pc.field("Quantity") > 0)
-    assert histories.report().dropped == {"Customer": 15}
+    assert (histories.report().dropped, histories.report().left_out) == ({"Customer": 15}, 1)
+    assert "\nleft out      1 rows that where=... does not choose\n" in f"{histories.report()}\n"
     rules = quarvis.mine(histories, min_count=2, window="2d").to_arrow()
     assert rules.select(["antecedents", "consequents", "count"]).to_pylist() == [
         {"antecedents": ["bread"], "consequents": ["butter"], "count": 2}

@@ -100,6 +100,28 @@ def test_frame_gives_bytes_of_tool(frame, data, window, times, tool, tmp_path, w
     assert written(mined) == expected
 
 
+@pytest.mark.filterwarnings("ignore")  # Modin's own, of its workers and of conversions
+@pytest.mark.parametrize("times", [integers, dates])
+def test_modin_frame_gives_bytes_of_tool(times, tool, tmp_path, written):
+    modin = pytest.importorskip("modin.pandas")
+    data = [(f"u{i % 7}", i % 5, f"item {i * i % 11}") for i in range(200)]
+    expected = tool(transaction_file(tmp_path / "in.tsv", data), tmp_path, "-c", "2", "-w", "3")
+    frame = modin.DataFrame(arrow(data, times).to_pandas())
+    mined = quarvis.mine(
+        frame, entity="who", time="when", items="what", min_count=2,
+        window=3 if times is integers else "3d", splits="runs",
+    )
+    assert len(mined) > 10
+    assert written(mined) == expected
+    assert isinstance(mined.rules, modin.DataFrame)
+    assert list(mined.rules["count"]) == mined.to_arrow().column("count").to_pylist()
+    sets = quarvis.mine(
+        modin.DataFrame({"a": [True, True, False], "b": [True, False, False]}),
+        items=["a", "b"], min_count=1, rules=False,
+    ).item_sets
+    assert [list(items) for items in sets["items"]] == [["a", "b"], ["a"], ["b"]]
+
+
 @hypothesis.given(data=rows(), lists=st.sampled_from([pa.list_, pa.large_list]))
 @hypothesis.settings(
     max_examples=30, deadline=None,
