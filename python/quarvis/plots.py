@@ -47,12 +47,15 @@ def scatter(mined: Mined, *, x: str = "support", y: str = "confidence", color: s
     values = {name: mined._values(name)[places] for name in dict.fromkeys((x, y, color))}
     top = mined.top(_MOST_POINTS, by=color)
     shown = {name: mined._values(name)[top._places] for name in values}
-    points = alt.Chart(_data({**shown, "rule": _texts(top)})).mark_circle(opacity=0.7).encode(
-        x=alt.X(f"{x}:Q", title=_title(x)), y=alt.Y(f"{y}:Q", title=_title(y)),
-        color=alt.Color(f"{color}:Q", title=_title(color), scale=alt.Scale(scheme="viridis")),
+    many = len(mined) > _MOST_POINTS
+    points = alt.Chart(_data({**shown, "rule": _texts(top)})).mark_circle(
+        opacity=0.8, size=16 if many else 36
+    ).encode(
+        x=alt.X(f"{x}:Q", title=_title(x), axis=alt.Axis(tickCount=6)),
+        y=alt.Y(f"{y}:Q", title=_title(y)), color=_color(color),
         tooltip=["rule:N", *(alt.Tooltip(f"{name}:Q", format=".3g") for name in values)],
     )
-    if len(mined) <= _MOST_POINTS:
+    if not many:
         return points.properties(width=480, height=360)
     finite = np.isfinite(values[x]) & np.isfinite(values[y])
     counts, x_edges, y_edges = np.histogram2d(values[x][finite], values[y][finite], _BINS)
@@ -62,7 +65,7 @@ def scatter(mined: Mined, *, x: str = "support", y: str = "confidence", color: s
         "y2": y_edges[rows + 1], "rules": counts[columns, rows],
     })).mark_rect().encode(
         x=alt.X("x:Q", title=_title(x)), x2="x2:Q", y=alt.Y("y:Q", title=_title(y)), y2="y2:Q",
-        color=alt.Color("rules:Q", scale=alt.Scale(type="log", scheme="greys")),
+        color=alt.Color("rules:Q", scale=alt.Scale(type="log", range=["#ececec", "#8f8f8f"])),
         tooltip=[alt.Tooltip("rules:Q", format=",.0f")],
     )
     return (squares + points).resolve_scale(color="independent").properties(width=480, height=360)
@@ -83,7 +86,9 @@ def graph(mined: Mined, *, by: str = "lift", rules: int = 50) -> Any:
     Returns
     -------
     altair.LayerChart
-        Items stand on a circle, in the order of their names. Lines thicken towards the consequent.
+        Antecedents stand on the left and consequents on the right, each near those that it is
+        joined with; an item that is both stands on either side. Of several rules that join the same
+        two items, the line has the greatest value.
     """
     alt = _altair()
     best = mined.top(rules, by=by)
@@ -97,39 +102,34 @@ def graph(mined: Mined, *, by: str = "lift", rules: int = 50) -> Any:
         for a in left:
             for s in right:
                 edges[a, s] = max(value, edges.get((a, s), value))
-    items = sorted({item for edge in edges for item in edge})
-    angle = {item: 2 * np.pi * place / len(items) for place, item in enumerate(items)}
-    at = {item: (np.sin(a), np.cos(a)) for item, a in angle.items()}
-    # Half a line is drawn thin and the other half thick, so that it tells its direction.
-    halves: list[dict[str, Any]] = []
-    for (a, s), value in edges.items():
-        (x, y), (x2, y2) = at[a], at[s]
-        for begin, end, width in ((0.0, 0.5, 1), (0.5, 1.0, 3)):
-            halves.append({
-                "x": x + begin * (x2 - x), "y": y + begin * (y2 - y), "x2": x + end * (x2 - x),
-                "y2": y + end * (y2 - y), "width": width, by: value, "rule": f"{a} => {s}",
-            })
-    axis = {"axis": None, "scale": alt.Scale(domain=[-1.9, 1.9])}
-    lines = alt.Chart(alt.Data(values=halves)).mark_rule(opacity=0.6).encode(
-        x=alt.X("x:Q", **axis), y=alt.Y("y:Q", **axis), x2="x2:Q", y2="y2:Q",
-        color=alt.Color(f"{by}:Q", title=_title(by), scale=alt.Scale(scheme="viridis")),
-        strokeWidth=alt.StrokeWidth("width:Q", scale=None),
-        tooltip=["rule:N", alt.Tooltip(f"{by}:Q", format=".3g")],
+    sides = _sides_of_graph(list(edges))
+    rows = max(len(sides[0]), len(sides[1]), 1)
+    # The shorter side is spread over the height of the longer one.
+    heights = [
+        {item: (place + 0.5) * rows / len(side) for place, item in enumerate(side)}
+        for side in sides
+    ]
+    lines = alt.Chart(_data({
+        "x": [0] * len(edges), "x2": [1] * len(edges),
+        "y": [heights[0][a] for a, _ in edges], "y2": [heights[1][s] for _, s in edges],
+        by: list(edges.values()), "rule": [f"{a} => {s}" for a, s in edges],
+    })).mark_rule(opacity=0.7, strokeWidth=1.5).encode(
+        x=alt.X("x:Q", axis=None, scale=alt.Scale(domain=[0, 1], nice=False)), x2="x2:Q",
+        y=alt.Y("y:Q", axis=None, scale=alt.Scale(domain=[rows, 0], nice=False)), y2="y2:Q",
+        color=_color(by, orient="top"), tooltip=["rule:N", alt.Tooltip(f"{by}:Q", format=".3g")],
     )
     layers = [lines]
-    for is_right in (True, False):
-        side = [
-            {"x": at[i][0], "y": at[i][1], "item": i} for i in items
-            if (at[i][0] >= 0) == is_right
-        ]
-        base = alt.Chart(alt.Data(values=side)).encode(
-            x=alt.X("x:Q", **axis), y=alt.Y("y:Q", **axis)
-        )
-        layers.append(base.mark_circle(size=40, color="black").encode(tooltip="item:N"))
+    for x, side in enumerate(heights):
+        base = alt.Chart(_data({
+            "x": [x] * len(side), "y": list(side.values()), "item": list(side),
+        })).encode(x="x:Q", y="y:Q", tooltip="item:N")
+        layers.append(base.mark_circle(size=36, color="black", opacity=1))
         layers.append(base.mark_text(
-            align="left" if is_right else "right", dx=8 if is_right else -8, fontSize=9, limit=170
+            align="left" if x else "right", dx=8 if x else -8, fontSize=10, limit=300
         ).encode(text="item:N"))
-    return alt.layer(*layers).properties(width=720, height=720)
+    return alt.layer(*layers).properties(
+        width=320, height=15 * rows, view=alt.ViewBackground(stroke=None)
+    )
 
 
 def lags(mined: Mined, rule: Any) -> Any:
@@ -138,7 +138,9 @@ def lags(mined: Mined, rule: Any) -> Any:
     Returns
     -------
     altair.Chart
-        Lags are days for dates and timestamps, else numbers in the unit of the times.
+        Lags are days for dates and timestamps, else numbers in the unit of the times. A bar counts
+        the lags from its left end on and below its right end; the last one those at its right end,
+        too. Where all lags are whole numbers, so are the ends.
     """
     alt = _altair()
     explanation = mined.explain(rule)
@@ -151,13 +153,14 @@ def lags(mined: Mined, rule: Any) -> Any:
         values = nanoseconds / (86400 * 10**9)
     else:
         values = counted.cast(pa.float64()).to_numpy()
-    heights, edges = np.histogram(values, min(_BINS, max(len(np.unique(values)), 1)))
+    heights, edges = np.histogram(values, _bins(values))
     left, right = sides_of(rule)
     return alt.Chart(_data({
         "from": edges[:-1], "to": edges[1:], "histories": heights
     })).mark_bar().encode(
         x=alt.X("from:Q", title="lag in days" if days else "lag"), x2="to:Q",
-        y=alt.Y("histories:Q", title="histories"), tooltip=["from:Q", "to:Q", "histories:Q"],
+        y=alt.Y("histories:Q", title="histories", axis=alt.Axis(tickMinStep=1)),
+        y2=alt.Y2Datum(0), tooltip=["from:Q", "to:Q", "histories:Q"],
     ).properties(width=480, height=300, title=_rule(left, right))
 
 
@@ -175,10 +178,10 @@ def rules_of(mined: Mined, item: str, *, by: str = "lift", rules: int = 30) -> A
     values = mined._values(by)[best._places]
     texts = _texts(best)
     return alt.Chart(_data({"rule": texts, by: values})).mark_bar().encode(
-        y=alt.Y("rule:N", sort=texts, title=None, axis=alt.Axis(labelLimit=420)),
+        y=alt.Y("rule:N", sort=texts, title=None, axis=alt.Axis(labelLimit=640)),
         x=alt.X(f"{by}:Q", title=_title(by)),
         tooltip=["rule:N", alt.Tooltip(f"{by}:Q", format=".3g")],
-    ).properties(width=360, height=alt.Step(16), title=f"Rules of {item}")
+    ).properties(width=300, height=alt.Step(16), title=f"Rules of {item}")
 
 
 def save(chart: Any, path: str | os.PathLike[str]) -> None:
@@ -223,6 +226,41 @@ def _data(columns: dict[str, Any]) -> Any:
          for name, v in zip(names, row, strict=True)}
         for row in rows
     ])
+
+
+def _color(name: str, **legend: Any) -> Any:
+    alt = _altair()
+    return alt.Color(
+        f"{name}:Q", title=_title(name), scale=alt.Scale(scheme="plasma"),
+        legend=alt.Legend(**legend),
+    )
+
+
+def _bins(values: Any) -> Any:
+    """Give the ends of up to 40 bars, whole numbers where the values are."""
+    if len(values) == 0 or (values != np.floor(values)).any():
+        return _BINS
+    width = int(np.ceil((values.max() - values.min() + 1) / _BINS))
+    begin = np.floor(values.min() / width) * width
+    return np.arange(begin, values.max() + width + 1, width)
+
+
+def _sides_of_graph(edges: list[tuple[str, str]]) -> tuple[list[str], list[str]]:
+    """Order both sides so that few lines cross.
+
+    By the mean places of the neighbours on the other side, in turns: Sugiyama, Tagawa, Toda,
+    Methods for Visual Understanding of Hierarchical System Structures, 1981.
+    """
+    left, right = (sorted({edge[side] for edge in edges}) for side in (0, 1))
+    for turn in range(8):
+        ordered, fixed = (left, right) if turn % 2 == 0 else (right, left)
+        place = {item: at / len(fixed) for at, item in enumerate(fixed)}
+        near: dict[str, list[float]] = {item: [] for item in ordered}
+        for a, s in edges:
+            own, other = (a, s) if turn % 2 == 0 else (s, a)
+            near[own].append(place[other])
+        ordered.sort(key=lambda item: (sum(near[item]) / len(near[item]), item))
+    return left, right
 
 
 def _title(name: str) -> str:

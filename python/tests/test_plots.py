@@ -53,11 +53,59 @@ def test_graph_shows_the_best_rules(many):
     assert {line["rule"] for line in lines} == pairs
 
 
+def test_graph_has_a_row_for_each_item(shop):
+    lines, *sides = values(plots.graph(quarvis.mine(shop, min_count=1)))
+    for side, points in enumerate((sides[0], sides[2])):
+        names = {line["rule"].split(" => ")[side] for line in lines}
+        assert {point["item"] for point in points} == names
+        assert len({point["y"] for point in points}) == len(names)
+        ends = {(line["rule"].split(" => ")[side], line["y2" if side else "y"]) for line in lines}
+        assert ends == {(point["item"], point["y"]) for point in points}
+
+
+def test_sides_of_a_graph_are_ordered_by_their_neighbours():
+    edges = [("a", "z"), ("b", "y"), ("b", "x"), ("c", "x")]
+    left, right = plots._sides_of_graph(edges)
+    places = [(left.index(a), right.index(s)) for a, s in edges]
+    crossings = [(p, q) for p in places for q in places if p[0] < q[0] and p[1] > q[1]]
+    assert crossings == []
+
+
 def test_lags_count_the_histories(shop):
     mined = quarvis.mine(shop, min_count=2)
-    (bars,) = values(plots.lags(mined, ("bread", "butter")))
-    assert sum(bar["histories"] for bar in bars) == 3  # after 2, 2 and 8 days
-    assert plots.lags(mined, ("bread", "butter")).to_dict()["title"] == "bread => butter"
+    chart = plots.lags(mined, ("bread", "butter"))
+    assert values(chart) == [[  # after 2, 2 and 8 days
+        {"from": float(lag), "to": lag + 1.0, "histories": {2: 2, 8: 1}.get(lag, 0)}
+        for lag in range(2, 9)
+    ]]
+    spec = chart.to_dict()
+    assert spec["title"] == "bread => butter"
+    assert spec["encoding"]["y2"] == {"datum": 0}  # bars stand on the axis
+
+
+@pytest.mark.parametrize("most", [3, 40, 41, 79, 1000])
+def test_ends_of_bars_are_whole_numbers(most):
+    lags = np.arange(1.0, most + 1)
+    ends = plots._bins(lags)
+    assert len(ends) <= 42
+    assert (ends == ends.astype(int)).all()
+    assert len(set(np.diff(ends))) == 1
+    heights, _ = np.histogram(lags, ends)
+    assert heights.sum() == most
+    assert set(heights[1:-2]) <= {ends[1] - ends[0]}
+
+
+def test_lags_that_are_no_whole_days():
+    start = np.datetime64("2024-01-01T00:00", "s")
+    hours = [np.timedelta64(h, "h") for h in (0, 6, 0, 36)]
+    table = pa.table({
+        "who": ["u", "u", "v", "v"], "when": np.array([start + h for h in hours]),
+        "what": ["a", "b", "a", "b"],
+    })
+    mined = quarvis.mine(table, entity="who", time="when", items="what", min_count=1)
+    (bars,) = values(plots.lags(mined, ("a", "b")))
+    assert [bar["from"] for bar in bars if bar["histories"]] == [0.25, bars[-1]["from"]]
+    assert bars[-1]["to"] == 1.5
 
 
 def test_rules_of_an_item(shop):
