@@ -1,7 +1,9 @@
 """The programs that the pages show run."""
 
 import re
+import shutil
 
+import pandas
 import pytest
 from conftest import ROOT
 
@@ -14,13 +16,24 @@ PAGE = ROOT / "docs" / "python.md"
 def test_programs_of_the_page_run(tmp_path, monkeypatch, capsys):
     monkeypatch.chdir(tmp_path)
     programs = re.findall(r"^```python\n(.*?)^```", PAGE.read_text(), re.M | re.S)
-    assert len(programs) >= 8
+    assert len(programs) >= 9
     names = {}
     for program in programs:
         exec(compile(program, str(PAGE), "exec"), names)
     assert "counts in 2, the reverse rule in 1" in capsys.readouterr().out
     for file in ("rules.tsv", "rules.svg", "graph.html", "lags.png", "butter.svg"):
         assert (tmp_path / file).stat().st_size > 0
+
+
+@pytest.mark.skipif(not PAGE.is_file(), reason="the wheel comes without the pages")
+@pytest.mark.filterwarnings("ignore")  # those of the peers
+@pytest.mark.parametrize("peer", ["prefixspan", "pyspark"])
+def test_comparison_with_peer_runs(peer):
+    pytest.importorskip(peer)
+    if peer == "pyspark" and shutil.which("java") is None:
+        pytest.skip("needs Java")
+    (program,) = re.findall(rf"^```python {peer}\n(.*?)^```", PAGE.read_text(), re.M | re.S)
+    exec(compile(program, str(PAGE), "exec"), {"quarvis": quarvis, "pd": pandas})
 
 
 @pytest.mark.skipif(not PAGE.is_file(), reason="the wheel comes without the pages")
