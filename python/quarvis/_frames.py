@@ -39,7 +39,12 @@ def to_table(data: Any, columns: Sequence[str]) -> tuple[pa.Table, str]:
         kind = _known(frame.implementation.value)
         return _plain(_arrow_of(frame, columns), columns), kind
     if hasattr(data, "__arrow_c_stream__") or hasattr(data, "__arrow_c_array__"):
-        return _selected(pa.table(data), columns), "pyarrow"
+        try:
+            table = pa.table(data)
+        except pa.ArrowInvalid:  # a column alone
+            pass
+        else:
+            return _selected(table, columns), "pyarrow"
     raise TypeError(
         f"data is a {type(data).__name__}, not a data frame: give a frame of pandas, Polars, "
         "PyArrow, DuckDB or Modin, or anything with the Arrow PyCapsule interface, or read a file "

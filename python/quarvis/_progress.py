@@ -5,6 +5,8 @@ from __future__ import annotations
 import sys
 from collections.abc import Callable
 
+from quarvis.errors import DataError
+
 Progress = bool | Callable[[str, int, int], object]
 
 
@@ -12,6 +14,8 @@ def progress_of(progress: Progress) -> Callable[[str, int, int], object] | None:
     """Give what the engine is to call; True prints to standard error."""
     if isinstance(progress, bool):
         return _print_progress if progress else None
+    if not callable(progress):
+        raise DataError(f"progress={progress!r}: give True, False or a callable")
     return progress
 
 

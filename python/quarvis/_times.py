@@ -47,9 +47,10 @@ class TimeScale:
     @property
     def unit(self) -> str:
         """The unit of the column, in words."""
-        if self.type is None:
-            return "none"
-        return "numbers" if self.nanoseconds is None else _UNIT_NAMES[self.nanoseconds]
+        return "none" if self.type is None else self._unit(1)
+
+    def _unit(self, step: int) -> str:
+        return "numbers" if self.nanoseconds is None else _UNIT_NAMES[self.nanoseconds * step]
 
     def window(self, window: Window) -> int:
         """Give a window in the unit of the engine, where 0 is the whole past.
@@ -67,8 +68,8 @@ class TimeScale:
             units = _nanoseconds(window) // (self.nanoseconds * self.step)
         if units == 0:
             raise DataError(
-                f"window={window!r} is shorter than a unit of the times ({self.unit}), so nothing "
-                "could lie within it: give a longer one, or None for the whole past"
+                f"window={window!r} is shorter than a unit of the times ({self._unit(self.step)}"
+                "), so nothing could lie within it: give a longer one, or None for the whole past"
             )
         return min(units, _LARGEST)
 

@@ -91,6 +91,9 @@ class Histories:
     ) -> None:
         if missing not in ("error", "drop"):
             raise DataError(f"missing={missing!r}: give 'error' or 'drop'")
+        for role, name in (("entity", entity), ("time", time)):
+            if name is not None and not isinstance(name, str):
+                raise DataError(f"{role}={name!r}: give the name of one column, or None")
         self._columns = _read_columns(data, entity, time, items, missing)
         self._index: tuple[int, _engine.Index] | None = None
         self._left_out = 0

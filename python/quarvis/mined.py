@@ -15,6 +15,7 @@ import pyarrow as pa
 import pyarrow.compute
 
 from quarvis import _engine
+from quarvis._arguments import threshold, whole_number
 from quarvis._columns import lists_of, names_of
 from quarvis._patterns import matching
 from quarvis._progress import Progress, progress_of
@@ -22,7 +23,7 @@ from quarvis._times import Window
 from quarvis.errors import DataError
 from quarvis.explanation import Explanation, explain
 from quarvis.histories import Histories
-from quarvis.measures import Counts, arrays, benjamini_hochberg
+from quarvis.measures import MEASURES, Counts, arrays, benjamini_hochberg
 
 if TYPE_CHECKING:
     from quarvis.viewing import View
@@ -158,7 +159,9 @@ class Mined:
             if kind not in ("min", "max"):
                 raise DataError(f"{bound}=...: bounds begin with min_ or max_")
             values = self._values(name)
-            keep &= values >= value if kind == "min" else values <= value
+            keep &= values >= threshold(bound, value) if kind == "min" else (
+                values <= threshold(bound, value)
+            )
         for side, patterns in (("antecedents", antecedents), ("consequents", consequents)):
             if patterns is not None:
                 keep &= self._all_in(side, self._matching(patterns, side))
@@ -172,6 +175,7 @@ class Mined:
 
         Rules of equal values keep their order; a NaN comes last.
         """
+        n = whole_number("n", n, 0)
         values = self._values(by)[self._places]
         order = np.argsort(values if ascending else -values, kind="stable")
         return self._selected(self._places[order[:n]])
@@ -234,8 +238,7 @@ class Mined:
             raise DataError("nothing follows anything here: these histories have no times")
         watch = _engine.Watch()
         columns = _engine.lags(
-            self._found, self._places, self._run.options.window,
-            threads or self._run.options.threads, watch,
+            self._found, self._places, self._run.options.window, self._threads(threads), watch,
         )
         scale = self._run.histories._columns.scale
         none = np.zeros(len(self._places), bool)
@@ -294,14 +297,14 @@ class Mined:
         """
         if not self._run.has_times:
             raise DataError("nothing follows anything here: these histories have no times")
-        if permutations < 1:
-            raise DataError(f"permutations={permutations!r}: give one at least")
-        if not 0 <= seed < 2**64:
-            raise DataError(f"seed={seed!r}: give a whole number from 0 to 2^64 - 1")
+        permutations = whole_number("permutations", permutations, 1)
+        remedy = "give a whole number from 0 to 2^64 - 1"
+        seed = whole_number("seed", seed, 0, remedy)
+        if seed >= 2**64:
+            raise DataError(f"seed={seed!r}: {remedy}")
         watch = _engine.Watch(progress_of(progress))
         columns = _engine.test_order(
-            self._found, self._run.options, int(permutations), int(seed),
-            threads or self._run.options.threads, watch,
+            self._found, self._run.options, permutations, seed, self._threads(threads), watch,
         )
         q_values = benjamini_hochberg(columns["p"], int(columns["proposed"]))
         table = self._table.select(["antecedents", "consequents", "count"])
@@ -495,6 +498,9 @@ class Mined:
             "consequent_count": columns["consequent_count"],
         }
 
+    def _threads(self, threads: int | None) -> int:
+        return self._run.options.threads if threads is None else whole_number("threads", threads, 1)
+
     def _selected(self, places: Places) -> Mined:
         return Mined(self._run, self._found, places)
 
@@ -503,6 +509,11 @@ class Mined:
         own = self._measures()
         if name in own:
             return np.asarray(own[name], np.float64)
+        if name not in MEASURES:
+            raise DataError(
+                f"there is no column or measure {name!r}; there are "
+                + ", ".join(dict.fromkeys((*own, *MEASURES)))
+            )
         return arrays(self._counts, [name])[name]
 
     @cached_property

@@ -10,6 +10,7 @@ from dataclasses import dataclass
 from typing import Any, Literal
 
 from quarvis import _engine
+from quarvis._arguments import is_number, threshold, whole_number
 from quarvis._progress import Progress, progress_of
 from quarvis._sides import Sides
 from quarvis._times import Window
@@ -47,11 +48,12 @@ class Budget:
     bytes: int | None = None
 
     def __post_init__(self) -> None:
-        if self.seconds is not None and not 0 < self.seconds < math.inf:
-            raise DataError(f"seconds={self.seconds!r}: give a number greater than 0, or None")
+        seconds = self.seconds
+        if seconds is not None and not (is_number(seconds) and 0 < seconds < math.inf):
+            raise DataError(f"seconds={seconds!r}: give a number greater than 0, or None")
         for name, bound in (("sets", self.sets), ("bytes", self.bytes)):
-            if bound is not None and (bound != int(bound) or bound < 1):
-                raise DataError(f"{name}={bound!r}: give a whole number from 1 on, or None")
+            if bound is not None:
+                whole_number(name, bound, 1, "give a whole number from 1 on, or None")
 
 
 def mine(
@@ -151,7 +153,10 @@ def mine(
             f"window={window!r} is longer than the data, which span "
             f"{scale.value(0)} to {scale.value(scale.last)}: it has no effect"
         )
-    thresholds = (min_confidence, min_lift, max_conviction)
+    thresholds = (
+        threshold("min_confidence", min_confidence), threshold("min_lift", min_lift),
+        threshold("max_conviction", max_conviction),
+    )
     sides = Sides(antecedents, consequents)
     run = Run(histories, options, window, splits, thresholds, rules)
     watch = _watch(progress, budget)
@@ -174,11 +179,9 @@ def least_count(min_count: int | None, min_support: float | None, histories: int
         )
     least = 1
     if min_count is not None:
-        if isinstance(min_count, bool) or min_count != int(min_count) or min_count < 1:
-            raise DataError(f"min_count={min_count!r}: give a whole number from 1 on")
-        least = int(min_count)
+        least = whole_number("min_count", min_count, 1)
     if min_support is not None:
-        if not 0 <= min_support <= 1:
+        if not is_number(min_support) or not 0 <= min_support <= 1:
             raise DataError(f"min_support={min_support!r}: give a share from 0 to 1")
         count = math.ceil(min_support * histories)
         # The product is rounded, so its neighbours are looked at, too.
@@ -206,9 +209,9 @@ def _histories_of(
 def _max_size(max_items: int | None) -> int:
     if max_items is None:
         return 0
-    if max_items < 2:
-        raise DataError(f"max_items={max_items!r}: a rule has two items at least")
-    return int(max_items)
+    size = whole_number("max_items", max_items, 2,
+                        "give a whole number from 2 on, since a rule has two items at least")
+    return min(size, 2**32 - 1)
 
 
 def _splits(splits: str) -> _engine.Splits:
@@ -220,16 +223,19 @@ def _splits(splits: str) -> _engine.Splits:
 def _threads(threads: int | None) -> int:
     if threads is None:
         return len(os.sched_getaffinity(0)) if hasattr(os, "sched_getaffinity") else 1
-    if threads < 1:
-        raise DataError(f"threads={threads!r}: a run needs one at least")
-    return int(threads)
+    return whole_number("threads", threads, 1)
 
 
 def _watch(progress: Progress, budget: Budget | None) -> _engine.Watch:
-    budget = budget or Budget()
+    if budget is None:
+        budget = Budget()
+    elif not isinstance(budget, Budget):
+        raise DataError(
+            f"budget={budget!r}: give a quarvis.Budget, such as quarvis.Budget(seconds=10)"
+        )
     return _engine.Watch(
-        progress_of(progress), math.ceil((budget.seconds or 0) * 1e9), budget.sets or 0,
-        budget.bytes or 0,
+        progress_of(progress), math.ceil((budget.seconds or 0) * 1e9), int(budget.sets or 0),
+        int(budget.bytes or 0),
     )
 
 

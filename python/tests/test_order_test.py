@@ -118,14 +118,3 @@ def test_sides_are_a_family_of_their_own():
     found = rows(some.test_order(permutations=19, seed=1))
     assert found
     assert all(rule[1] == ("5",) for rule in found)
-
-
-@pytest.mark.parametrize(
-    ("arguments", "message"),
-    [({"permutations": 0}, "permutations=0: give one at least"),
-     ({"seed": -1}, "seed=-1: give a whole number from 0 to 2^64 - 1")],
-)
-def test_arguments_that_are_refused(shop, arguments, message):
-    with pytest.raises(quarvis.DataError) as error:
-        quarvis.mine(shop, min_count=2).test_order(**arguments)
-    assert str(error.value) == message
