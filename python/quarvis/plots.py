@@ -18,11 +18,12 @@ from quarvis._frames import to_table
 from quarvis.errors import DataError
 from quarvis.explanation import sides_of
 from quarvis.mined import Mined
-from quarvis.writing import write_whole
+from quarvis.writing import require_format, write_whole
 
 _MOST_POINTS = 1000
 _BINS = 40
-_FORMATS = (".svg", ".png", ".html")
+#: What `save` writes, by the endings of names.
+FORMATS = (".svg", ".png", ".html")
 
 
 def scatter(mined: Mined, *, x: str = "support", y: str = "confidence", color: str = "lift") -> Any:
@@ -195,8 +196,7 @@ def save(chart: Any, path: str | os.PathLike[str]) -> None:
         When the file cannot be written.
     """
     kind = Path(path).suffix.lower()
-    if kind not in _FORMATS:
-        raise DataError(f"the ending of {os.fspath(path)!r} is none of {', '.join(_FORMATS)}")
+    require_format(path, FORMATS)
     options: dict[str, Any] = {"inline": True} if kind == ".html" else {}
     if kind == ".png":
         file: Any = io.BytesIO()

@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import os
-from collections.abc import Sequence
+from collections.abc import Iterator, Sequence
+from contextlib import contextmanager
 from pathlib import Path
 from typing import Any
 
@@ -204,7 +205,22 @@ def _encoding_of(path: PathLike) -> str:
 
 
 def _chosen(table: pa.Table, where: Any) -> pa.Table:
-    return table if where is None else table.filter(where)
+    if where is None:
+        return table
+    with _telling(where):
+        return table.filter(where)
+
+
+@contextmanager
+def _telling(where: Any) -> Iterator[None]:
+    """Tell which condition does not fit the columns."""
+    try:
+        yield
+    except (pa.ArrowInvalid, pa.ArrowNotImplementedError, pa.ArrowTypeError) as error:
+        reason = str(error).splitlines()[0]
+        raise DataError(
+            f"where={where} does not fit the columns of the file: {reason}"
+        ) from error
 
 
 def _of_dataset(
@@ -214,7 +230,8 @@ def _of_dataset(
     named = [entity, time, *([items] if isinstance(items, str) else items)]
     columns = list(dict.fromkeys(name for name in named if name is not None))
     if set(columns) <= set(dataset.schema.names):
-        table = dataset.to_table(columns=columns, filter=where)
+        with _telling(where):
+            table = dataset.to_table(columns=columns, filter=where)
     else:
         table = dataset.schema.empty_table()  # whose reader tells which one is not there
     histories = Histories(table, entity=entity, time=time, items=items, missing=missing)

@@ -5,7 +5,7 @@ from __future__ import annotations
 import json
 import os
 import tempfile
-from collections.abc import Callable
+from collections.abc import Callable, Sequence
 from pathlib import Path
 from typing import TYPE_CHECKING, Any, BinaryIO
 
@@ -23,6 +23,10 @@ PathLike = str | os.PathLike[str]
 
 #: What a cell of a transaction file cannot hold: it would be read as something else.
 _UNWRITABLE = "^\"|[\t\n\r]"
+
+
+#: What `write_table` writes, by the endings of names.
+FORMATS = (".parquet", ".arrow", ".csv", ".json", ".jsonl")
 
 
 def write_whole(path: PathLike, write: Callable[[BinaryIO], object]) -> None:
@@ -131,7 +135,7 @@ def write_table(table: pa.Table, path: PathLike) -> None:
     import pyarrow.feather
     import pyarrow.parquet
 
-    ending = Path(path).suffix.lower()
+    require_format(path, FORMATS)
     writers: dict[str, Callable[[BinaryIO], object]] = {
         ".parquet": lambda file: pyarrow.parquet.write_table(table, file),
         ".arrow": lambda file: pyarrow.feather.write_feather(table, file),
@@ -139,12 +143,16 @@ def write_table(table: pa.Table, path: PathLike) -> None:
         ".json": lambda file: file.write(_json(table, "[\n", ",\n", "\n]\n")),
         ".jsonl": lambda file: file.write(_json(table, "", "\n", "\n")),
     }
-    if ending not in writers:
+    write_whole(path, writers[Path(path).suffix.lower()])
+
+
+def require_format(path: PathLike, formats: Sequence[str]) -> None:
+    """Raise `DataError` for a name whose ending is none of these."""
+    if Path(path).suffix.lower() not in formats:
         raise DataError(
-            f"the ending of {os.fspath(path)!r} tells no format: name the file .parquet, .arrow, "
-            ".csv, .json, .jsonl or .tsv"
+            f"the ending of {os.fspath(path)!r} tells no format: name the file "
+            f"{', '.join(formats[:-1])} or {formats[-1]}"
         )
-    write_whole(path, writers[ending])
 
 
 def _flat(table: pa.Table) -> pa.Table:

@@ -120,7 +120,16 @@ def test_files_are_not_replaced_without_force(csv_file, tmp_path):
         (["mine", "{csv}", "r.csv", *ROLES], 1,
          "Error: give min_count=... (histories) or min_support=... (their share): the number of "
          "item sets explodes as it falls, so begin high\n"),
-        (["mine", "{csv}", "missing/r.csv", *ROLES, "-c", "2"], 1, "No such file or directory\n"),
+        (["mine", "{csv}", "missing/r.csv", *ROLES, "-c", "2"], 1,
+         "Error: missing/r.csv: there is no folder missing\n"),
+        (["mine", "{csv}", "r.csv", "--item-sets", "s", *ROLES, "-c", "2"], 1,
+         "Error: the ending of 's' tells no format: name the file .parquet, .arrow, .csv, .json, "
+         ".jsonl or .tsv\n"),
+        (["plot", "{csv}", "p.gif", *ROLES, "-c", "2"], 1,
+         "Error: the ending of 'p.gif' tells no format: name the file .svg, .png or .html\n"),
+        (["explain", "{csv}", "jam => tea", *ROLES, "-o", "why.tsv"], 1,
+         "Error: the ending of 'why.tsv' tells no format: name the file .parquet, .arrow, .csv, "
+         ".json or .jsonl\n"),
         (["rank", "{csv}"], 1,
          "Error: {csv} has no columns antecedents and consequents: is it a rules file?\n"),
     ],
@@ -131,6 +140,25 @@ def test_errors_are_one_line(arguments, status, message, csv_file, tmp_path, mon
     errors = [line for line in done.stderr.splitlines(True) if line.startswith("Error: ")]
     assert len(errors) == 1
     assert errors[0].endswith(message.format(csv=csv_file))
+
+
+@pytest.mark.parametrize(
+    ("condition", "rows"),
+    [("day>=2020-03-05", 4), ("who=ann", 2), ("who='ann'", 2), ('product!="bread"', 9)],
+)
+def test_where(condition, rows, csv_file, tmp_path):
+    done = run("prepare", csv_file, tmp_path / "t.tsv", *ROLES, "--where", condition)
+    assert f"rows          {rows}\n" in done.stderr
+    assert f"left out      {15 - rows} rows" in done.stderr
+
+
+@pytest.mark.parametrize("condition", ["Day > 1", "who > 1", "day > 1"])
+def test_where_that_does_not_fit(condition, csv_file, tmp_path):
+    output = tmp_path / "t.tsv"
+    done = run("prepare", csv_file, output, *ROLES, "--where", condition, status=1)
+    (line,) = done.stderr.splitlines()  # the reason is Arrow's
+    assert line.startswith(f"Error: where=({condition}) does not fit the columns of the file: ")
+    assert not output.exists()
 
 
 @pytest.mark.parametrize("ending", ["tsv", "csv"])

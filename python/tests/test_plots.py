@@ -131,5 +131,5 @@ def test_files(kind, ending, begin, many, tmp_path):
 
 
 def test_unknown_ending(shop, tmp_path):
-    with pytest.raises(quarvis.DataError, match=r"is none of \.svg, \.png, \.html"):
+    with pytest.raises(quarvis.DataError, match=r"name the file \.svg, \.png or \.html$"):
         plots.save(plots.scatter(quarvis.mine(shop, min_count=2)), tmp_path / "plot.gif")

@@ -12,7 +12,7 @@ import quarvis
 from quarvis import plots
 from quarvis.cli import frame
 from quarvis.cli.ranking import read_rules, show_rules
-from quarvis.writing import write_table, write_transactions
+from quarvis.writing import FORMATS, write_table, write_transactions
 
 _INPUT = click.argument("input", type=click.Path(path_type=Path, dir_okay=False))
 _OUTPUT = click.argument("output", type=click.Path(path_type=Path))
@@ -68,8 +68,8 @@ def mine(
     Its ending tells the format: .parquet, .arrow, .csv, .json, .jsonl, or .tsv for that of
     quarvis-rules.
     """
-    frame.check_output(output, force)
-    frame.check_output(item_sets, force)
+    frame.check_output(output, force, frame.RULE_FORMATS)
+    frame.check_output(item_sets, force, frame.RULE_FORMATS)
     mined = frame.run(frame.read_input(input, options), options)
     frame.write_rules(mined, output)
     if item_sets is not None:
@@ -103,7 +103,7 @@ def explain(
     input: Path, rule: str, window: str | None, output: Path | None, force: bool, **options: Any
 ) -> None:
     """Tell which histories of INPUT count for RULE, such as "bread => butter" or "{a,b} => c"."""
-    frame.check_output(output, force)
+    frame.check_output(output, force, FORMATS)
     sides = _sides(rule)
     histories = frame.read_input(input, options)
     mined = frame.run(histories, {
@@ -131,7 +131,7 @@ def plot(
     **options: Any,
 ) -> None:
     """Mine INPUT and draw the rules to OUTPUT: .svg, .png or .html."""
-    frame.check_output(output, force)
+    frame.check_output(output, force, plots.FORMATS)
     if kind == "lags" and rule is None:
         raise click.UsageError("--kind lags needs --rule")
     if kind == "item" and item is None:

@@ -2,10 +2,13 @@
 
 from __future__ import annotations
 
+import datetime
 import math
+import operator
+import re
 import sys
 import warnings
-from collections.abc import Callable, Iterator
+from collections.abc import Callable, Iterator, Sequence
 from contextlib import contextmanager
 from pathlib import Path
 from typing import Any, TypeVar
@@ -15,9 +18,12 @@ import click
 import quarvis
 from quarvis.histories import Histories
 from quarvis.mined import Mined
-from quarvis.writing import write_table
+from quarvis.writing import FORMATS, require_format, write_table
 
 Command = TypeVar("Command", bound=Callable[..., Any])
+
+#: The formats of rules and item sets, with that of the tool.
+RULE_FORMATS = (*FORMATS, ".tsv")
 
 _WIDTH = 30
 _TRANSACTION_FILES = (".tsv", ".txt", "")
@@ -67,10 +73,19 @@ class Progress:
             click.echo("\r\x1b[K", nl=False, err=True)
 
 
-def check_output(path: Path | None, force: bool) -> None:
-    """Refuse to replace a file, before any work is done."""
-    if path is not None and path.is_file() and not force:
+def check_output(path: Path | None, force: bool, formats: Sequence[str] = ()) -> None:
+    """Refuse to replace a file, or one that could not be written, before any work is done.
+
+    `formats` are the endings that the name may have; any, if there are none.
+    """
+    if path is None:
+        return
+    if formats:
+        require_format(path, formats)
+    if path.is_file() and not force:
         raise click.ClickException(f"{path} is there already: --force replaces it")
+    if not path.parent.is_dir():
+        raise click.ClickException(f"{path}: there is no folder {path.parent}")
 
 
 def write_rules(mined: Mined, path: Path) -> None:
@@ -91,7 +106,8 @@ def data_options(command: Command) -> Command:
         click.option("--drop-missing", is_flag=True,
                      help="Leave out rows that lack an entity, a time or an item."),
         click.option("--where", metavar="COND", multiple=True,
-                     help="Read only rows that pass, such as \"Quantity>0\"."),
+                     help="Read only rows that pass, such as \"Quantity>0\"; "
+                     "text stands in quotes."),
         click.option("--delimiter", metavar="SIGN", help="What separates cells of text."),
         click.option("--time-format", metavar="FORMAT", help="How times are written (strptime)."),
     )):
@@ -168,9 +184,6 @@ def run(histories: Histories, options: dict[str, Any]) -> Mined:
 
 def _condition(texts: tuple[str, ...]) -> Any:
     """Give the expression of conditions such as "Quantity>0"; all must hold."""
-    import operator
-    import re
-
     import pyarrow.compute as pc
 
     signs = {">=": operator.ge, "<=": operator.le, "!=": operator.ne, ">": operator.gt,
@@ -181,7 +194,19 @@ def _condition(texts: tuple[str, ...]) -> Any:
         if not match:
             raise click.UsageError(f"--where {text!r}: write COLUMN>VALUE, or <, =, !=, >=, <=")
         column, sign, value = match.groups()
-        number = re.fullmatch(r"-?\d+(\.\d+)?", value)
-        each = signs[sign](pc.field(column), float(value) if number else value)
+        each = signs[sign](pc.field(column), _value(value))
         expression = each if expression is None else expression & each
     return expression
+
+
+def _value(text: str) -> float | str | datetime.date:
+    """Give what a condition compares with: a number, a date, or text, which may be quoted."""
+    if re.fullmatch(r"-?\d+(\.\d+)?", text):
+        return float(text)
+    if re.fullmatch(r"\d{4}-\d\d-\d\d", text):
+        try:
+            return datetime.date.fromisoformat(text)
+        except ValueError:
+            raise click.UsageError(f"--where: {text} is no date") from None
+    is_quoted = len(text) > 1 and text[0] == text[-1] and text[0] in "\"'"
+    return text[1:-1] if is_quoted else text
