@@ -1,13 +1,15 @@
 """Item sets of the same baskets by quarvis and by peers, in one run.
 
-    build/venv/bin/pip install efficient-apriori mlxtend rusket
-    build/venv/bin/python bench/python_peers.py [-r RUNS] [-n HISTORIES] [FILE ...]
+    build/venv/bin/pip install -c python/constraints.txt efficient-apriori mlxtend rusket
+    build/venv/bin/python bench/python_peers.py [--record] [-r RUNS] [-n HISTORIES] [FILE ...]
 
 A FILE is a transaction file, of which each entity is a basket; generated baskets come besides. Each
 library runs in a process of its own, in one thread, and begins with the baskets in the form that it
 takes: a list of tuples, or a frame of truth values, or, for quarvis, a list column. Told are the
-median of the seconds on the wall clock, and by how much the peak of the resident memory exceeds
-what the process had when it began to mine. All must find as many sets, of the same total count.
+median, the least and the greatest of the seconds of the processor, the median of those on the wall
+clock, and by how much the peak of the resident memory exceeds what the process had when it began to
+mine. All must find as many sets, of the same total count. With --record all that is printed goes to
+bench/python_peers.md, once every library has ended.
 """
 
 from __future__ import annotations
@@ -26,6 +28,7 @@ import threading
 import time
 import warnings
 from collections.abc import Callable
+from pathlib import Path
 from typing import Any
 
 LIBRARIES = ("quarvis", "mlxtend", "efficient-apriori", "rusket")
@@ -114,7 +117,8 @@ def run_one(library: str, source: str, least: int, runs: int) -> None:
     # Unpickled, they leave no freed memory behind that a library would work in unseen.
     with open(source, "rb") as file:
         mine = prepare(library, pickle.load(file), least)
-    seconds: list[float] = []
+    wall: list[float] = []
+    processor: list[float] = []
     before = resident()
     peak = before
     ended = threading.Event()
@@ -127,45 +131,74 @@ def run_one(library: str, source: str, least: int, runs: int) -> None:
     watcher = threading.Thread(target=watch)
     watcher.start()
     for _ in range(runs):
-        begin = time.perf_counter()
+        begin = time.perf_counter(), time.process_time()
         counts = mine()
-        seconds.append(time.perf_counter() - begin)
+        wall.append(time.perf_counter() - begin[0])
+        processor.append(time.process_time() - begin[1])
         peak = max(peak, resident())
     ended.set()
     watcher.join()
     print(json.dumps({
-        "seconds": statistics.median(seconds), "bytes": peak - before, "sets": len(counts),
-        "total": sum(counts),
+        "seconds": statistics.median(processor), "least": min(processor),
+        "greatest": max(processor), "wall": statistics.median(wall), "bytes": peak - before,
+        "sets": len(counts), "total": sum(counts),
     }))
 
 
-def compare(name: str, source: str, least: int, runs: int) -> bool:
-    """Run every library on the baskets of a file; whether quarvis loses to none."""
-    print(f"\n{name}, sets in {least} baskets or more\n")
-    print(f"{'library':<20}{'seconds':>10}{'MB':>10}{'sets':>12}")
+class Page:
+    """What is printed, for the record."""
+
+    def __init__(self) -> None:
+        self.lines: list[str] = []
+
+    def add(self, *lines: str) -> None:
+        """Print lines and keep them."""
+        print(*lines, sep="\n", flush=True)
+        self.lines += lines
+
+
+def measured(library: str, source: str, least: int, runs: int) -> dict[str, Any] | str:
+    """Mine in a process of its own; the figures, or why there are none."""
+    environment = {**os.environ, "RAYON_NUM_THREADS": "1", "OMP_NUM_THREADS": "1"}
+    try:
+        done = subprocess.run(
+            [sys.executable, __file__, "--one", library, source, str(least), str(runs)],
+            capture_output=True, text=True, env=environment, timeout=LIMIT,
+        )
+    except subprocess.TimeoutExpired:
+        return f"over {LIMIT} s"
+    if done.returncode != 0:
+        return f"failed: {done.stderr.strip().splitlines()[-1]}"
+    figures: dict[str, Any] = json.loads(done.stdout.splitlines()[-1])
+    return figures
+
+
+def compare(page: Page, name: str, source: str, least: int, runs: int) -> list[str]:
+    """Run every library on the baskets of a file; what quarvis loses to which one."""
+    page.add(
+        "", f"## {name}, sets in {least} baskets or more", "",
+        "| library | processor, s | least..greatest | wall, s | memory, MB | sets |",
+        "|---|---:|---:|---:|---:|---:|",
+    )
     ours: dict[str, Any] = {}
-    best = True
+    losses: list[str] = []
     for library in LIBRARIES:
-        environment = {**os.environ, "RAYON_NUM_THREADS": "1", "OMP_NUM_THREADS": "1"}
-        try:
-            done = subprocess.run(
-                [sys.executable, __file__, "--one", library, source, str(least), str(runs)],
-                capture_output=True, text=True, env=environment, timeout=LIMIT,
-            )
-        except subprocess.TimeoutExpired:
-            print(f"{library:<20}{'over ' + str(LIMIT):>10}", flush=True)
+        figures = measured(library, source, least, runs)
+        if isinstance(figures, str):
+            page.add(f"| {library} | {figures} | | | | |")
             continue
-        if done.returncode != 0:
-            print(f"{library:<20} failed: {done.stderr.strip().splitlines()[-1]}", flush=True)
-            continue
-        figures = json.loads(done.stdout.splitlines()[-1])
-        print(f"{library:<20}{figures['seconds']:>10.3f}{figures['bytes'] / 1e6:>10.1f}"
-              f"{figures['sets']:>12,}", flush=True)
+        page.add(
+            f"| {library} | {figures['seconds']:.3f} | "
+            f"{figures['least']:.3f}..{figures['greatest']:.3f} | {figures['wall']:.3f} | "
+            f"{figures['bytes'] / 1e6:.1f} | {figures['sets']:,} |"
+        )
         ours = ours or figures
         if (figures["sets"], figures["total"]) != (ours["sets"], ours["total"]):
             sys.exit(f"{library} finds other sets than quarvis")
-        best = best and ours["seconds"] <= figures["seconds"] and ours["bytes"] <= figures["bytes"]
-    return best
+        for figure, word in (("seconds", "slower"), ("bytes", "larger")):
+            if ours[figure] > figures[figure]:
+                losses.append(f"{word} than {library} ({name}, {least})")
+    return losses
 
 
 def main() -> None:
@@ -174,27 +207,38 @@ def main() -> None:
         run_one(sys.argv[2], sys.argv[3], int(sys.argv[4]), int(sys.argv[5]))
         return
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0] if __doc__ else None)
+    parser.add_argument("--record", action="store_true", help="write bench/python_peers.md")
     parser.add_argument("-r", type=int, default=3, metavar="RUNS", help="runs of each")
     parser.add_argument("-n", type=int, default=20_000, metavar="BASKETS", help="to generate")
     parser.add_argument("file", nargs="*", help="transaction files")
     arguments = parser.parse_args()
-    print(platform.platform(), "Python", platform.python_version(),
-          *(f"{name} {importlib.metadata.version(name)}" for name in LIBRARIES), sep=", ")
-    if os.getloadavg()[0] > 0.5:
-        print("warning: others are at work on this machine")
+    page = Page()
+    page.add(
+        "# Beside libraries of Python", "",
+        "Written by `bench/python_peers.py --record`, whose head tells what is measured.", "",
+        f"    {platform.platform()}, Python {platform.python_version()}",
+        *(f"    {name} {importlib.metadata.version(name)}" for name in LIBRARIES),
+        f"    load {os.getloadavg()[0]:.1f}, {arguments.r} runs",
+    )
     cases = [(str(arguments.n), share) for share in (0.02, 0.005)]
     cases += [(file, share) for file in arguments.file for share in (0.05, 0.03)]
-    best = True
+    losses: list[str] = []
     with tempfile.TemporaryDirectory() as folder:
         for source, share in cases:
             baskets = baskets_of(source)
             path = os.path.join(folder, "baskets")
             with open(path, "wb") as file:
                 pickle.dump(baskets, file)
-            name = "generated" if source.isdecimal() else os.path.basename(source)
+            name = "generated" if source.isdecimal() else Path(source).stem
             name = f"{name}, {len(baskets):,} baskets"
-            best = compare(name, path, max(round(len(baskets) * share), 2), arguments.r) and best
-    print(f"\nquarvis is {'never' if best else 'sometimes'} slower or larger")
+            least = max(round(len(baskets) * share), 2)
+            losses += compare(page, name, path, least, arguments.r)
+    if losses:
+        page.add("", "quarvis is", "", *(f"- {loss}" for loss in losses))
+    else:
+        page.add("", "quarvis is slower or larger than none.")
+    if arguments.record:
+        Path(__file__).with_suffix(".md").write_text("\n".join(page.lines) + "\n")
 
 
 if __name__ == "__main__":
