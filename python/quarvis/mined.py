@@ -229,10 +229,10 @@ class Mined:
         Returns
         -------
         frame
-            A row for each rule: `least`, `median` and `percentile_90`, the least lags that half
-            and nine tenths of the histories do not exceed, `greatest`, and `reverse_count`, the
-            count of the rule with its sides exchanged. Lags are durations, or numbers in the unit
-            of integer times.
+            A row for each rule: `antecedents`, `consequents`, `count`; `least`, `median` and
+            `percentile_90`, the least lags that half and nine tenths of the histories do not
+            exceed, `greatest`, and `reverse_count`, the count of the rule with its sides exchanged.
+            Lags are durations, or numbers in the unit of integer times.
         """
         if not self._run.has_times:
             raise DataError("nothing follows anything here: these histories have no times")
@@ -244,9 +244,11 @@ class Mined:
         none = np.zeros(len(self._places), bool)
         names = {"least": "least", "median": "median", "percentile90": "percentile_90",
                  "greatest": "greatest"}
-        table = {new: scale.decode_lengths(columns[old], none) for old, new in names.items()}
-        table["reverse_count"] = columns["reverse_count"]
-        return self._run.histories._frame(pa.table(table))
+        table = self._table.select(["antecedents", "consequents", "count"])
+        for old, new in names.items():
+            table = table.append_column(new, scale.decode_lengths(columns[old], none))
+        table = table.append_column("reverse_count", pa.array(columns["reverse_count"]))
+        return self._run.histories._frame(table)
 
     def measures(self, *names: str) -> Any:
         """Give the rules with further measures as columns; without names all of them.

@@ -78,7 +78,9 @@ def test_lags(data, window, threads):
             return next(v for i, v in enumerate(every, 1) if i >= part * share / 10)
 
         assert lag == {
-            "least": every[0], "median": least_for(5), "percentile_90": least_for(9),
+            "antecedents": row["antecedents"], "consequents": row["consequents"],
+            "count": len(every), "least": every[0], "median": least_for(5),
+            "percentile_90": least_for(9),
             "greatest": every[-1],
             "reverse_count": len(brute.lags(plain, consequent, antecedent, window)),
         }
