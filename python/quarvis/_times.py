@@ -120,6 +120,8 @@ def read_times(
     kind = column.type
     if pa.types.is_date64(kind):
         column, kind = column.cast(pa.date32()), pa.date32()
+    if pa.types.is_null(kind) and len(column) == 0:  # a header alone
+        column, kind = column.cast(pa.int64()), pa.int64()
     nanoseconds = None
     if pa.types.is_integer(kind):
         whole = column.cast(_UNSIGNED if pa.types.is_unsigned_integer(kind) else pa.int64())

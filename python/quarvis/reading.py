@@ -67,8 +67,10 @@ def read_parquet(
     """
     import pyarrow.dataset
 
-    return _of_dataset(pyarrow.dataset.dataset(os.fspath(path), format="parquet"),
-                       entity, time, items, missing, where)
+    name = os.fspath(path)
+    with _naming(name, "is it a Parquet file?"):
+        dataset = pyarrow.dataset.dataset(name, format="parquet")
+    return _of_dataset(dataset, entity, time, items, missing, where)
 
 
 def read_arrow(
@@ -81,8 +83,10 @@ def read_arrow(
     """
     import pyarrow.dataset
 
-    return _of_dataset(pyarrow.dataset.dataset(os.fspath(path), format="ipc"),
-                       entity, time, items, missing, where)
+    name = os.fspath(path)
+    with _naming(name, "is it an Arrow file?"):
+        dataset = pyarrow.dataset.dataset(name, format="ipc")
+    return _of_dataset(dataset, entity, time, items, missing, where)
 
 
 def read_csv(
@@ -126,11 +130,10 @@ def read_csv(
     )
     reading = pyarrow.csv.ReadOptions(encoding=encoding or _encoding_of(path))
     parse = pyarrow.csv.ParseOptions(delimiter=delimiter, newlines_in_values=True)
-    try:
-        with pa.input_stream(name, compression="detect") as stream:
-            table = pyarrow.csv.read_csv(stream, reading, parse, convert)
-    except pa.ArrowInvalid as error:
-        raise DataError(f"{name}: {error}") from error
+    with (_naming(name, "if it is no UTF-8, give its encoding=..., such as 'latin-1'"),
+          pa.input_stream(name, compression="detect") as stream):
+        table = pyarrow.csv.read_csv(stream, reading, parse, convert)
+    _require_several_cells(name, table.column_names, delimiter)
     rows = table.num_rows
     table = _chosen(table, where)
     if list_delimiter is not None and isinstance(items, str) and items in table.column_names:
@@ -154,11 +157,9 @@ def read_json(
     import pyarrow.json
 
     name = os.fspath(path)
-    try:
-        with pa.input_stream(name, compression="detect") as stream:
-            table = pyarrow.json.read_json(stream)
-    except pa.ArrowInvalid as error:
-        raise DataError(f"{name}: {error}") from error
+    with (_naming(name, "each line must be an object"),
+          pa.input_stream(name, compression="detect") as stream):
+        table = pyarrow.json.read_json(stream)
     chosen = _chosen(table, where)
     histories = Histories(chosen, entity=entity, time=time, items=items, missing=missing)
     histories._left_out = table.num_rows - chosen.num_rows
@@ -199,7 +200,8 @@ def _ending(path: PathLike) -> str:
 
 
 def _encoding_of(path: PathLike) -> str:
-    with pa.input_stream(os.fspath(path), compression="detect") as stream:
+    name = os.fspath(path)
+    with _naming(name, ""), pa.input_stream(name, compression="detect") as stream:
         begin = stream.read(2)
     return "utf-16" if begin in (b"\xff\xfe", b"\xfe\xff") else "utf8"
 
@@ -209,6 +211,31 @@ def _chosen(table: pa.Table, where: Any) -> pa.Table:
         return table
     with _telling(where):
         return table.filter(where)
+
+
+@contextmanager
+def _naming(name: str, remedy: str) -> Iterator[None]:
+    """Name the file whose content is none of its format."""
+    try:
+        yield
+    except pa.ArrowInvalid as error:
+        raise DataError(f"{name}: {str(error).splitlines()[0]}; {remedy}") from error
+    except OSError as error:
+        if error.errno is not None:
+            raise
+        # Of what cannot be unpacked, Arrow tells the reason alone.
+        raise DataError(f"{name}: {error}") from error
+
+
+def _require_several_cells(name: str, header: list[str], delimiter: str) -> None:
+    """Refuse a header that is one cell with another delimiter in it."""
+    if len(header) != 1:
+        return
+    other = max(",;|\t", key=header[0].count)
+    if other != delimiter and other in header[0]:
+        raise DataError(
+            f"{name}: the header is one cell, {header[0]!r}: give delimiter={other!r}"
+        )
 
 
 @contextmanager

@@ -165,3 +165,38 @@ def test_transaction_files_read_as_the_tool_reads(head, body, window, tool, tmp_
     assert written(mined) == expected
     mined.rules.to_pylist()
     histories.report()
+
+
+@pytest.mark.parametrize(
+    ("name", "content", "begin", "end"),
+    [
+        ("f.csv", "who,when,what\nu,1,\u00e4\n".encode("latin-1"), "",
+         "; if it is no UTF-8, give its encoding=..., such as 'latin-1'"),
+        ("f.csv", b"who;when;what\nu;1;a\n",
+         "the header is one cell, 'who;when;what': give delimiter=';'", ""),
+        ("f.tsv", b"who,when,what\nu,1,a\n",
+         "the header is one cell, 'who,when,what': give delimiter=','", ""),
+        ("f.csv.gz", b"who,when,what\nu,1,a\n", "zlib", ""),
+        ("f.json", b'[{"who": "u", "when": 1, "what": "a"}]', "JSON parse error",
+         "; each line must be an object"),
+        ("f.parquet", b"none", "", "; is it a Parquet file?"),
+        ("f.arrow", b"none", "", "; is it an Arrow file?"),
+    ],
+)
+def test_files_that_are_none_of_their_format(name, content, begin, end, tmp_path):
+    path = tmp_path / name
+    path.write_bytes(content)
+    with pytest.raises(quarvis.DataError) as error:
+        quarvis.read(path, entity="who", time="when", items="what")
+    message = str(error.value)  # what is between is Arrow's
+    assert message.startswith(f"{path}: {begin}")
+    assert message.endswith(end)
+    assert "\n" not in message
+
+
+def test_header_alone(tmp_path):
+    path = tmp_path / "f.csv"
+    path.write_text("who,when,what\n")
+    histories = quarvis.read_csv(path, entity="who", time="when", items="what")
+    assert (len(histories), histories.report().rows) == (0, 0)
+    assert len(quarvis.mine(histories, min_count=1)) == 0
