@@ -1,5 +1,6 @@
 #include "baskets.hpp"
 
+#include <algorithm>
 #include <cassert>
 #include <limits>
 #include <optional>
@@ -23,8 +24,10 @@ constexpr const char* TOO_MANY = "too many items of histories";
 /// of the items, fill each history in that order.
 class Baskets::Part {
   public:
-    /// Finds the distinct items of each history, in no order.
-    Part(const Shard& shard, const WalkOrder& order, Work& work) : m_next(order.size()) {
+    /// Finds the distinct items of each history, in no order; with room for so many.
+    Part(const Shard& shard, const WalkOrder& order, std::size_t room, Work& work)
+        : m_next(order.size()) {
+        m_items.reserve(room);
         std::vector<std::uint32_t> last(order.size(), NONE);  // by item: the last history with it
         for (std::size_t history = shard.begin; history < shard.end; ++history) {
             const HistoryId id{static_cast<std::uint32_t>(history)};
@@ -71,10 +74,11 @@ class Baskets::Part {
         for (std::uint32_t item = 0; item < m_next.size(); ++item)
             for (std::uint32_t i = m_next[item]; i < next[item]; ++i) {
                 std::uint32_t& place = m_begin[made.m_places[i]];
-                assert(made.m_items[place] != END);
                 made.m_items[place] = WalkItem{item};
                 made.m_places[i] = place++;
             }
+        assert(std::all_of(m_begin.begin(), m_begin.end() - 1,
+                           [&](std::uint32_t place) { return made.m_items[place] == END; }));
     }
 
   private:
@@ -102,11 +106,16 @@ Baskets::Baskets(const Shard& shard, const WalkOrder& order, unsigned threads, S
     : m_begin(order.size() + 1) {
     std::vector<std::optional<Part>> parts(threads);
     const std::size_t histories = shard.end - shard.begin;
+    // The first part makes room for all, and for the marks.
+    std::size_t items = 0;
+    for (std::uint32_t item = 0; item < order.size(); ++item)
+        items += order.count(WalkItem{item});
+    items = std::min(items, shard.index->occurrenceCount());
     workOnParts(threads, step, [&](std::size_t part) {
         Work work(step);
         parts[part].emplace(Shard{shard.index, shard.begin + beginOfPart(histories, part, threads),
                                   shard.begin + beginOfPart(histories, part + 1, threads)},
-                            order, work);
+                            order, part == 0 ? items + histories : items / threads, work);
     });
 
     for (std::size_t item = 0; item < order.size(); ++item) {

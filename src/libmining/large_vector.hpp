@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace quarvis::mining {
@@ -10,7 +12,8 @@ namespace quarvis::mining {
 /// Allocates long arrays where the system can back them by large pages, and short ones as usual.
 ///
 /// The first touch of a page costs more than what most algorithms do with it, and a large page
-/// stands for 512 small ones. Up to half a large page more than asked for is taken.
+/// stands for 512 small ones. Up to half a large page more than asked for is taken. Numbers that a
+/// container adds without a value are not set, so that whoever sets them touches them first.
 template <class T>
 class LargeAllocator {
   public:
@@ -22,6 +25,14 @@ class LargeAllocator {
 
     T* allocate(std::size_t n);
     void deallocate(T* array, std::size_t n) noexcept;
+
+    template <class U, class... Values>
+    void construct(U* place, Values&&... values) {
+        if constexpr (sizeof...(Values) == 0 && std::is_trivially_default_constructible_v<U>)
+            ::new (static_cast<void*>(place)) U;
+        else
+            std::construct_at(place, std::forward<Values>(values)...);
+    }
 
     bool operator==(const LargeAllocator&) const = default;
 };

@@ -90,10 +90,10 @@ class StandingsBuilder {
             if (m_window == 0)
                 s_extend(m_made.m_orders, from.m_orders, original.entry, entries);
             if (from.anyPresent()) {
-                m_made.m_present.resize(added.mask);
+                m_made.m_present.resize(added.mask, 0);
                 s_extend(m_made.m_present, from.m_present, original.mask, words);
             } else if (m_made.anyPresent()) {
-                m_made.m_present.resize(added.mask + words);
+                m_made.m_present.resize(added.mask + words, 0);
             }
             if (areHashed)
                 m_mergeLast(other.m_hashes[history]);
@@ -261,7 +261,7 @@ class StandingsBuilder {
         m_made.m_items.resize(last.entry);
         m_made.m_masks.resize(2 * last.mask);
         m_made.m_orders.resize(m_window == 0 ? last.entry : 0);
-        m_made.m_present.resize(m_made.anyPresent() ? last.mask : 0);
+        m_made.m_present.resize(m_made.anyPresent() ? last.mask : 0, 0);
         m_hashes.resize(number);
     }
 
@@ -283,7 +283,7 @@ class StandingsBuilder {
         }
         if (any == 0 && !m_made.anyPresent())
             return;
-        m_made.m_present.resize(m_made.m_masks.size() / 2);
+        m_made.m_present.resize(m_made.m_masks.size() / 2, 0);
         std::uint64_t* present = &m_made.m_present[mask];
         for (const std::uint32_t slot : m_order)
             present = std::copy_n(m_masksOf(slot) + 2 * m_words, m_words, present);
