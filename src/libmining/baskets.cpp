@@ -57,8 +57,8 @@ class Baskets::Part {
     /// Hands its items over, for the baskets to have room for all.
     LargeVector<WalkItem> takeItems() { return std::move(m_items); }
 
-    /// Fills in its items, from `first` on, and their places. Its own items are those at `items`,
-    /// unless they are still here.
+    /// Fills in its items, from `first` on, and their places. Items that were handed over stand at
+    /// the beginning of those of `made`.
     void fill(Baskets& made, std::size_t first) {
         const WalkItem* const items = m_items.empty() ? made.m_items.data() : m_items.data();
         std::vector<std::uint32_t> next = m_next;

@@ -23,7 +23,8 @@ namespace quarvis::mining {
 /// it is recent and occurs as well. So a set of items is met by the intersections of masks.
 ///
 /// Histories that are alike in all masks are kept once, with a weight. Event logs shrink by that to
-/// their variants. An item of a history takes 20 to 28 bytes for each 64 moments.
+/// their variants. An item of a history takes 20 to 28 bytes for each 64 moments, and without a
+/// window one more.
 class Standings {
   public:
     /// Masks of one item in one history, `words` words each.
