@@ -276,11 +276,15 @@ def test_memory_does_not_grow_over_1000_runs(shop):
         mined.to_arrow()
         assert mined.item_sets is not None
 
+    def growth():
+        before = resident()
+        for _ in range(1000):
+            once()
+        gc.collect()
+        return resident() - before
+
     for _ in range(100):
         once()
     gc.collect()
-    before = resident()
-    for _ in range(1000):
-        once()
-    gc.collect()
-    assert resident() - before < 2_000_000  # 2,000 bytes a run would show
+    # 2,000 bytes a run would show, in each round; an allocator that takes room does so in one.
+    assert any(growth() < 2_000_000 for _ in range(3))
