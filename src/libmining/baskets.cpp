@@ -113,9 +113,9 @@ Baskets::Baskets(const Shard& shard, const WalkOrder& order, unsigned threads, S
     items = std::min(items, shard.index->occurrenceCount());
     workOnParts(threads, step, [&](std::size_t part) {
         Work work(step);
-        parts[part].emplace(Shard{shard.index, shard.begin + beginOfPart(histories, part, threads),
-                                  shard.begin + beginOfPart(histories, part + 1, threads)},
-                            order, part == 0 ? items + histories : items / threads, work);
+        const auto [begin, end] = partOf(histories, part, threads);
+        parts[part].emplace(Shard{shard.index, shard.begin + begin, shard.begin + end}, order,
+                            part == 0 ? items + histories : items / threads, work);
     });
 
     for (std::size_t item = 0; item < order.size(); ++item) {

@@ -36,9 +36,9 @@ Tuples extended(const Tuples& below, const FoundSets::Level& level, const WalkOr
                 unsigned threads, Step& step) {
     Tuples tuples{below.size + 1, LargeVector<Rank>((below.size + 1) * level.size())};
     workOnParts(threads, step, [&](std::size_t part) {
-        std::size_t set = beginOfPart(level.size(), part, threads);
-        const std::size_t endSet = beginOfPart(level.size(), part + 1, threads);
-        for (Rank* target = tuples.ranks.data() + set * tuples.size; set < endSet; ++set) {
+        const auto [firstSet, endSet] = partOf(level.size(), part, threads);
+        Rank* target = tuples.ranks.data() + firstSet * tuples.size;
+        for (std::size_t set = firstSet; set < endSet; ++set) {
             const Rank* const prefix = below[level.parent[set]];
             const Rank* const end = prefix + below.size;
             const Rank last = order.rank(level.last[set]);

@@ -163,8 +163,8 @@ Rules selectRules(const std::vector<CountedRule>& counted, const ItemSets& sets,
     std::vector<std::optional<RuleSelection>> parts(threads);
     workOnParts(threads, step, [&](std::size_t part) {
         RuleSelection selection(sets, thresholds, histories);
-        const std::size_t end = beginOfPart(counted.size(), part + 1, threads);
-        for (std::size_t rule = beginOfPart(counted.size(), part, threads); rule < end; ++rule)
+        const auto [begin, end] = partOf(counted.size(), part, threads);
+        for (std::size_t rule = begin; rule < end; ++rule)
             selection.add(counted[rule]);
         selection.sort();
         parts[part].emplace(std::move(selection));

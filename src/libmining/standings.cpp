@@ -392,11 +392,9 @@ Standings::Standings(const Shard& shard, const std::vector<bool>& relevant, std:
         Work work(step);
         StandingsBuilder builder(*shard.index, relevant, window,
                                  part == 0 ? entries : entries / threads);
-        const std::size_t histories = shard.end - shard.begin;
-        const std::size_t end = shard.begin + beginOfPart(histories, part + 1, threads);
-        for (std::size_t history = shard.begin + beginOfPart(histories, part, threads);
-             history < end; ++history) {
-            const HistoryId id{static_cast<std::uint32_t>(history)};
+        const auto [begin, end] = partOf(shard.end - shard.begin, part, threads);
+        for (std::size_t history = begin; history < end; ++history) {
+            const HistoryId id{static_cast<std::uint32_t>(shard.begin + history)};
             builder.add(id);
             work.add(50 *
                      (1 + shard.index->endTransaction(id) - shard.index->firstTransaction(id)));
@@ -413,9 +411,8 @@ void Standings::m_listPlaces(std::size_t items, unsigned threads, Step& step) {
     /// By item: the places in each part of the histories, then where the next one goes.
     std::vector<std::vector<std::uint32_t>> next(threads);
     const auto onHistories = [&](std::size_t part, auto each) {
-        const std::size_t end = beginOfPart(historyCount(), part + 1, threads);
-        for (std::size_t history = beginOfPart(historyCount(), part, threads); history < end;
-             ++history)
+        const auto [begin, end] = partOf(historyCount(), part, threads);
+        for (std::size_t history = begin; history < end; ++history)
             each(static_cast<std::uint32_t>(history), m_histories[history].entry,
                  static_cast<std::uint32_t>(endEntry(history)));
     };

@@ -64,11 +64,19 @@ void workOnParts(unsigned parts, Step& step, PartWork work) {
         parts, parts, step, [&work](unsigned) { return work; }, [](std::size_t) {});
 }
 
-/// Where a part of `size` things begins that are cut into so many; the last part ends where the one
-/// after it would begin.
-inline std::size_t beginOfPart(std::size_t size, std::size_t part, std::size_t parts) {
-    assert(part <= parts);
-    return size / parts * part + size % parts * part / parts;
+/// The things [begin, end) of a part.
+struct PartRange {
+    std::size_t begin;
+    std::size_t end;
+};
+
+/// One of so many parts, about alike, that `size` things are cut into.
+inline PartRange partOf(std::size_t size, std::size_t part, std::size_t parts) {
+    assert(part < parts);
+    const auto begin = [=](std::size_t of) {
+        return size / parts * of + size % parts * of / parts;
+    };
+    return {begin(part), begin(part + 1)};
 }
 
 }  // namespace quarvis::mining
