@@ -25,7 +25,7 @@ void Candidates::m_forEach(std::size_t item, Visit visit) const {
         begin = m_found.level(below).extensions[begin];
         end = m_found.level(below).extensions[end];
     }
-    const std::vector<std::uint32_t>& parents = m_found.level(size).parent;
+    const LargeVector<std::uint32_t>& parents = m_found.level(size).parent;
     while (begin < end) {
         std::size_t next = begin;
         while (next < end && parents[next] == parents[begin])

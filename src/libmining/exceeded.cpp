@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <span>
 #include <utility>
 
 #include <quarvis/mining/mine.hpp>
@@ -18,7 +19,7 @@ struct Came {
     std::vector<std::size_t> levels;
     std::vector<std::uint32_t> counts;
 
-    void add(std::size_t size, const std::vector<std::uint32_t>& countsOfSize) {
+    void add(std::size_t size, std::span<const std::uint32_t> countsOfSize) {
         levels.resize(std::max(levels.size(), size));
         levels[size - 1] += countsOfSize.size();
         counts.insert(counts.end(), countsOfSize.begin(), countsOfSize.end());
@@ -42,8 +43,10 @@ struct Came {
 BudgetExceeded exceeded(const OverBudget& over, const WalkOrder& order,
                         const std::vector<const FoundSets*>& found) {
     Came came;
-    for (std::uint32_t item = 0; item < order.size(); ++item)
-        came.add(1, {order.count(WalkItem{item})});
+    for (std::uint32_t item = 0; item < order.size(); ++item) {
+        const std::uint32_t count = order.count(WalkItem{item});
+        came.add(1, {&count, 1});
+    }
     for (const FoundSets* const sets : found)
         for (std::size_t size = 2; size <= sets->maxSize(); ++size)
             came.add(size, sets->level(size).count);

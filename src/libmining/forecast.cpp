@@ -58,7 +58,7 @@ std::size_t forecast(const FoundSets& found, std::size_t items) {
     const std::size_t size = found.maxSize();
     if (size == 1)
         return mostLarger(1, items);
-    const std::vector<std::uint32_t>& parents = found.level(size).parent;
+    const LargeVector<std::uint32_t>& parents = found.level(size).parent;
     std::size_t joins = 0;
     for (std::size_t begin = 0, end = 0; begin < parents.size(); begin = end) {
         while (end < parents.size() && parents[end] == parents[begin])

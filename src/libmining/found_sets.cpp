@@ -6,7 +6,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "large_vector.hpp"
 #include "tasks.hpp"
 
 namespace quarvis::mining {
@@ -14,9 +13,9 @@ namespace quarvis::mining {
 namespace {
 
 /// Where the extensions of `below` sets begin among sets with these parents, and an end.
-std::vector<std::uint32_t> beginnings(const std::vector<std::uint32_t>& parents,
+LargeVector<std::uint32_t> beginnings(const LargeVector<std::uint32_t>& parents,
                                       std::size_t below) {
-    std::vector<std::uint32_t> begin(below + 1);
+    LargeVector<std::uint32_t> begin(below + 1, 0);
     for (const std::uint32_t parent : parents)
         ++begin[parent + 1];
     std::partial_sum(begin.begin(), begin.end(), begin.begin());
@@ -104,7 +103,7 @@ Level firstLevel(const std::vector<std::uint32_t>& sorted, const WalkOrder& orde
 }
 
 /// A level in the order of its tuples, which tell the place of each prefix in the level below.
-Level orderedLevel(const std::vector<std::uint32_t>& counts, const Tuples& tuples,
+Level orderedLevel(const LargeVector<std::uint32_t>& counts, const Tuples& tuples,
                    const std::vector<std::uint32_t>& sorted, const Tuples& below,
                    const std::vector<std::uint32_t>& sortedBelow) {
     Level made;
@@ -210,11 +209,6 @@ std::vector<std::size_t> FoundSets::sizes() const {
     return sizes;
 }
 
-void FoundSets::truncate(std::size_t size) {
-    if (size < maxSize())
-        m_levels.resize(size - 1);
-}
-
 void FoundSets::link(std::size_t items) {
     if (m_levels.empty()) {
         m_pairBegin.assign(items + 1, 0);
@@ -222,7 +216,8 @@ void FoundSets::link(std::size_t items) {
     }
     m_pairBegin = beginnings(m_levels.front().parent, items);
     for (std::size_t i = 0; i + 1 < m_levels.size(); ++i)
-        m_levels[i].extensions = beginnings(m_levels[i + 1].parent, m_levels[i].size());
+        if (m_levels[i].extensions.empty())
+            m_levels[i].extensions = beginnings(m_levels[i + 1].parent, m_levels[i].size());
 }
 
 ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step) && {
@@ -249,8 +244,8 @@ ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step
                              {},
                              {}});
             // From here on the tuples tell what these told.
-            std::vector<std::uint32_t>().swap(m_levels[i].parent);
-            std::vector<WalkItem>().swap(m_levels[i].last);
+            LargeVector<std::uint32_t>().swap(m_levels[i].parent);
+            LargeVector<WalkItem>().swap(m_levels[i].last);
         }
         const auto levels = static_cast<unsigned>(batch.size());
         workOnParts(levels, step, [&](std::size_t i) {

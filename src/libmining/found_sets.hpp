@@ -7,6 +7,7 @@
 
 #include <quarvis/mining/item_sets.hpp>
 
+#include "large_vector.hpp"
 #include "run_control.hpp"
 #include "walk_order.hpp"
 
@@ -18,18 +19,18 @@ namespace quarvis::mining {
 class FoundSets {
   public:
     struct Level {
-        std::vector<std::uint32_t>
+        LargeVector<std::uint32_t>
             parent;  // in the level below; in the lowest one, of size 2, an item
-        std::vector<WalkItem> last;
-        std::vector<std::uint32_t> count;
+        LargeVector<WalkItem> last;
+        LargeVector<std::uint32_t> count;
 
         /// By set, and an end: where its extensions begin in the level above. Empty in the highest
         /// level.
-        std::vector<std::uint32_t> extensions;
+        LargeVector<std::uint32_t> extensions;
 
         std::size_t size() const { return last.size(); }
 
-        /// Throws `std::length_error` beyond 2^32 - 2 sets.
+        /// Added sets have no value yet. Throws `std::length_error` beyond 2^32 - 2 sets.
         void resize(std::size_t sets);
     };
 
@@ -70,14 +71,12 @@ class FoundSets {
     /// The number of sets of each size from 2 on.
     std::vector<std::size_t> sizes() const;
 
-    /// Drops the sets of more than `size` items.
-    void truncate(std::size_t size);
-
-    /// Fills in where extensions begin, in all levels but the highest.
+    /// Fills in where extensions begin, in all levels but the highest. A level that has this
+    /// already is left as it is: nothing may have been added to the level above it since.
     void link(std::size_t items);
 
     /// Where the extensions of the items begin in the level of size 2.
-    const std::vector<std::uint32_t>& pairBegin() const { return m_pairBegin; }
+    const LargeVector<std::uint32_t>& pairBegin() const { return m_pairBegin; }
 
     /// The same sets in the byte order of their items, with the first level; leaves this empty. The
     /// levels are sorted in `threads` threads.
@@ -85,7 +84,7 @@ class FoundSets {
 
   private:
     std::vector<Level> m_levels;
-    std::vector<std::uint32_t> m_pairBegin;
+    LargeVector<std::uint32_t> m_pairBegin;
 };
 
 }  // namespace quarvis::mining

@@ -54,7 +54,7 @@ FoundSets items(std::size_t number) {
     return found;
 }
 
-std::vector<WalkItem> lastItemsOf(const FoundSets& found, std::size_t size) {
+LargeVector<WalkItem> lastItemsOf(const FoundSets& found, std::size_t size) {
     return found.level(size).last;
 }
 

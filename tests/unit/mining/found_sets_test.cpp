@@ -43,7 +43,7 @@ TEST(FoundSets, AreOfOneItemAtFirst) {
     EXPECT_EQ(1U, sets.maxSize());
     EXPECT_EQ(0U, sets.count(2));
     sets.link(3);
-    EXPECT_EQ((std::vector<std::uint32_t>{0, 0, 0, 0}), sets.pairBegin());
+    EXPECT_EQ((LargeVector<std::uint32_t>{0, 0, 0, 0}), sets.pairBegin());
     const HistoryIndex index = threeItems();
     const ItemSets made = ordered(std::move(sets), WalkOrder(index, 1));
     EXPECT_EQ((CountedSets{{{A}, 4}, {{B}, 3}, {{C}, 2}}), setsOf(made));
@@ -84,8 +84,8 @@ TEST(FoundSets, LinkTellsWhereExtensionsBegin) {
     sets.add(3, 0, WalkItem{3}, 9);
     sets.add(3, 1, WalkItem{3}, 9);
     sets.link(4);
-    EXPECT_EQ((std::vector<std::uint32_t>{0, 3, 3, 4, 4}), sets.pairBegin());
-    EXPECT_EQ((std::vector<std::uint32_t>{0, 1, 2, 2, 2}), sets.level(2).extensions);
+    EXPECT_EQ((LargeVector<std::uint32_t>{0, 3, 3, 4, 4}), sets.pairBegin());
+    EXPECT_EQ((LargeVector<std::uint32_t>{0, 1, 2, 2, 2}), sets.level(2).extensions);
     EXPECT_TRUE(sets.level(3).extensions.empty());
 }
 
@@ -98,7 +98,7 @@ TEST(FoundSets, AppendAddsNothingWhenItIsCancelled) {
     free.step.fail();
     EXPECT_THROW(all.append({{&found, {}, {1}}}, 1, free.step), Cancelled);
     EXPECT_EQ((std::vector<std::size_t>{1}), all.sizes());
-    EXPECT_EQ((std::vector<std::uint32_t>{4}), all.level(2).count);
+    EXPECT_EQ((LargeVector<std::uint32_t>{4}), all.level(2).count);
 }
 
 TEST(FoundSets, AddLevelOfTakesTheLargestSets) {
@@ -108,20 +108,7 @@ TEST(FoundSets, AddLevelOfTakesTheLargestSets) {
     larger.add(3, 0, WalkItem{2}, 4);
     sets.addLevelOf(std::move(larger));
     EXPECT_EQ(3U, sets.maxSize());
-    EXPECT_EQ((std::vector<std::uint32_t>{4}), sets.level(3).count);
-}
-
-TEST(FoundSets, TruncateDropsLargerSets) {
-    FoundSets sets;
-    sets.add(2, 0, WalkItem{1}, 9);
-    sets.add(3, 0, WalkItem{2}, 9);
-    sets.add(4, 0, WalkItem{3}, 9);
-    sets.truncate(5);
-    EXPECT_EQ((std::vector<std::size_t>{1, 1, 1}), sets.sizes());
-    sets.truncate(3);
-    EXPECT_EQ((std::vector<std::size_t>{1, 1}), sets.sizes());
-    sets.truncate(1);
-    EXPECT_EQ(1U, sets.maxSize());
+    EXPECT_EQ((LargeVector<std::uint32_t>{4}), sets.level(3).count);
 }
 
 bool areEqual(const FoundSets& a, const FoundSets& b) {
