@@ -6,7 +6,6 @@ import pty
 import signal
 import subprocess
 import sys
-import time
 
 import pyarrow.csv
 import pyarrow.parquet
@@ -192,28 +191,36 @@ def test_interrupt_ends_without_traceback(long_input, tmp_path):
         [*COMMAND, "mine", long_input, tmp_path / "r.csv", "-c", "2"],
         stderr=subprocess.PIPE, text=True,
     )
-    time.sleep(3)
+    begun = process.stderr.readline()
     process.send_signal(signal.SIGINT)
-    _, errors = process.communicate(timeout=30)
+    _, errors = process.communicate(timeout=120)
+    assert "to do" in begun
     assert process.returncode == 130
     assert errors.endswith("Interrupted\n")
     assert "Traceback" not in errors
     assert list(tmp_path.iterdir()) == []
 
 
+MANY_SETS = ("--budget-sets", "20000000")  # so many that progress is told before
+
+
 def test_budget_is_told(long_input, tmp_path):
     done = run("mine", long_input, tmp_path / "r.csv", "-c", "2", "--budget-seconds", "1", status=1)
     assert "Error: the budget of 1 seconds is exceeded at min_count=2; " in done.stderr
-    assert "item sets: 60 to do" in done.stderr  # plain lines where there is no terminal
+
+
+def test_progress_is_told_in_lines(long_input, tmp_path):
+    done = run("mine", long_input, tmp_path / "r.csv", "-c", "2", *MANY_SETS, status=1)
+    assert "item sets: 60 to do\n" in done.stderr
+    assert "Error: the budget of 20,000,000 item sets is exceeded" in done.stderr
 
 
 def test_progress_is_a_bar_on_a_terminal(long_input, tmp_path):
     terminal, other = pty.openpty()
     process = subprocess.Popen(
-        [*COMMAND, "mine", long_input, tmp_path / "r.csv", "-c", "2", "--budget-seconds", "1"],
-        stderr=other,
+        [*COMMAND, "mine", long_input, tmp_path / "r.csv", "-c", "2", *MANY_SETS], stderr=other
     )
-    process.wait(timeout=60)
+    process.wait(timeout=120)
     os.close(other)
     shown = b""
     while True:

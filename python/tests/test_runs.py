@@ -49,18 +49,17 @@ def test_other_threads_run_meanwhile(many):
 
     def tick():
         while not ended.wait(0.005):
-            ticks.append(time.monotonic())
+            ticks.append(None)
 
     other = threading.Thread(target=tick)
     other.start()
-    begin = time.monotonic()
+    before = len(ticks)
     with pytest.raises(quarvis.BudgetExceeded):
-        quarvis.mine(many, min_count=2, threads=1, budget=quarvis.Budget(seconds=0.4))
+        quarvis.mine(many, min_count=2, threads=1, budget=quarvis.Budget(seconds=1))
+    during = len(ticks) - before
     ended.set()
     other.join()
-    during = [t for t in ticks if begin < t < begin + 0.4]
-    assert len(during) > 20
-    assert max(np.diff(during)) < 0.2
+    assert during > 3  # about 200 are possible; at most 2 where the run keeps the interpreter
 
 
 def test_threads_share_histories(many):
@@ -80,16 +79,16 @@ def test_threads_share_histories(many):
 
 def test_progress_is_told(many):
     told = []
-    with pytest.raises(quarvis.BudgetExceeded):
-        quarvis.mine(
-            many, min_count=2, threads=1, progress=lambda *step: told.append(step),
-            budget=quarvis.Budget(seconds=1.0),
-        )
+    begin = time.monotonic()
+    quarvis.mine(
+        many, min_count=2, max_items=3, threads=1, progress=lambda *step: told.append(step)
+    )
+    took = time.monotonic() - begin
     assert told
-    for step, done, total in told:
-        assert step in ("item sets", "rules")
+    assert {step for step, _, _ in told} <= {"item sets", "rules"}
+    for _, done, total in told:
         assert 0 <= done <= total
-    assert len(told) <= 12  # ten times a second at most
+    assert len(told) <= took * 10 + 1  # ten times a second at most
 
 
 @pytest.mark.parametrize("threads", [1, 2])
@@ -150,10 +149,8 @@ def test_budget_ends_in_the_midst_of_a_size(many, threads):
 
 
 def test_budget_of_time_covers_all_steps(many):
-    begin = time.monotonic()
     with pytest.raises(quarvis.BudgetExceeded, match="the budget of 0.3 seconds is exceeded"):
         quarvis.mine(many, min_count=2, budget=quarvis.Budget(seconds=0.3))
-    assert time.monotonic() - begin < 20
 
 
 def test_budget_of_time_covers_the_indexing():
@@ -197,56 +194,70 @@ def test_budget_that_suffices(many):
 
 
 INTERRUPTED = """
-    import os, signal, sys, threading, time
+    import os, signal, sys, threading
     sys.path.insert(0, {folder!r})
     from test_runs import large
     import quarvis
 
-    {given}
-    begin = []
+    begun = threading.Event()
+    told = []
+
+    def progress(*step):
+        told.append(step)
+        begun.set()
 
     def interrupt():
-        time.sleep({after})
-        begin.append(time.process_time())
+        begun.wait()
+        told.clear()
         os.kill(os.getpid(), signal.SIGINT)
 
     threading.Thread(target=interrupt).start()
     try:
-        {work}
+        quarvis.mine(large(), min_count=2, max_items=5, threads={threads}, progress=progress)
     except KeyboardInterrupt:
-        print("interrupted", begin and time.process_time() - begin[0])
+        print("interrupted", len(told))
 """
 
-MANY_SETS = (
-    "mined = quarvis.mine(quarvis.from_baskets([[str(i) for i in range(23)]] * 2), min_count=2, "
-    "rules=False)"
-)
 
-
-@pytest.mark.parametrize(
-    ("given", "after", "work", "threads"),
-    [
-        ("histories = large()", 0.7, "quarvis.mine(histories, min_count=2, threads=1)", 1),
-        ("histories = large()", 0.7, "quarvis.mine(histories, min_count=2, threads=2)", 2),
-        (MANY_SETS, 0.3, "mined.maximal()", 1),  # of 2^23 - 1 sets
-    ],
-)
-def test_interrupt_ends_work_within_a_tenth_of_a_second(given, after, work, threads):
+@pytest.mark.parametrize("threads", [1, 2])
+def test_interrupt_ends_a_run(threads):
     script = textwrap.dedent(INTERRUPTED).format(
-        folder=os.path.dirname(__file__), given=given, after=after, work=work
+        folder=os.path.dirname(__file__), threads=threads
     )
-    # Processor time, since a busy machine may give the process little of it.
-    for _ in range(3):
-        done = subprocess.run(
-            [sys.executable, "-W", "ignore", "-c", script], capture_output=True, text=True,
-            timeout=60,
-        )
-        assert done.stderr == ""
-        word, seconds = done.stdout.split()
-        assert word == "interrupted"
-        if float(seconds) < 0.1 * threads:
-            return
-    pytest.fail(f"the work went on for {seconds} s")
+    done = subprocess.run(
+        [sys.executable, "-W", "ignore", "-c", script], capture_output=True, text=True,
+    )
+    assert done.stderr == ""
+    word, told = done.stdout.split()
+    assert word == "interrupted"
+    # The run asks for signals five times as often as it tells how far it is. It may do the latter
+    # once before the signal is sent, and once before it asks.
+    assert int(told) <= 2
+
+
+def test_interrupt_ends_a_walk_over_many_sets():
+    script = """
+        import os, signal, threading, time
+        import quarvis
+
+        baskets = quarvis.from_baskets([[str(i) for i in range(23)]] * 2)
+        mined = quarvis.mine(baskets, min_count=2, rules=False)  # 2^23 - 1 sets
+
+        def interrupt():
+            time.sleep(0.05)
+            os.kill(os.getpid(), signal.SIGINT)
+
+        threading.Thread(target=interrupt).start()
+        try:
+            mined.maximal()
+        except KeyboardInterrupt:
+            print("interrupted")
+    """
+    done = subprocess.run(
+        [sys.executable, "-W", "ignore", "-c", textwrap.dedent(script)], capture_output=True,
+        text=True,
+    )
+    assert (done.stdout, done.stderr) == ("interrupted\n", "")
 
 
 @pytest.mark.parametrize(
