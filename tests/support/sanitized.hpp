@@ -9,3 +9,7 @@ inline constexpr bool ADDRESS_SANITIZED = __has_feature(address_sanitizer);
 #else
 inline constexpr bool ADDRESS_SANITIZED = false;
 #endif
+
+/// Where tests go through very many tables: they try one of so many, since the sanitizers take
+/// long.
+inline constexpr unsigned TRIED_EVERY = ADDRESS_SANITIZED ? 20 : 1;

