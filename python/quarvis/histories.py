@@ -209,10 +209,13 @@ def _read_columns(
     if rows.parents is not None:
         entities = Codes(entities.codes[rows.parents], entities.values)
         times = times[rows.parents]
-    return Columns(
+    columns = Columns(
         entities, times, scale, rows.codes, rows.names, engine_names(rows.names), table.num_rows,
         dropped, kind,
     )
+    # The allocator keeps the room of the columns that led here, up to several times what is left.
+    pa.default_memory_pool().release_unused()
+    return columns
 
 
 def _without_missing(
