@@ -75,13 +75,12 @@ std::vector<Code> frequentInOrder(const std::vector<std::uint32_t>& counts, cons
     return codes;
 }
 
-/// Puts the names of the frequent items into the index, in their order. By code: the rank of an
-/// item, or NONE.
+/// Puts the names of the items that are in `least` histories into the index, in their order. By
+/// code: the rank of an item, or NONE.
 std::vector<std::uint32_t> rankItems(const std::vector<std::uint32_t>& counts,
-                                     const Dictionary& names, IndexParts index) {
-    // A name that is in no row is no item.
-    const std::vector<Code> frequent =
-        frequentInOrder(counts, names, std::max<std::uint32_t>(index.minCount, 1));
+                                     const Dictionary& names, std::uint32_t least,
+                                     IndexParts index) {
+    const std::vector<Code> frequent = frequentInOrder(counts, names, least);
     std::size_t bytes = 0;
     for (const Code code : frequent)
         bytes += names.name(code).size();
@@ -212,22 +211,22 @@ void fillTransactions(const RowsByHistory<Time>& rows, const std::vector<std::ui
 }  // namespace
 
 template <class Time>
-HistoryIndex assembleIndex(RowsByHistory<Time> rows, const Dictionary& names,
-                           std::uint32_t minCount, Work* work) {
+HistoryIndex assembleIndex(RowsByHistory<Time> rows, const Dictionary& names, ItemChoice choice,
+                           Work* work) {
     HistoryIndex made;
     IndexParts index(made);
     index.timeWidth = TimeWidth{sizeof(Time)};
-    index.minCount = minCount;
+    index.minCount = choice.minCount;
     const std::vector<std::uint32_t> ranks =
-        rankItems(countHistories(rows, names.size(), work), names, index);
+        rankItems(countHistories(rows, names.size(), work), names, choice.least, index);
     const std::vector<std::uint32_t> kept = sortRows(rows, ranks, index, work);
     fillTransactions(rows, kept, index, work);
     return made;
 }
 
-template HistoryIndex assembleIndex(RowsByHistory<std::uint32_t>, const Dictionary&, std::uint32_t,
+template HistoryIndex assembleIndex(RowsByHistory<std::uint32_t>, const Dictionary&, ItemChoice,
                                     Work*);
-template HistoryIndex assembleIndex(RowsByHistory<std::uint64_t>, const Dictionary&, std::uint32_t,
+template HistoryIndex assembleIndex(RowsByHistory<std::uint64_t>, const Dictionary&, ItemChoice,
                                     Work*);
 
 }  // namespace quarvis::mining

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -69,16 +70,30 @@ class RowsByHistory {
     std::vector<Code> m_items;
 };
 
-/// The index of the rows: keeps the items of `names` that are in `minCount` histories or more,
+/// Which items an index has.
+struct ItemChoice {
+    std::uint32_t minCount;  ///< The least count that the index tells.
+    std::uint32_t least;     ///< The histories that an item must be in.
+
+    /// Those in so many histories; a name that is in none is no item.
+    static ItemChoice ofCount(std::uint32_t minCount) {
+        return {minCount, std::max<std::uint32_t>(minCount, 1)};
+    }
+
+    /// All names.
+    static ItemChoice all() { return {0, 0}; }
+};
+
+/// The index of the rows: keeps the items of `names` that are chosen,
 /// ranks them by name, and sorts each history by time and rank, without repetitions. Work is told
 /// history by history; null when there is nobody to tell.
 template <class Time>
-HistoryIndex assembleIndex(RowsByHistory<Time> rows, const Dictionary& names,
-                           std::uint32_t minCount, Work* work = nullptr);
+HistoryIndex assembleIndex(RowsByHistory<Time> rows, const Dictionary& names, ItemChoice choice,
+                           Work* work = nullptr);
 
 extern template HistoryIndex assembleIndex(RowsByHistory<std::uint32_t>, const Dictionary&,
-                                           std::uint32_t, Work*);
+                                           ItemChoice, Work*);
 extern template HistoryIndex assembleIndex(RowsByHistory<std::uint64_t>, const Dictionary&,
-                                           std::uint32_t, Work*);
+                                           ItemChoice, Work*);
 
 }  // namespace quarvis::mining

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "index_assembly.hpp"
+#include "index_parts.hpp"
 #include "name_hash.hpp"
 #include "run_control.hpp"
 
@@ -60,7 +61,7 @@ class BuilderRows {
         forEach(true, [&rows](std::size_t entity, std::uint64_t time, Code item) {
             rows.put(entity, static_cast<Time>(time), item);
         });
-        return assembleIndex(std::move(rows), m_builder.m_items, minCount);
+        return assembleIndex(std::move(rows), m_builder.m_items, ItemChoice::ofCount(minCount));
     }
 
   private:
@@ -124,7 +125,7 @@ namespace {
 template <class Time>
 HistoryIndex indexOf(std::span<const std::uint32_t> entities, std::span<const Time> times,
                      std::span<const std::uint32_t> items, std::size_t historyCount,
-                     const Dictionary& names, std::uint32_t minCount, const Observer& observer) {
+                     const Dictionary& names, ItemChoice choice, const Observer& observer) {
     if (times.size() != entities.size() || items.size() != entities.size())
         throw std::invalid_argument("columns of different lengths");
     constexpr std::uint64_t rowCost = 2;
@@ -145,7 +146,7 @@ HistoryIndex indexOf(std::span<const std::uint32_t> entities, std::span<const Ti
         work.add(rowCost);
         rows.put(entities[row], times[row], Code{items[row]});
     }
-    return assembleIndex(std::move(rows), names, minCount, &work);
+    return assembleIndex(std::move(rows), names, choice, &work);
 }
 
 }  // namespace
@@ -155,7 +156,8 @@ HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           std::span<const std::uint32_t> items, std::size_t historyCount,
                           const Dictionary& names, std::uint32_t minCount,
                           const Observer& observer) {
-    return indexOf(entities, times, items, historyCount, names, minCount, observer);
+    return indexOf(entities, times, items, historyCount, names, ItemChoice::ofCount(minCount),
+                   observer);
 }
 
 HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
@@ -163,7 +165,41 @@ HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           std::span<const std::uint32_t> items, std::size_t historyCount,
                           const Dictionary& names, std::uint32_t minCount,
                           const Observer& observer) {
-    return indexOf(entities, times, items, historyCount, names, minCount, observer);
+    return indexOf(entities, times, items, historyCount, names, ItemChoice::ofCount(minCount),
+                   observer);
+}
+
+HistoryIndex shardColumns(std::span<const std::uint32_t> entities,
+                          std::span<const std::uint32_t> times,
+                          std::span<const std::uint32_t> items, std::size_t historyCount,
+                          const Dictionary& names, const Observer& observer) {
+    return indexOf(entities, times, items, historyCount, names, ItemChoice::all(), observer);
+}
+
+HistoryIndex shardColumns(std::span<const std::uint32_t> entities,
+                          std::span<const std::uint64_t> times,
+                          std::span<const std::uint32_t> items, std::size_t historyCount,
+                          const Dictionary& names, const Observer& observer) {
+    return indexOf(entities, times, items, historyCount, names, ItemChoice::all(), observer);
+}
+
+HistoryIndex indexOfItems(const Dictionary& names, std::span<const std::uint32_t> counts,
+                          std::uint32_t minCount) {
+    if (counts.size() != names.size())
+        throw std::invalid_argument("columns of different lengths");
+    HistoryIndex made;
+    IndexParts index(made);
+    index.minCount = minCount;
+    for (std::uint32_t code = 0; code < names.size(); ++code) {
+        if (code > 0 && names.name(Code{code - 1}) >= names.name(Code{code}))
+            throw std::invalid_argument("names that are not in order");
+        if (counts[code] < minCount)
+            throw std::invalid_argument("an item of too few histories");
+        index.names += names.name(Code{code});
+        index.nameBegin.push_back(index.names.size());
+        index.counts.push_back(counts[code]);
+    }
+    return made;
 }
 
 }  // namespace quarvis::mining

@@ -48,7 +48,7 @@ void shuffle(std::span<std::size_t> places, Draws& draws) {
 
 }  // namespace
 
-HistoryIndex shuffleTimes(const HistoryIndex& index, std::uint64_t seed) {
+HistoryIndex shuffleTimes(const HistoryIndex& index, std::uint64_t seed, std::uint64_t first) {
     HistoryIndex shuffled = index;
     IndexParts parts(shuffled);
     parts.items.clear();
@@ -57,10 +57,10 @@ HistoryIndex shuffleTimes(const HistoryIndex& index, std::uint64_t seed) {
     std::vector<std::size_t> places;
     for (std::uint32_t number = 0; number < index.historyCount(); ++number) {
         const HistoryId history{number};
-        const std::size_t first = index.firstTransaction(history);
-        places.resize(index.endTransaction(history) - first);
-        std::iota(places.begin(), places.end(), first);
-        Draws draws(mixed ^ Draws(number).next());
+        const std::size_t begin = index.firstTransaction(history);
+        places.resize(index.endTransaction(history) - begin);
+        std::iota(places.begin(), places.end(), begin);
+        Draws draws(mixed ^ Draws(first + number).next());
         shuffle(places, draws);
         for (const std::size_t place : places) {
             const std::span<const Rank> items = index.items(place);

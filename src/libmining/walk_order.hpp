@@ -3,6 +3,7 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include <quarvis/mining/history_index.hpp>
@@ -17,6 +18,9 @@ enum class WalkItem : std::uint32_t {};
 class WalkOrder {
   public:
     WalkOrder(const HistoryIndex& index, std::uint32_t minCount);
+
+    /// Of items that are in so many histories, by rank.
+    WalkOrder(std::span<const std::uint32_t> counts, std::uint32_t minCount);
 
     std::size_t size() const { return m_ranks.size(); }
     Rank rank(WalkItem item) const {

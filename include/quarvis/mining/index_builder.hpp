@@ -98,6 +98,26 @@ HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           const Dictionary& names, std::uint32_t minCount,
                           const Observer& observer = Observer());
 
+/// @{
+/// A shard of rows that are columns of codes, as for `indexColumns`: it keeps all items of `names`,
+/// also those that none of its histories has, with the counts of its own histories. So shards of
+/// the same names have the same ranks, whichever rows they have.
+HistoryIndex shardColumns(std::span<const std::uint32_t> entities,
+                          std::span<const std::uint32_t> times,
+                          std::span<const std::uint32_t> items, std::size_t historyCount,
+                          const Dictionary& names, const Observer& observer = Observer());
+HistoryIndex shardColumns(std::span<const std::uint32_t> entities,
+                          std::span<const std::uint64_t> times,
+                          std::span<const std::uint32_t> items, std::size_t historyCount,
+                          const Dictionary& names, const Observer& observer = Observer());
+/// @}
+
+/// Items without histories: rank i is name i of `names`, in `counts[i]` histories of some whole.
+/// Throws `std::invalid_argument` for names that are not in byte order, for another number of
+/// counts, and for counts below `minCount`.
+HistoryIndex indexOfItems(const Dictionary& names, std::span<const std::uint32_t> counts,
+                          std::uint32_t minCount);
+
 }  // namespace quarvis::mining
 
 #pragma GCC visibility pop

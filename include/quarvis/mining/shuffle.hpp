@@ -15,8 +15,10 @@ namespace quarvis::mining {
 /// Equal indexes and seeds give equal results on any machine; the draws for a history depend on its
 /// number and the seed alone (D. E. Knuth, The Art of Computer Programming, vol. 2, 3.4.2 P, with
 /// numbers of SplitMix64; G. Steele, D. Lea, C. Flood: Fast Splittable Pseudorandom Number
-/// Generators, OOPSLA 2014). Takes one walk over the index, and as much memory.
-HistoryIndex shuffleTimes(const HistoryIndex& index, std::uint64_t seed);
+/// Generators, OOPSLA 2014). Numbers begin with `first`: a slice that is given the number of its
+/// first history is shuffled as it is in the whole. Takes one walk over the index, and as much
+/// memory.
+HistoryIndex shuffleTimes(const HistoryIndex& index, std::uint64_t seed, std::uint64_t first = 0);
 
 }  // namespace quarvis::mining
 

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <quarvis/mining/level_run.hpp>
+
+#include "found_sets.hpp"
+#include "rule_ledger.hpp"
+#include "walk_order.hpp"
+
+namespace quarvis::mining {
+
+/// What a `LevelRun` knows.
+class LevelState {
+  public:
+    LevelState(std::vector<std::uint32_t> itemCounts, const MiningOptions& settings)
+        : counts(std::move(itemCounts)), options(settings), order(counts, settings.minCount) {
+        found.link(order.size());
+    }
+
+    std::vector<std::uint32_t> counts;  // by rank
+    MiningOptions options;
+    WalkOrder order;
+    FoundSets found;            // linked
+    bool searched = false;      // whether there are no larger sets
+    std::uint32_t tallied = 1;  // the greatest size whose rules are known
+    bool ruled = false;         // whether there are no larger rules
+    std::vector<SplitSet> live;
+    std::vector<CountedRule> rules;
+
+    /// The sets that are found, in the order of their ranks; made when they are asked for.
+    const ItemSets& itemSets();
+
+    /// Forgets them, as there are more.
+    void changed() { m_ordered.reset(); }
+
+  private:
+    std::optional<ItemSets> m_ordered;
+};
+
+/// By set of the first level: how many sets of a size it begins.
+std::vector<std::uint64_t> setsByFirst(const ItemSets& sets, std::size_t size);
+
+}  // namespace quarvis::mining
