@@ -34,12 +34,12 @@ bool isRun(std::uint64_t bits) {
 
 }  // namespace
 
-Found withBasketRules(const Found& found, Splits splits, const RuleBounds& bounds, Watch& watch) {
+Found withBasketRules(const Found& found, std::size_t histories, Splits splits,
+                      const RuleBounds& bounds, Watch& watch) {
     const ItemSets& sets = *found.itemSets;
     const std::size_t mostBytes = watch.budget().bytes;
     watch.beginStep("rules");
     const auto derive = [&] {
-        const std::size_t histories = found.index->historyCount();
         Found derived{found.index, found.itemSets, {}, {}, {}, {}};
         std::vector<Rank> antecedent;
         std::vector<Rank> subsequent;
@@ -114,40 +114,77 @@ class SideCounts {
     std::map<std::vector<Rank>, std::uint32_t> m_known;
 };
 
-}  // namespace
-
-Found withSides(const Found& found, const IndexPointer& all, const Column<std::uint8_t>& left,
-                const Column<std::uint8_t>& right, const RuleBounds& bounds, Watch& watch) {
-    if (left.size() != found.index->itemCount() || right.size() != found.index->itemCount())
-        throw std::invalid_argument("a mask of another length");
-    const std::span leftMarks = valuesOf(left);
-    const std::span rightMarks = valuesOf(right);
+/// The rules and sets that have the sides. `countsOf(rule, place)` fills in the counts of sides.
+template <class CountsOf>
+Found selectedBySides(const Found& found, std::span<const std::uint8_t> left,
+                      std::span<const std::uint8_t> right, std::size_t histories,
+                      const RuleBounds& bounds, Watch& watch, CountsOf countsOf) {
     Found derived{found.index,
                   found.itemSets,
                   {},
                   {},
-                  {leftMarks.begin(), leftMarks.end()},
-                  {rightMarks.begin(), rightMarks.end()}};
-    const auto isLeft = [leftMarks](Rank item) { return leftMarks[at(item)] != 0; };
-    const auto isRight = [rightMarks](Rank item) { return rightMarks[at(item)] != 0; };
+                  {left.begin(), left.end()},
+                  {right.begin(), right.end()}};
+    const auto isLeft = [left](Rank item) { return left[at(item)] != 0; };
+    const auto isRight = [right](Rank item) { return right[at(item)] != 0; };
+    for (std::size_t place = 0; place < found.rules.size(); ++place) {
+        watch.endIfAsked();
+        Rule rule = found.rules[place];
+        if (!derived.allows(rule))
+            continue;
+        countsOf(rule, place);
+        derived.rules.add(rule, histories, bounds);
+    }
+    for (ItemSetCursor cursor(*found.itemSets); cursor.next();) {
+        watch.endIfAsked();
+        const std::span<const Rank> items = cursor.items();
+        const bool both = items.size() > 1 && std::any_of(items.begin(), items.end(), isLeft) &&
+                          std::any_of(items.begin(), items.end(), isRight);
+        derived.listed.push_back(both ? 1 : 0);
+    }
+    return derived;
+}
+
+void checkMasks(const Found& found, const Column<std::uint8_t>& left,
+                const Column<std::uint8_t>& right) {
+    if (left.size() != found.index->itemCount() || right.size() != found.index->itemCount())
+        throw std::invalid_argument("a mask of another length");
+}
+
+}  // namespace
+
+Found withSides(const Found& found, const IndexPointer& all, const Column<std::uint8_t>& left,
+                const Column<std::uint8_t>& right, const RuleBounds& bounds, Watch& watch) {
+    checkMasks(found, left, right);
+    Found derived;
     const auto derive = [&] {
         SideCounts counts(*found.index, *all);
-        for (std::size_t place = 0; place < found.rules.size(); ++place) {
-            watch.endIfAsked();
-            Rule rule = found.rules[place];
-            if (!derived.allows(rule))
-                continue;
-            rule.antecedentCount = counts.count(rule.antecedent);
-            rule.subsequentCount = counts.count(rule.subsequent);
-            derived.rules.add(rule, all->historyCount(), bounds);
-        }
-        for (ItemSetCursor cursor(*found.itemSets); cursor.next();) {
-            watch.endIfAsked();
-            const std::span<const Rank> items = cursor.items();
-            const bool both = items.size() > 1 && std::any_of(items.begin(), items.end(), isLeft) &&
-                              std::any_of(items.begin(), items.end(), isRight);
-            derived.listed.push_back(both ? 1 : 0);
-        }
+        derived = selectedBySides(found, valuesOf(left), valuesOf(right), all->historyCount(),
+                                  bounds, watch, [&counts](Rule& rule, std::size_t) {
+                                      rule.antecedentCount = counts.count(rule.antecedent);
+                                      rule.subsequentCount = counts.count(rule.subsequent);
+                                  });
+    };
+    watch.runInTime(derive, *found.itemSets);
+    return derived;
+}
+
+Found withCountedSides(const Found& found, const Column<std::uint8_t>& left,
+                       const Column<std::uint8_t>& right,
+                       const Column<std::uint32_t>& antecedentCounts,
+                       const Column<std::uint32_t>& subsequentCounts, std::size_t histories,
+                       const RuleBounds& bounds, Watch& watch) {
+    checkMasks(found, left, right);
+    if (antecedentCounts.size() != found.rules.size() ||
+        subsequentCounts.size() != found.rules.size())
+        throw std::invalid_argument("columns of different lengths");
+    Found derived;
+    const auto derive = [&] {
+        derived = selectedBySides(found, valuesOf(left), valuesOf(right), histories, bounds, watch,
+                                  [&](Rule& rule, std::size_t place) {
+                                      rule.antecedentCount = antecedentCounts.data()[place];
+                                      rule.subsequentCount = subsequentCounts.data()[place];
+                                  });
     };
     watch.runInTime(derive, *found.itemSets);
     return derived;

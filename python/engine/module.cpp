@@ -21,6 +21,7 @@
 #include "questions.hpp"
 #include "rows.hpp"
 #include "set_extensions.hpp"
+#include "shards.hpp"
 #include "watch.hpp"
 
 /// \file
@@ -106,7 +107,8 @@ void addInput(nb::module_& module) {
              nb::arg("entities"), nb::arg("times"), nb::arg("items"), nb::arg("histories"),
              nb::arg("name_offsets"), nb::arg("name_bytes"))
         .def("index", &Rows::index, nb::arg("min_count"), nb::arg("watch"),
-             "The index of the items that are in this many histories or more.");
+             "The index of the items that are in this many histories or more.")
+        .def("shard", &Rows::shard, "A shard of all items.");
     module.attr("NO_ITEM") = static_cast<std::uint32_t>(quarvis::mining::NO_ITEM);
     module.def("read_transactions", &readTransactions, nb::arg("path"),
                "The columns of a transaction file, read by the rules of the tool.");
@@ -140,12 +142,14 @@ void addRuns(nb::module_& module) {
              "By set: whether it is not closed, not maximal.")
         .def(
             "with_basket_rules",
-            [](const Found& found, Splits splits, double confidence, double lift, double conviction,
-               Watch& watch) {
-                return withBasketRules(found, splits, {confidence, lift, conviction}, watch);
+            [](const Found& found, std::size_t histories, Splits splits, double confidence,
+               double lift, double conviction, Watch& watch) {
+                return withBasketRules(found, histories, splits, {confidence, lift, conviction},
+                                       watch);
             },
-            nb::arg("splits"), nb::arg("confidence"), nb::arg("lift"), nb::arg("conviction"),
-            nb::arg("watch"), "The same sets with the rules that need no times.")
+            nb::arg("histories"), nb::arg("splits"), nb::arg("confidence"), nb::arg("lift"),
+            nb::arg("conviction"), nb::arg("watch"),
+            "The same sets with the rules that need no times.")
         .def(
             "with_sides",
             [](const Found& found, const IndexPointer& all, const Column<std::uint8_t>& left,
@@ -156,6 +160,18 @@ void addRuns(nb::module_& module) {
             nb::arg("all"), nb::arg("left"), nb::arg("right"), nb::arg("confidence"),
             nb::arg("lift"), nb::arg("conviction"), nb::arg("watch"),
             "The rules with certain items on a side.")
+        .def(
+            "with_counted_sides",
+            [](const Found& found, const Column<std::uint8_t>& left,
+               const Column<std::uint8_t>& right, const Column<std::uint32_t>& antecedents,
+               const Column<std::uint32_t>& consequents, std::size_t histories, double confidence,
+               double lift, double conviction, Watch& watch) {
+                return withCountedSides(found, left, right, antecedents, consequents, histories,
+                                        {confidence, lift, conviction}, watch);
+            },
+            nb::arg("left"), nb::arg("right"), nb::arg("antecedents"), nb::arg("consequents"),
+            nb::arg("histories"), nb::arg("confidence"), nb::arg("lift"), nb::arg("conviction"),
+            nb::arg("watch"), "The same, with counts of sides that are known.")
         .def("write", &writeFile, nb::arg("path"), nb::arg("rules"), nb::arg("keep").none(),
              "Writes the rules file or the item-set file of the tool.");
     module.def("mine", &mine, nb::arg("index"), nb::arg("options"), nb::arg("watch"));
@@ -189,4 +205,5 @@ NB_MODULE(_engine, module) {
     addInput(module);
     addRuns(module);
     addQuestions(module);
+    addShards(module);
 }

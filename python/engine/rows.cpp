@@ -14,13 +14,11 @@ using quarvis::mining::Code;
 using quarvis::mining::Dictionary;
 using quarvis::mining::HistoryIndex;
 
-Rows::Rows(Column<std::uint32_t> entities, TimeColumn times, Column<std::uint32_t> items,
-           std::size_t histories, const Column<std::int64_t>& nameOffsets,
-           const Column<std::uint8_t>& nameBytes)
-    : m_entities(std::move(entities)),
-      m_times(std::move(times)),
-      m_items(std::move(items)),
-      m_histories(histories) {
+namespace {
+
+Dictionary dictionaryOf(const Column<std::int64_t>& nameOffsets,
+                        const Column<std::uint8_t>& nameBytes) {
+    Dictionary names;
     const std::span offsets = valuesOf(nameOffsets);
     const std::string_view bytes(reinterpret_cast<const char*>(nameBytes.data()), nameBytes.size());
     for (std::size_t name = 0; name + 1 < offsets.size(); ++name) {
@@ -28,11 +26,23 @@ Rows::Rows(Column<std::uint32_t> entities, TimeColumn times, Column<std::uint32_
         const auto end = static_cast<std::size_t>(offsets[name + 1]);
         if (begin > end || end > bytes.size())
             throw std::invalid_argument("offsets of names that are out of range");
-        m_names.add(bytes.substr(begin, end - begin));
+        names.add(bytes.substr(begin, end - begin));
     }
-    if (m_names.size() + 1 != std::max<std::size_t>(offsets.size(), 1))
+    if (names.size() + 1 != std::max<std::size_t>(offsets.size(), 1))
         throw std::invalid_argument("a name that comes twice");
+    return names;
 }
+
+}  // namespace
+
+Rows::Rows(Column<std::uint32_t> entities, TimeColumn times, Column<std::uint32_t> items,
+           std::size_t histories, const Column<std::int64_t>& nameOffsets,
+           const Column<std::uint8_t>& nameBytes)
+    : m_entities(std::move(entities)),
+      m_times(std::move(times)),
+      m_items(std::move(items)),
+      m_histories(histories),
+      m_names(dictionaryOf(nameOffsets, nameBytes)) {}
 
 IndexPointer Rows::index(std::uint32_t minCount, Watch& watch) const {
     return watch.runInTime([&] {
@@ -44,6 +54,23 @@ IndexPointer Rows::index(std::uint32_t minCount, Watch& watch) const {
             },
             m_times);
     });
+}
+
+IndexPointer Rows::shard() const {
+    const nb::gil_scoped_release released;
+    return std::visit(
+        [&](const auto& times) {
+            return std::make_shared<const HistoryIndex>(quarvis::mining::shardColumns(
+                valuesOf(m_entities), valuesOf(times), valuesOf(m_items), m_histories, m_names));
+        },
+        m_times);
+}
+
+IndexPointer itemIndex(const Column<std::int64_t>& nameOffsets,
+                       const Column<std::uint8_t>& nameBytes, const Column<std::uint32_t>& counts,
+                       std::uint32_t minCount) {
+    return std::make_shared<const HistoryIndex>(quarvis::mining::indexOfItems(
+        dictionaryOf(nameOffsets, nameBytes), valuesOf(counts), minCount));
 }
 
 namespace {

@@ -30,6 +30,9 @@ class Rows {
     /// interpreter's lock, under the watch.
     IndexPointer index(std::uint32_t minCount, Watch& watch) const;
 
+    /// A shard of all items, whose ranks are the codes where the names are in byte order.
+    IndexPointer shard() const;
+
   private:
     Column<std::uint32_t> m_entities;
     TimeColumn m_times;
@@ -37,6 +40,12 @@ class Rows {
     std::size_t m_histories;
     quarvis::mining::Dictionary m_names;
 };
+
+/// Items without histories, by names in byte order. Throws `std::invalid_argument` for names in
+/// another order and for another number of counts.
+IndexPointer itemIndex(const Column<std::int64_t>& nameOffsets,
+                       const Column<std::uint8_t>& nameBytes, const Column<std::uint32_t>& counts,
+                       std::uint32_t minCount);
 
 /// Reads a transaction file by the rules of the tool, which accepts whatever it finds; a file that
 /// cannot be opened reads as empty. Gives a dictionary of the columns `entities`, `times` and

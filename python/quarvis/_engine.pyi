@@ -2,6 +2,7 @@
 The mining engine for Python, as numbers and columns. Internal to quarvis.
 """
 
+from collections.abc import Sequence
 import enum
 from typing import Annotated, Any
 
@@ -57,6 +58,9 @@ class Rows:
 
     def index(self, min_count: int, watch: Watch) -> Index:
         """The index of the items that are in this many histories or more."""
+
+    def shard(self) -> Index:
+        """A shard of all items."""
 
 NO_ITEM: int = 4294967295
 
@@ -129,11 +133,14 @@ class Found:
     def extensions(self, watch: Watch) -> dict[str, Any]:
         """By set: whether it is not closed, not maximal."""
 
-    def with_basket_rules(self, splits: Splits, confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
+    def with_basket_rules(self, histories: int, splits: Splits, confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
         """The same sets with the rules that need no times."""
 
     def with_sides(self, all: Index, left: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], right: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
         """The rules with certain items on a side."""
+
+    def with_counted_sides(self, left: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], right: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], antecedents: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], consequents: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: int, confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
+        """The same, with counts of sides that are known."""
 
     def write(self, path: str, rules: bool, keep: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)] | None) -> None:
         """Writes the rules file or the item-set file of the tool."""
@@ -159,3 +166,107 @@ def test_order(found: Found, options: Options, permutations: int, seed: int, thr
 
 def fisher(n: float, a: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)], s: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)], u: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> Annotated[NDArray[numpy.float64], dict(shape=(None,))]:
     """Tails of hypergeometric distributions."""
+
+class LevelRun:
+    """What a run over shards knows, level by level."""
+
+    def __init__(self, counts: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], options: Options) -> None: ...
+
+    @staticmethod
+    def from_bytes(bytes: bytes) -> LevelRun: ...
+
+    def to_bytes(self) -> bytes: ...
+
+    def bytes_for_candidates(self, block: tuple[int, int, int]) -> bytes: ...
+
+    def bytes_for_rules(self) -> bytes: ...
+
+    @property
+    def size(self) -> int: ...
+
+    @property
+    def memory(self) -> int: ...
+
+    @property
+    def min_count(self) -> int: ...
+
+    @property
+    def window(self) -> int: ...
+
+    @property
+    def has_candidates(self) -> bool: ...
+
+    @property
+    def rule_size(self) -> int: ...
+
+    @property
+    def rule_count(self) -> int: ...
+
+    def set_count(self, size: int) -> int: ...
+
+    def reach(self) -> tuple[list[int], int]:
+        """The number of sets of each size, and a least count to try next."""
+
+    def candidates(self, most: int) -> list[tuple[int, int, int]]:
+        """The candidates of the next level, in blocks."""
+
+    def rules(self, most: int) -> list[tuple[int, int, int]]:
+        """The rules of the size that is tallied next, in blocks."""
+
+    def add_level(self, most: int, blocks: Sequence[tuple[Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)]]]) -> None:
+        """
+        Ends a level: by block, the places of the frequent candidates and their counts.
+        """
+
+    def add_rules(self, tallies: bytes) -> None:
+        """Ends a size of rules."""
+
+    def without_rules(self) -> LevelRun:
+        """The same sets, without rules."""
+
+    def sides(self, size: int, tallies: bytes) -> tuple[Any, Any]:
+        """The sides of rules of a size, as two lists of ranks."""
+
+    def found(self, items: Index, histories: int, first: int = 0, most: int = 18446744073709551615) -> Found:
+        """What was found, among so many histories, or of the rules some."""
+
+class ShardWork:
+    """Counts on one shard what a run asks for."""
+
+    def __init__(self, shard: Index, run: LevelRun) -> None: ...
+
+    def count_candidates(self, block: tuple[int, int, int], sums: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu')]) -> None:
+        """Adds to the sums of a block."""
+
+    def tally_rules(self, block: tuple[int, int, int]) -> bytes: ...
+
+class TallySum:
+    """Sums tallies of rules."""
+
+    def __init__(self) -> None: ...
+
+    def add(self, tallies: bytes) -> None: ...
+
+    def to_bytes(self) -> bytes: ...
+
+def frequent_tallies(tallies: bytes, least: int) -> bytes:
+    """The tallies of rules that are met so often."""
+
+def shard(bytes: bytes) -> Index:
+    """A shard from its bytes."""
+
+def shard_bytes(shard: Index) -> bytes: ...
+
+def shuffled_shard(shard: Index, run: LevelRun, seed: int, first: int) -> Index:
+    """
+    The shard with times permuted, its histories numbered from the first on.
+    """
+
+def items(name_offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], name_bytes: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], counts: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], min_count: int) -> Index:
+    """Items without histories."""
+
+def count_rules(shard: Index, window: int, left_offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], left: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], right_offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], right: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> Annotated[NDArray[numpy.uint32], dict(shape=(None,))]:
+    """In how many histories rules count."""
+
+def count_sets(shard: Index, offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], ranks: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> Annotated[NDArray[numpy.uint32], dict(shape=(None,))]:
+    """In how many histories sets are."""

@@ -71,7 +71,9 @@ def _find(
         return _engine.mine_item_sets(index, run.options, watch)
     if run.histories._columns.scale.type is None:
         found = _engine.mine_item_sets(index, run.options, watch)
-        return found.with_basket_rules(run.options.splits, confidence, lift, conviction, watch)
+        return found.with_basket_rules(
+            len(run.histories), run.options.splits, confidence, lift, conviction, watch
+        )
     run.options.set_thresholds(0.0, confidence, lift, conviction)
     return _engine.mine(index, run.options, watch)
 

@@ -210,14 +210,39 @@ const ItemSets& LevelRun::itemSets() const {
     return m_state->itemSets();
 }
 
-Result LevelRun::result(std::size_t histories) const {
+void LevelRun::sides(std::size_t size, const RuleTally& rule, std::vector<Rank>& antecedent,
+                     std::vector<Rank>& subsequent) const {
+    if (size < 2 || size > this->size() || rule.set >= setCount(size) || rule.split == 0 ||
+        rule.split >= allOf(size))
+        throw std::invalid_argument("a rule that is not there");
+    std::vector<Rank> items(size);
+    itemSets().items(size, rule.set, items.data());
+    antecedent.clear();
+    subsequent.clear();
+    for (std::size_t i = 0; i < size; ++i)
+        (rule.split >> i & 1 ? subsequent : antecedent).push_back(items[i]);
+}
+
+LevelRun LevelRun::withoutRules() const {
+    auto state = std::make_unique<LevelState>(m_state->counts, m_state->options);
+    state->found = m_state->found;
+    state->searched = m_state->searched;
+    return LevelRun(std::move(state));
+}
+
+Result LevelRun::result(std::size_t histories, std::size_t first, std::size_t most) const {
     const Observer observer;
     Meter meter{Budget()};
     Step step(observer, meter);
+    const std::vector<CountedRule>& rules = m_state->rules;
+    const std::size_t begin = std::min(first, rules.size());
+    const std::size_t end = begin + std::min(most, rules.size() - begin);
+    const std::vector<CountedRule> some(rules.begin() + static_cast<std::ptrdiff_t>(begin),
+                                        rules.begin() + static_cast<std::ptrdiff_t>(end));
     Result result;
     result.itemSets = itemSets();
-    result.rules = selectRules(m_state->rules, result.itemSets, m_state->options.thresholds,
-                               histories, 1, step);
+    result.rules =
+        selectRules(some, result.itemSets, m_state->options.thresholds, histories, 1, step);
     return result;
 }
 

@@ -20,29 +20,29 @@ class RunFormatError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Some first items of candidates or of rules, [begin, end) in an order that only the run knows,
-/// and how many there are that begin with these.
+/// The candidates or the rules that begin with some first items.
 struct LevelBlock {
+    /// @{
+    /// The first items are [begin, end), in an order that only the run knows.
     std::uint32_t begin;
     std::uint32_t end;
-    std::uint64_t count;
+    /// @}
+
+    std::uint64_t count;  ///< How many there are.
 };
 
-/// The candidates of a block that are frequent: their places in the block, ascending, and their
-/// counts.
+/// The candidates of a block that are frequent.
 struct FrequentCandidates {
-    std::vector<std::uint32_t> places;
-    std::vector<std::uint32_t> counts;
+    std::vector<std::uint32_t> places;  ///< In the block, ascending.
+    std::vector<std::uint32_t> counts;  ///< Histories that hold the candidates of these places.
 };
 
-/// A rule of a known size: the place of its set in the level of that size, and bit i of `split` is
-/// set when item i of the set is in the subsequent. It is met in so many histories, and counts in
-/// so many of them; see docs/mining.md.
+/// A rule of a known size with its counts; see docs/mining.md.
 struct RuleTally {
-    std::uint64_t split;
-    std::uint32_t set;
-    std::uint32_t met;
-    std::uint32_t counted;
+    std::uint64_t split;       ///< Bit i is set when item i of the set is in the subsequent.
+    std::uint32_t set;         ///< The place of the set of its items in the level of that size.
+    std::uint32_t met;         ///< Histories in which the rule is met.
+    std::uint32_t counted;     ///< Those of them in which it counts.
     std::uint32_t unused = 0;  ///< Fills up 8 bytes.
 };
 
@@ -69,8 +69,12 @@ class LevelRun {
     /// What one of the `bytes` operations gave. Throws `RunFormatError` for anything else.
     static LevelRun fromBytes(std::span<const char> bytes);
 
+    /// @{
+    /// Leaves the other one without a state; it may then only be assigned to or destroyed.
     LevelRun(LevelRun&&) noexcept;
     LevelRun& operator=(LevelRun&&) noexcept;
+    /// @}
+
     ~LevelRun();
 
     /// The settings that were given, as far as they decide what is found.
@@ -111,8 +115,17 @@ class LevelRun {
     /// All item sets of up to `size()` items.
     const ItemSets& itemSets() const;
 
-    /// What was found among so many histories. The run remains.
-    Result result(std::size_t histories) const;
+    /// The sides of a rule of `size` items. Throws `std::invalid_argument` when it is not there.
+    void sides(std::size_t size, const RuleTally& rule, std::vector<Rank>& antecedent,
+               std::vector<Rank>& subsequent) const;
+
+    /// The same sets, of whose rules none was tallied.
+    LevelRun withoutRules() const;
+
+    /// What was found among so many histories. The run remains. Of the rules only those from the
+    /// `first` one on that were counted, and no more than `most`: parts of a result that is large.
+    Result result(std::size_t histories, std::size_t first = 0,
+                  std::size_t most = static_cast<std::size_t>(-1)) const;
 
     /// Bytes that the state takes.
     std::size_t memory() const;
