@@ -308,14 +308,7 @@ class Mined:
         columns = _engine.test_order(
             self._found, self._run.options, permutations, seed, self._threads(threads), watch,
         )
-        q_values = benjamini_hochberg(columns["p"], int(columns["proposed"]))
-        table = self._table.select(["antecedents", "consequents", "count"])
-        for name, values in (
-            ("expected", columns["mean"]), ("deviation", columns["deviation"]),
-            ("p_value", columns["p"]), ("p_adjusted", columns["p_max"]), ("q_value", q_values),
-        ):
-            table = table.append_column(name, pa.array(values[self._places]))
-        return self._run.histories._frame(table)
+        return self._run.histories._frame(self._order_table(columns))
 
     def match(self, histories: Histories, *, now: Any = None) -> Any:
         """Tell which rules are met in other histories: what may follow next, and for whom.
@@ -447,6 +440,17 @@ class Mined:
             raise OSError(number, os.strerror(number), name) from None
 
     # Tables.
+
+    def _order_table(self, columns: dict[str, Any]) -> pa.Table:
+        """Give the columns of a test of the order, of which there is one value a rule found."""
+        q_values = benjamini_hochberg(columns["p"], int(columns["proposed"]))
+        table = self._table.select(["antecedents", "consequents", "count"])
+        for name, values in (
+            ("expected", columns["mean"]), ("deviation", columns["deviation"]),
+            ("p_value", columns["p"]), ("p_adjusted", columns["p_max"]), ("q_value", q_values),
+        ):
+            table = table.append_column(name, pa.array(values[self._places]))
+        return table
 
     @cached_property
     def _names(self) -> pa.Array:
