@@ -25,6 +25,22 @@ def whole_number(name: str, value: Any, least: int, remedy: str = "") -> int:
     return int(value)
 
 
+def draws(permutations: Any, seed: Any) -> tuple[int, int]:
+    """Give the number of permutations of a test and its seed.
+
+    Raises
+    ------
+    DataError
+        For less than one permutation, and for a seed beyond 64 bits.
+    """
+    number = whole_number("permutations", permutations, 1)
+    remedy = "give a whole number from 0 to 2^64 - 1"
+    seed = whole_number("seed", seed, 0, remedy)
+    if seed >= 2**64:
+        raise DataError(f"seed={seed!r}: {remedy}")
+    return number, seed
+
+
 def threshold(name: str, value: Any) -> float:
     """Give a bound of a measure, which may be infinite.
 

@@ -15,7 +15,7 @@ import pyarrow as pa
 import pyarrow.compute
 
 from quarvis import _engine
-from quarvis._arguments import threshold, whole_number
+from quarvis._arguments import draws, threshold, whole_number
 from quarvis._columns import lists_of, names_of
 from quarvis._patterns import matching
 from quarvis._progress import Progress, progress_of
@@ -299,11 +299,7 @@ class Mined:
         """
         if not self._run.has_times:
             raise DataError("nothing follows anything here: these histories have no times")
-        permutations = whole_number("permutations", permutations, 1)
-        remedy = "give a whole number from 0 to 2^64 - 1"
-        seed = whole_number("seed", seed, 0, remedy)
-        if seed >= 2**64:
-            raise DataError(f"seed={seed!r}: {remedy}")
+        permutations, seed = draws(permutations, seed)
         watch = _engine.Watch(progress_of(progress))
         columns = _engine.test_order(
             self._found, self._run.options, permutations, seed, self._threads(threads), watch,

@@ -159,11 +159,11 @@ def mine(
     )
     sides = Sides(antecedents, consequents)
     run = Run(histories, options, window, splits, thresholds, rules)
+    budget = checked_budget(budget)
     watch = _watch(progress, budget)
     try:
         return sides.mine(run, watch)
     except _engine.BudgetExceeded as error:
-        assert budget is not None
         raise _exceeded(error, budget, options.min_count) from None
     finally:
         if progress is True:
@@ -226,13 +226,7 @@ def _threads(threads: int | None) -> int:
     return whole_number("threads", threads, 1)
 
 
-def _watch(progress: Progress, budget: Budget | None) -> _engine.Watch:
-    if budget is None:
-        budget = Budget()
-    elif not isinstance(budget, Budget):
-        raise DataError(
-            f"budget={budget!r}: give a quarvis.Budget, such as quarvis.Budget(seconds=10)"
-        )
+def _watch(progress: Progress, budget: Budget) -> _engine.Watch:
     return _engine.Watch(
         progress_of(progress), math.ceil((budget.seconds or 0) * 1e9), int(budget.sets or 0),
         int(budget.bytes or 0),
@@ -246,6 +240,23 @@ def _exceeded(error: _engine.BudgetExceeded, budget: Budget, min_count: int) -> 
         _engine.Limit.SETS: f"{budget.sets or 0:,} item sets",
         _engine.Limit.BYTES: f"{budget.bytes or 0:,} bytes",
     }[limit]
+    return exceeded(bound, f"min_count={min_count}", levels, advised)
+
+
+def exceeded(bound: str, at: str, levels: Sequence[int], advised: int) -> BudgetExceeded:
+    """Give the error of a run that reached a bound.
+
+    Parameters
+    ----------
+    bound : str
+        Its number and unit.
+    at : str
+        The least count, as the caller gave it.
+    levels : sequence of int
+        The item sets that were found of each size, from 1 on; empty before the search.
+    advised : int
+        A count that at most half of them have.
+    """
     if levels:
         came = (
             f"{sum(levels):,} item sets of up to {len(levels)} items were found so far, of which "
@@ -254,6 +265,23 @@ def _exceeded(error: _engine.BudgetExceeded, budget: Budget, min_count: int) -> 
     else:
         came = "the search had not begun: allow for more time"
     return BudgetExceeded(
-        f"the budget of {bound} is exceeded at min_count={min_count}; {came}",
+        f"the budget of {bound} is exceeded at {at}; {came}",
         tuple(levels), advised if levels else None,
     )
+
+
+def checked_budget(budget: Budget | None) -> Budget:
+    """Give the bounds of a run, none for None.
+
+    Raises
+    ------
+    DataError
+        For what is no `Budget`.
+    """
+    if budget is None:
+        return Budget()
+    if not isinstance(budget, Budget):
+        raise DataError(
+            f"budget={budget!r}: give a quarvis.Budget, such as quarvis.Budget(seconds=10)"
+        )
+    return budget
