@@ -1,0 +1,90 @@
+"""The cluster finds what one machine finds, to the last bit."""
+
+import pytest
+from tables import assert_same, both, random_rows, sorted_rows
+
+import quarvis.spark.mined
+
+SETTINGS = [
+    {"min_count": 5, "window": 4},
+    {"min_count": 2, "splits": "runs", "max_items": 3},
+    {"min_support": 0.2, "window": 10, "min_confidence": 0.3, "min_lift": 0.9},
+    {"min_count": 3, "window": 7, "antecedents": ["b*", "é"], "consequents": "[ab]*"},
+    {"min_count": 100},
+]
+
+#: One partition and one shard; and more partitions than entities, shards of a few rows, blocks of a
+#: few candidates in several jobs.
+CLUSTERS = [
+    {"partitions": 1},
+    {"partitions": 60, "shard_bytes": 150, "block_bytes": 40, "tasks": 3},
+]
+
+
+@pytest.mark.parametrize("seed", range(len(SETTINGS)))
+@pytest.mark.parametrize("layout", CLUSTERS, ids=["one", "many"])
+def test_random_tables(spark, tmp_path, seed, layout):
+    rows = random_rows(seed, items=("b", "bb", "a b", "é", "x", "{y}")[: 4 + seed % 3])
+    mined, expected = both(spark, rows, partitions=1 + seed, cluster=layout, **SETTINGS[seed])
+    assert_same(mined, expected, tmp_path)
+    assert (len(expected) > 0) == (seed != 4)
+    assert sorted_rows(mined.rules.toArrow()) == sorted_rows(
+        quarvis.spark.mined.spark_table(expected.to_arrow())
+    )
+    mined.unpersist()
+
+
+def test_answers(spark):
+    mined, expected = both(
+        spark, random_rows(9), cluster={"shard_bytes": 600, "partitions": 3}, min_count=4, window=5,
+    )
+    assert_same(mined, expected)
+    first = expected.to_arrow().slice(0, 1).to_pylist()[0]
+    rare = (["b"], ["{y}", "x", "\u4e2d", "bb"])
+    for rule in (first, rare):
+        ours, theirs = mined.explain(rule), expected.explain(rule)
+        assert repr(ours) == repr(theirs)
+        assert sorted_rows(ours.histories.toArrow().drop_columns("entity")) == sorted_rows(
+            quarvis.spark.mined.spark_table(theirs.histories).drop_columns("entity")
+        )
+    tested = mined.collect().test_order(permutations=7, seed=11).toArrow()
+    theirs = expected.test_order(permutations=7, seed=11)
+    assert tested.num_rows == len(expected) > 0
+    for name in ("expected", "deviation", "p_value", "p_adjusted", "q_value"):
+        assert tested.column(name).to_pylist() == theirs.column(name).to_pylist()
+    with pytest.raises(quarvis.DataError, match="no history has the item 'tea'"):
+        mined.explain((["tea"], ["b"]))
+
+
+def test_items_that_are_rare_in_histories_only(spark):
+    """An item of many rows but few histories has a code, and yet no part in permutations."""
+    rows = [*random_rows(3), *(("e0", when, "often") for when in range(30))]
+    mined, expected = both(spark, rows, min_count=5, window=3)
+    assert_same(mined, expected)
+    tested = mined.test_order(permutations=5, seed=1).toArrow()
+    assert tested.column("expected").to_pylist() == expected.test_order(
+        permutations=5, seed=1
+    ).column("expected").to_pylist()
+    assert repr(mined.explain((["often"], ["b"]))) == repr(expected.explain((["often"], ["b"])))
+
+
+def test_rules_that_executors_write(spark, tmp_path, monkeypatch):
+    rows = random_rows(5)
+    monkeypatch.setattr(quarvis.spark.mined, "ROWS_AT_DRIVER", 0)
+    monkeypatch.setattr(quarvis.spark.mined, "_ROWS_OF_PART", 7)
+    mined, expected = both(spark, rows, min_count=4, window=5, min_confidence=0.2)
+    mined.write(tmp_path / "rules", tmp_path / "sets")
+    for name, table in (("rules", expected.to_arrow()), ("sets", expected.item_sets)):
+        written = spark.read.parquet(str(tmp_path / name)).toArrow()
+        assert len(list((tmp_path / name).glob("*.parquet"))) > 1
+        assert sorted_rows(written) == sorted_rows(quarvis.spark.mined.spark_table(table))
+
+
+def test_a_history_much_larger_than_a_shard(spark):
+    rows = [("big", 3 * when % 4001, f"i{when % 7}") for when in range(60_000)]
+    rows += random_rows(2, rows=300, items=("i0", "i1", "i2"))
+    mined, expected = both(
+        spark, rows, cluster={"shard_bytes": 1000, "partitions": 4}, min_count=1, window=3,
+        max_items=3,
+    )
+    assert_same(mined, expected)
