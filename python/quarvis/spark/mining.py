@@ -39,6 +39,9 @@ from quarvis.spark.mined import Mined, Setup
 #: Rows of a partition of shards, where the session does not ask for fewer partitions.
 _ROWS_PER_PARTITION = 250_000
 
+#: Sums that are added up in one place; a block has eight of them at least.
+_KEY_BYTES = 2**20
+
 
 @dataclass(frozen=True)
 class _Dictionary:
@@ -166,7 +169,8 @@ def mine(
         )
         run = _engine.LevelRun(shards.counts, _searched(options, sides))
         limits = Limits(
-            block_bytes, 2**20, min(driver_bytes, budget.bytes or driver_bytes), budget.sets
+            block_bytes, min(_KEY_BYTES, max(block_bytes // 8, 1)),
+            min(driver_bytes, budget.bytes or driver_bytes), budget.sets,
         )
         run, done = _begun(jobs, run, checkpoint, {
             "data": facts.digest, "entity": entity, "time": time, "items": items,
