@@ -82,7 +82,7 @@ class Cluster:
 
 
 def local_cluster(folder):
-    return Cluster(_session("local-cluster[2,1,1024]", folder), Processes())
+    return Cluster(session_of("local-cluster[2,1,1024]", folder), Processes())
 
 
 def connect(folder):
@@ -111,7 +111,7 @@ class Standalone(Cluster):
                         "--work-dir", str(folder / worker), url)
             _wait_for(folder / f"{worker}.log", "Successfully registered with master")
         processes = Processes(*(daemon.pid for daemon in self._daemons))
-        super().__init__(_session(url, folder), processes)
+        super().__init__(session_of(url, folder), processes)
 
     def _start(self, folder, name, what, *arguments):
         import pyspark
@@ -140,7 +140,7 @@ def _settings(folder):
             "spark.sql.warehouse.dir": str(folder / "warehouse")}
 
 
-def _session(master, folder):
+def session_of(master, folder):
     from pyspark.sql import SparkSession
 
     builder = SparkSession.builder.master(master).appName("tests")

@@ -1,7 +1,7 @@
 """The cluster finds what one machine finds, to the last bit."""
 
 import pytest
-from tables import assert_same, both, random_rows, sorted_rows
+from tables import arrow, assert_same, both, random_rows, sorted_rows
 
 import quarvis.spark.mined
 
@@ -47,13 +47,40 @@ def test_answers(spark):
         assert sorted_rows(ours.histories.toArrow().drop_columns("entity")) == sorted_rows(
             quarvis.spark.mined.spark_table(theirs.histories).drop_columns("entity")
         )
-    tested = mined.collect().test_order(permutations=7, seed=11).toArrow()
+    tested = mined.test_order(permutations=7, seed=11).toArrow()
     theirs = expected.test_order(permutations=7, seed=11)
     assert tested.num_rows == len(expected) > 0
     for name in ("expected", "deviation", "p_value", "p_adjusted", "q_value"):
         assert tested.column(name).to_pylist() == theirs.column(name).to_pylist()
     with pytest.raises(quarvis.DataError, match="no history has the item 'tea'"):
         mined.explain((["tea"], ["b"]))
+
+
+def test_the_collected_object_answers_as_the_local_one(spark):
+    rows = random_rows(9)
+    mined, expected = both(spark, rows, partitions=2, min_count=4, window=5)
+    collected = mined.collect()
+    some = {"min_lift": 0.9, "consequents": "b*"}
+    ours, theirs = collected.filter(**some).top(9), expected.filter(**some).top(9)
+    assert 0 < len(ours) == len(theirs) < len(expected)
+    later = quarvis.Histories(arrow(rows[:150]), entity="who", time="when", items="what")
+    for answer in (
+        lambda result: result.rules, lambda result: result.measures("fisher"),
+        lambda result: result.closed(), lambda result: result.maximal(),
+        lambda result: result.non_redundant().rules,
+        lambda result: result.match(later, now=20),
+        lambda result: result.test_order(permutations=3, seed=2),
+    ):
+        assert answer(ours).num_rows > 0
+        assert answer(ours).equals(answer(theirs))
+    assert collected.summary() == expected.summary()
+    for ask in (ours.lags, ours.view):
+        with pytest.raises(quarvis.DataError, match=r"^lags need the histories") as error:
+            ask()
+        assert "mine a sample of the entities with quarvis.mine, or ask explain for one rule" in (
+            str(error.value)
+        )
+    mined.unpersist()
 
 
 def test_items_that_are_rare_in_histories_only(spark):

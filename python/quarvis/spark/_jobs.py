@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import contextlib
 import logging
+import signal
 import threading
 import time as clock
 import uuid
@@ -46,6 +47,7 @@ class Jobs:
         self._progress = progress
         self._tag = f"quarvis-{uuid.uuid4().hex[:12]}"
         self._context = None if _is_connect(session) else session.sparkContext
+        self._interrupted = threading.Event()
         self._until = None if seconds is None else clock.monotonic() + seconds
         if tasks is None and self._context is not None:
             tasks = self._context.defaultParallelism
@@ -55,6 +57,42 @@ class Jobs:
         """Tell how far the run is."""
         if self._progress is not None:
             self._progress(step, done, total)
+
+    @contextlib.contextmanager
+    def interruptible(self) -> Iterator[None]:
+        """Have Ctrl-C cancel the job at hand, and then raise `KeyboardInterrupt`.
+
+        The signal comes in the middle of a talk with Spark, where an exception would break the
+        connection; so the handler only has another thread cancel what runs under the tag. In other
+        threads than the main one signals are not heeded.
+        """
+        if threading.current_thread() is not threading.main_thread():
+            yield
+            return
+        ended = threading.Event()
+
+        def cancel() -> None:
+            # A job that has not begun yet is none that can be cancelled.
+            while not ended.wait(0.2):
+                with contextlib.suppress(Exception):
+                    self.session.interruptTag(self._tag)
+
+        def handle(number: int, frame: object) -> None:
+            if not self._interrupted.is_set():
+                self._interrupted.set()
+                threading.Thread(target=cancel, daemon=True).start()
+
+        old = signal.signal(signal.SIGINT, handle)
+        try:
+            yield
+        finally:
+            ended.set()
+            signal.signal(signal.SIGINT, old)
+            self._interrupted.clear()
+
+    def _heed(self) -> None:
+        if self._interrupted.is_set():
+            raise KeyboardInterrupt
 
     @contextlib.contextmanager
     def named(self, name: str, batch: int | None = None) -> Iterator[None]:
@@ -67,19 +105,23 @@ class Jobs:
         """
         self.count += 1
         session = self.session
+        expired = threading.Event()
+        timer = self._timer(expired)
         kept = session.conf.get(_ROWS_PER_BATCH, None)
         old = None
         if self._context is not None:
             old = self._context.getLocalProperty("spark.job.description")
             self._context.setJobDescription(f"quarvis: {name}")
-        expired = threading.Event()
-        timer = self._timer(expired)
         session.addTag(self._tag)
         if batch is not None:
             session.conf.set(_ROWS_PER_BATCH, str(batch))
         try:
+            self._heed()
             yield
+            self._heed()
         except BaseException as error:
+            if self._interrupted.is_set():
+                raise KeyboardInterrupt from None
             if expired.is_set():
                 raise OutOfTime from error
             with contextlib.suppress(Exception):

@@ -105,7 +105,8 @@ class Mined:
 
         As `quarvis.Mined.explain`; `histories` is a frame of Spark.
         """
-        return _questions.explain(self._setup, rule)
+        with self._setup.jobs.interruptible():
+            return _questions.explain(self._setup, rule)
 
     def test_order(
         self, *, permutations: int = 999, seed: int = 0, progress: Progress = False
@@ -115,10 +116,16 @@ class Mined:
         As `quarvis.Mined.test_order`, of which it gives the numbers for the same rows sorted by
         entity: draws depend on the number of a history. A frame of Spark.
         """
-        table = _questions.test_order(
-            self._setup, self._run, self.collect(), permutations, seed, progress_of(progress)
-        )
-        return self._frame(table)
+        tested = self._tested(self.collect(), permutations, seed, progress)
+        return self._frame(tested)
+
+    def _tested(
+        self, collected: Collected, permutations: int, seed: int, progress: Progress
+    ) -> pa.Table:
+        with self._setup.jobs.interruptible():
+            return _questions.test_order(
+                self._setup, self._run, collected, permutations, seed, progress_of(progress)
+            )
 
     def write(self, rules: PathLike, item_sets: PathLike | None = None) -> None:
         """Write rules and item sets as Parquet files of a folder each; executors write.
@@ -252,9 +259,15 @@ class Collected(local.Mined):
         """As `quarvis.spark.Mined.explain`, in the cluster."""
         return self._cluster.explain(rule)
 
-    def test_order(self, **settings: Any) -> Any:
-        """As `quarvis.spark.Mined.test_order`, in the cluster."""
-        return self._cluster.test_order(**settings)
+    def test_order(
+        self, *, permutations: int = 999, seed: int = 0, threads: int | None = None,
+        progress: Progress = False,
+    ) -> Any:
+        """As `quarvis.spark.Mined.test_order`, in the cluster, of these rules; a PyArrow table.
+
+        `threads` has no effect: the tasks of the run are those of the test.
+        """
+        return self._cluster._tested(self, permutations, seed, progress)
 
     def lags(self, *, threads: int | None = None) -> Any:
         """Raise `DataError`: lags need the histories, which are in the cluster."""

@@ -145,47 +145,48 @@ def mine(
     grouped = _rows.by_item(source, drops, checkpoint is not None).persist()
     shards = run = None
     try:
-        with jobs.named("items and times"):
-            facts = _rows.facts_of(grouped, source, drops, checkpoint is not None)
-            options.window = facts.scale.window(window)
-            _tell_of_window(window, options.window, facts.scale)
-            least = _least(jobs, source, drops, min_count, min_support)
-            options.min_count = least
-            dictionary = _dictionary_of(session, grouped, least)
-        log.info(
-            "%s rows, %s items that may be frequent; %.1f s", f"{facts.rows:,}",
-            f"{len(dictionary.names):,}", clock.monotonic() - began,
-        )
-        sides = _sides_of(grouped, dictionary, antecedents, consequents, jobs)
-        rows = _rows.coded(source, drops, facts.scale, dictionary.codes)
-        shards = Shards(
-            jobs, rows, len(dictionary.names), entity is not None,
-            partitions or _partitions(session, facts.rows), shard_bytes, sides,
-        )
-        _tell_of_single_times(shards, facts.scale)
-        setup = Setup(
-            jobs, source, drops, shards, dictionary.names, facts.scale, window, splits, options,
-            thresholds, sides, rules,
-        )
-        run = _engine.LevelRun(shards.counts, _searched(options, sides))
-        limits = Limits(
-            block_bytes, min(_KEY_BYTES, max(block_bytes // 8, 1)),
-            min(driver_bytes, budget.bytes or driver_bytes), budget.sets,
-        )
-        run, done = _begun(jobs, run, checkpoint, {
-            "data": facts.digest, "entity": entity, "time": time, "items": items,
-            "histories": shards.histories, "min_count": least, "window": options.window,
-            "max_items": max_items, "splits": splits, "min_confidence": min_confidence,
-            "min_lift": min_lift, "max_conviction": max_conviction, "antecedents": antecedents,
-            "consequents": consequents, "rules": rules, "missing": missing,
-        })
-        count_levels(jobs, shards.frame, run, rules and time is not None, limits, done)
-        log.info(
-            "done: %s sets, %s rules; %d jobs, %.1f s",
-            f"{sum(run.set_count(k) for k in range(1, run.size + 1)):,}", f"{run.rule_count:,}",
-            jobs.count, clock.monotonic() - began,
-        )
-        return Mined(setup, run)
+        with jobs.interruptible():
+            with jobs.named("items and times"):
+                facts = _rows.facts_of(grouped, source, drops, checkpoint is not None)
+                options.window = facts.scale.window(window)
+                _tell_of_window(window, options.window, facts.scale)
+                least = _least(jobs, source, drops, min_count, min_support)
+                options.min_count = least
+                dictionary = _dictionary_of(session, grouped, least)
+            log.info(
+                "%s rows, %s items that may be frequent; %.1f s", f"{facts.rows:,}",
+                f"{len(dictionary.names):,}", clock.monotonic() - began,
+            )
+            sides = _sides_of(grouped, dictionary, antecedents, consequents, jobs)
+            rows = _rows.coded(source, drops, facts.scale, dictionary.codes)
+            shards = Shards(
+                jobs, rows, len(dictionary.names), entity is not None,
+                partitions or _partitions(session, facts.rows), shard_bytes, sides,
+            )
+            _tell_of_single_times(shards, facts.scale)
+            setup = Setup(
+                jobs, source, drops, shards, dictionary.names, facts.scale, window, splits, options,
+                thresholds, sides, rules,
+            )
+            run = _engine.LevelRun(shards.counts, _searched(options, sides))
+            limits = Limits(
+                block_bytes, min(_KEY_BYTES, max(block_bytes // 8, 1)),
+                min(driver_bytes, budget.bytes or driver_bytes), budget.sets,
+            )
+            run, done = _begun(jobs, run, checkpoint, {
+                "data": facts.digest, "entity": entity, "time": time, "items": items,
+                "histories": shards.histories, "min_count": least, "window": options.window,
+                "max_items": max_items, "splits": splits, "min_confidence": min_confidence,
+                "min_lift": min_lift, "max_conviction": max_conviction, "antecedents": antecedents,
+                "consequents": consequents, "rules": rules, "missing": missing,
+            })
+            count_levels(jobs, shards.frame, run, rules and time is not None, limits, done)
+            log.info(
+                "done: %s sets, %s rules; %d jobs, %.1f s",
+                f"{sum(run.set_count(k) for k in range(1, run.size + 1)):,}", f"{run.rule_count:,}",
+                jobs.count, clock.monotonic() - began,
+            )
+            return Mined(setup, run)
     except OutOfTime:
         if shards is not None:
             shards.unpersist()
