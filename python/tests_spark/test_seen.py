@@ -7,7 +7,6 @@ import signal
 import subprocess
 import sys
 import threading
-import time
 import urllib.request
 
 import pytest
@@ -63,21 +62,25 @@ def test_settings_of_the_session_are_as_before(spark):
 def test_cancelling_the_jobs_ends_the_run(spark):
     """As somebody does it in the pages of Spark."""
 
+    over = threading.Event()
+    canceller = threading.Thread(target=lambda: cancel(), daemon=True)
+
     def progress(step, done, total):
         if step == "sets of 2 items" and done == 0:
-            threading.Thread(target=cancel, daemon=True).start()
+            canceller.start()
 
     def cancel():
-        time.sleep(0.2)
-        for _ in range(50):
+        # A job that has not begun yet is none that can be cancelled.
+        while not over.wait(0.2):
             spark.interruptAll()
-            time.sleep(0.1)
 
     with pytest.raises(Exception, match=r"(?i)cancel|interrupt"):
         quarvis.spark.mine(
             frame(spark, random_rows(6)), entity="who", time="when", items="what",
             progress=progress, **RUN,
         )
+    over.set()
+    canceller.join()
 
 
 SCRIPT = """
@@ -100,6 +103,7 @@ except KeyboardInterrupt:
 """
 
 
+@pytest.mark.slow
 @pytest.mark.on("local-cluster")
 def test_ctrl_c_ends_the_run_and_its_job(tmp_path):
     here = __file__.rpartition("/")[0]
