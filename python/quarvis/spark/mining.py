@@ -36,8 +36,11 @@ from quarvis.spark._levels import Limits, count_levels
 from quarvis.spark._shards import Shards
 from quarvis.spark.mined import Mined, Setup
 
-#: Rows of a partition of shards, where the session does not ask for fewer partitions.
-_ROWS_PER_PARTITION = 250_000
+#: Rows of a partition of shards, and the most partitions where the session does not ask for more.
+_ROWS_PER_PARTITION, _MOST_PARTITIONS = 500_000, 10_000
+
+#: Of a shard: enough for the dictionary to be a small part, and little beside an executor.
+_SHARD_BYTES, _SHARD_BYTES_PER_ITEM = 8 * 2**20, 64
 
 #: Sums that are added up in one place; a block has eight of them at least.
 _KEY_BYTES = 2**20
@@ -74,7 +77,7 @@ def mine(
     checkpoint: str | None = None,
     partitions: int | None = None,
     tasks: int | None = None,
-    shard_bytes: int = 32 * 2**20,
+    shard_bytes: int | None = None,
     block_bytes: int = 64 * 2**20,
     driver_bytes: int = 2**30,
 ) -> Mined:
@@ -99,13 +102,14 @@ def mine(
         A folder that the cluster can write. A run that died goes on from its last whole level when
         it is started again with the same data and settings.
     partitions : int, optional
-        Of the histories; by default one for each 250,000 rows, but at most
-        ``spark.sql.shuffle.partitions``.
+        Of the histories; by default one for each 500,000 rows, but at most 10,000, or
+        ``spark.sql.shuffle.partitions`` where that is more.
     tasks : int, optional
         In how many tasks a level is counted. By default there are as many as cores, or one for each
         partition by Spark Connect, which does not tell of cores. Fewer shuffle less.
-    shard_bytes : int
-        What a shard of histories takes, about. A history is in one shard, however long it is.
+    shard_bytes : int, optional
+        What a shard of histories takes, about; by default 8 MiB, or 64 bytes for each item that may
+        be frequent where that is more. A history is in one shard, however long it is.
     block_bytes : int
         The sums that a task holds at a time; the candidates of a level take more jobs when they
         need more.
@@ -161,7 +165,9 @@ def mine(
             rows = _rows.coded(source, drops, facts.scale, dictionary.codes)
             shards = Shards(
                 jobs, rows, len(dictionary.names), entity is not None,
-                partitions or _partitions(session, facts.rows), shard_bytes, sides,
+                partitions or _partitions(session, facts.rows),
+                shard_bytes or max(_SHARD_BYTES, _SHARD_BYTES_PER_ITEM * len(dictionary.names)),
+                sides,
             )
             _tell_of_single_times(shards, facts.scale)
             setup = Setup(
@@ -265,7 +271,7 @@ def _sides_of(
 
 
 def _partitions(session: Any, rows: int) -> int:
-    most = int(session.conf.get("spark.sql.shuffle.partitions"))
+    most = max(_MOST_PARTITIONS, int(session.conf.get("spark.sql.shuffle.partitions")))
     return max(1, min(most, -(-rows // _ROWS_PER_PARTITION)))
 
 
