@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <deque>
 #include <limits>
 #include <memory>
 #include <new>
@@ -41,13 +42,18 @@ class Search {
             return sets;
         } catch (const OverBudget& over) {
             std::vector<const FoundSets*> found = {&m_sets};
-            for (const FoundSets& walked : m_walked)
-                found.push_back(&walked);
+            for (const std::deque<FoundSets>& walked : m_walked)
+                for (const FoundSets& block : walked)
+                    found.push_back(&block);
             throw exceeded(over, m_order, found);
         }
     }
 
   private:
+    /// After so many sets a thread begins another block, since arrays that grow are copied, and a
+    /// copy does not ask whether to end.
+    static constexpr std::size_t BLOCK = std::size_t{1} << 20;
+
     ItemSets m_run() {
         m_meter.found(1, m_order.size());
         m_observer.levelFound(1, m_order.size());
@@ -105,8 +111,7 @@ class Search {
         if (scope.knownSize >= maxSize)
             return;
         Step step(m_observer, m_meter, limit);
-        m_walked.assign(m_options.threads, {});
-        std::vector<FoundSets>& found = m_walked;
+        m_walked.assign(m_options.threads, std::deque<FoundSets>(1));
         std::vector<FoundSets::Part> parts(m_order.size());
         const auto makeWorker = [&](unsigned thread) {
             return [&, thread, work = std::make_unique<Work>(step),
@@ -114,16 +119,20 @@ class Search {
                 if (!walk)
                     walk =
                         std::make_unique<ItemSetWalk>(*m_baskets, m_options.minCount, scope, *work);
-                parts[task].from = &found[thread];
-                parts[task].begins = found[thread].sizes();
-                walk->walk(WalkItem{static_cast<std::uint32_t>(task)}, found[thread]);
-                parts[task].ends = found[thread].sizes();
+                std::deque<FoundSets>& blocks = m_walked[thread];
+                if (blocks.back().size() >= BLOCK)
+                    blocks.emplace_back();
+                FoundSets& found = blocks.back();
+                parts[task].from = &found;
+                parts[task].begins = found.sizes();
+                walk->walk(WalkItem{static_cast<std::uint32_t>(task)}, found);
+                parts[task].ends = found.sizes();
             };
         };
         workOn(m_order.size(), m_options.threads, step, makeWorker,
                [&](std::size_t done) { m_observer.progressed(done, m_order.size()); });
-        if (m_options.threads == 1 && scope.knownSize == 1)
-            m_sets = std::move(found[0]);
+        if (m_options.threads == 1 && scope.knownSize == 1 && m_walked[0].size() == 1)
+            m_sets = std::move(m_walked[0].front());
         else
             m_sets.append(parts, m_options.threads, step);
         m_walked.clear();
@@ -137,7 +146,7 @@ class Search {
     Shard m_shard;
     std::unique_ptr<Baskets> m_baskets;
     FoundSets m_sets;
-    std::vector<FoundSets> m_walked;  // by thread: what the walk at hand has found
+    std::vector<std::deque<FoundSets>> m_walked;  // by thread: what the walk at hand has found
     std::size_t m_reported = 1;
 };
 

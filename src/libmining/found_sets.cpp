@@ -175,6 +175,9 @@ void FoundSets::append(const std::vector<Part>& parts, unsigned threads, Step& s
             const Level& from = part.from->m_levels[i];
             std::size_t target = targets[place][i].begin;
             for (std::size_t set = part.begin(i); set < part.ends[i]; ++set, ++target) {
+                // The first touch of the target's memory makes this slow.
+                if ((set & 0xffff) == 0xffff)
+                    step.spend(0);
                 m_levels[i].parent[target] =
                     from.parent[set] + static_cast<std::uint32_t>(targets[place][i].shift);
                 m_levels[i].last[target] = from.last[set];
@@ -200,6 +203,13 @@ void FoundSets::append(const std::vector<Part>& parts, unsigned threads, Step& s
 void FoundSets::addLevelOf(FoundSets&& other) {
     assert(other.m_levels.size() == m_levels.size() + 1);
     m_levels.push_back(std::move(other.m_levels.back()));
+}
+
+std::size_t FoundSets::size() const {
+    std::size_t size = 0;
+    for (const Level& level : m_levels)
+        size += level.size();
+    return size;
 }
 
 std::vector<std::size_t> FoundSets::sizes() const {

@@ -44,6 +44,9 @@ class FoundSets {
     }
     std::size_t count(std::size_t size) const { return size <= maxSize() ? level(size).size() : 0; }
 
+    /// The number of all sets of two items or more.
+    std::size_t size() const;
+
     /// Adds a set after all others of its size. Throws `std::length_error` beyond 2^32 - 2 of them.
     void add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count);
 

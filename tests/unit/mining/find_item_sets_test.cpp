@@ -1,9 +1,11 @@
 #include <quarvis/mining/mine.hpp>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -75,6 +77,36 @@ CountedSets multiplied(CountedSets sets, std::uint32_t factor) {
     for (auto& [set, count] : sets)
         count *= factor;
     return sets;
+}
+
+/// More sets than a thread puts into one block. The sets of a size stand in lexicographic order.
+TEST(FindItemSets, FindsMillionsOfSets) {
+    constexpr std::size_t items = 21;
+    const char* const history = "1:a,b,c,d,e,f,g,h,i,j,k,l,m,n,o,p,q,r,s,t,u";
+    const HistoryIndex index = support::indexOf(oracle::tableOf({history, history}), 2);
+    for (const unsigned threads : {1U, 2U}) {
+        MiningOptions options = atLeast(2);
+        options.threads = threads;
+        Observer observer;
+        const ItemSets sets = findItemSets(index, options, observer);
+        EXPECT_EQ((std::size_t{1} << items) - 1, sets.size());
+        ASSERT_EQ(items, sets.levels());
+        for (std::size_t size = 1; size <= items; ++size) {
+            std::vector<bool> isMember(items);
+            std::fill_n(isMember.begin(), size, true);
+            std::vector<Rank> found(size);
+            for (std::size_t set = 0; set < sets.count(size); ++set) {
+                sets.items(size, set, found.data());
+                std::vector<Rank> expected;
+                for (std::uint32_t item = 0; item < items; ++item)
+                    if (isMember[item])
+                        expected.push_back(Rank{item});
+                ASSERT_EQ(expected, found);
+                ASSERT_EQ(2U, sets.level(size).count[set]);
+                std::prev_permutation(isMember.begin(), isMember.end());
+            }
+        }
+    }
 }
 
 /// What takes one walk over a few histories takes a walk for each level over many copies of them,
