@@ -12,6 +12,9 @@ namespace quarvis::mining {
 
 namespace {
 
+/// After so many sets that are copied the step is asked whether to end.
+constexpr std::size_t ASKED_EVERY = 1 << 16;
+
 /// Where the extensions of `below` sets begin among sets with these parents, and an end.
 LargeVector<std::uint32_t> beginnings(const LargeVector<std::uint32_t>& parents,
                                       std::size_t below) {
@@ -176,7 +179,7 @@ void FoundSets::append(const std::vector<Part>& parts, unsigned threads, Step& s
             std::size_t target = targets[place][i].begin;
             for (std::size_t set = part.begin(i); set < part.ends[i]; ++set, ++target) {
                 // The first touch of the target's memory makes this slow.
-                if ((set & 0xffff) == 0xffff)
+                if (set % ASKED_EVERY == ASKED_EVERY - 1)
                     step.spend(0);
                 m_levels[i].parent[target] =
                     from.parent[set] + static_cast<std::uint32_t>(targets[place][i].shift);

@@ -22,10 +22,6 @@ namespace quarvis::mining {
 
 namespace {
 
-bool standsBefore(const RuleTally& a, const RuleTally& b) {
-    return a.set != b.set ? a.set < b.set : a.split < b.split;
-}
-
 /// Calls `visit` for each block of the candidates.
 template <class Visit>
 void forEachBlock(FoundSets& found, std::size_t items, std::uint32_t minCount, std::uint64_t most,
@@ -58,6 +54,10 @@ std::vector<std::uint32_t> countsOf(const FrequentCandidates& frequent, std::siz
 
 }  // namespace
 
+bool precedes(const RuleTally& a, const RuleTally& b) {
+    return a.set != b.set ? a.set < b.set : a.split < b.split;
+}
+
 void addTallies(std::vector<RuleTally>& sum, std::span<const RuleTally> tallies) {
     if (tallies.empty())
         return;
@@ -65,10 +65,10 @@ void addTallies(std::vector<RuleTally>& sum, std::span<const RuleTally> tallies)
     merged.reserve(sum.size() + tallies.size());
     auto own = sum.begin();
     for (const RuleTally& tally : tallies) {
-        while (own != sum.end() && standsBefore(*own, tally))
+        while (own != sum.end() && precedes(*own, tally))
             merged.push_back(*own++);
         merged.push_back(tally);
-        if (own != sum.end() && !standsBefore(tally, *own)) {
+        if (own != sum.end() && !precedes(tally, *own)) {
             merged.back().met += own->met;
             merged.back().counted += own->counted;
             ++own;
@@ -124,8 +124,15 @@ std::size_t LevelRun::setCount(std::size_t size) const {
 }
 
 bool LevelRun::hasCandidates() const {
-    const std::uint32_t most = m_state->options.maxSize;
-    return !m_state->searched && (most == 0 || size() < most) && !candidates(1).empty();
+    LevelState& state = *m_state;
+    const std::uint32_t most = state.options.maxSize;
+    if (state.searched || (most != 0 && size() >= most))
+        return false;
+    Candidates candidates(state.found, state.order.size(), state.options.minCount, 1);
+    while (candidates.next())
+        if (candidates.count() > 0)
+            return true;
+    return false;
 }
 
 std::vector<LevelBlock> LevelRun::candidates(std::uint64_t most) const {
@@ -190,7 +197,7 @@ void LevelRun::addRules(std::span<const RuleTally> tallies) {
     for (std::size_t i = 0; i < tallies.size(); ++i) {
         const RuleTally& tally = tallies[i];
         if (tally.set >= setCount(size) || tally.split == 0 || tally.split >= allOf(size) ||
-            (i > 0 && !standsBefore(tallies[i - 1], tally)))
+            (i > 0 && !precedes(tallies[i - 1], tally)))
             throw std::invalid_argument("rules in disorder");
         const SplitSet rule{size, tally.set, tally.split};
         if (tally.met >= least)

@@ -42,6 +42,9 @@ class LevelState {
     std::optional<ItemSets> m_ordered;
 };
 
+/// The order of tallies: by set, and by split.
+bool precedes(const RuleTally& a, const RuleTally& b);
+
 /// By set of the first level: how many sets of a size it begins.
 std::vector<std::uint64_t> setsByFirst(const ItemSets& sets, std::size_t size);
 

@@ -25,15 +25,11 @@ namespace quarvis::mining {
 class ShardParts {
   public:
     ShardParts(const HistoryIndex& index, LevelState& of, const Observer& observer)
-        : shard(index), state(of), step(observer, m_meter), work(step) {}
+        : shard(index), state(of), step(observer, meter), work(step) {}
 
     const HistoryIndex& shard;
     LevelState& state;
-
-  private:
-    Meter m_meter{Budget()};
-
-  public:
+    Meter meter{Budget()};
     Step step;
     Work work;
     std::optional<Baskets> baskets;
@@ -94,9 +90,7 @@ std::vector<RuleTally> ShardCounter::tallyRules(const LevelBlock& block) {
     tallies.reserve(ledger.tallies.size());
     for (const ShardLedger::Entry& entry : ledger.tallies)
         tallies.push_back({entry.rule.split, entry.rule.set, entry.tally.met, entry.tally.counted});
-    std::sort(tallies.begin(), tallies.end(), [](const RuleTally& a, const RuleTally& b) {
-        return a.set != b.set ? a.set < b.set : a.split < b.split;
-    });
+    std::sort(tallies.begin(), tallies.end(), precedes);
     return tallies;
 }
 

@@ -58,8 +58,7 @@ class [[gnu::visibility("hidden")]] LevelState;  // not for users, so not export
 /// of a size likewise. At the end the result is what `mine` finds in the whole.
 ///
 /// The rules of a size can be tallied as soon as the sets of that size are known, and have to be
-/// before those of the next size. Holds 12 bytes a set, and beside them 16 bytes a rule and 16 a
-/// rule that is followed. Ends in the same state wherever its bytes are read.
+/// before those of the next size. Ends in the same state wherever its bytes are read.
 class LevelRun {
   public:
     /// `counts` are the numbers of histories that hold the items, by rank; those below

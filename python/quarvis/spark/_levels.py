@@ -40,6 +40,11 @@ class Limits:
     sets: int | None = None
 
 
+def sets_found(run: _engine.LevelRun) -> int:
+    """Give the number of item sets of all sizes."""
+    return sum(run.set_count(size) for size in range(1, run.size + 1))
+
+
 def count_levels(
     jobs: Jobs, shards: Any, run: _engine.LevelRun, wants_rules: bool, limits: Limits,
     done: Callable[[_engine.LevelRun], object] = lambda run: None,
@@ -105,8 +110,7 @@ def _count_level(
         clock.monotonic() - began,
     )
     _check_bytes(run, 0, limits)
-    found = sum(run.set_count(k) for k in range(1, run.size + 1))
-    if limits.sets is not None and found > limits.sets:
+    if limits.sets is not None and sets_found(run) > limits.sets:
         raise exceeded(f"{limits.sets:,} item sets", f"min_count={run.min_count}", *run.reach())
 
 

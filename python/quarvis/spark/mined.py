@@ -20,6 +20,7 @@ from quarvis.errors import DataError
 from quarvis.explanation import Explanation
 from quarvis.spark import _questions, _work
 from quarvis.spark._jobs import Jobs
+from quarvis.spark._levels import sets_found
 from quarvis.spark._rows import Source
 from quarvis.spark._shards import Shards
 
@@ -79,7 +80,7 @@ class Mined:
     @cached_property
     def item_sets(self) -> Any:
         """The frequent item sets as a frame of Spark: `items`, `count` and `support`."""
-        sets = sum(self._run.set_count(size) for size in range(1, self._run.size + 1))
+        sets = sets_found(self._run)
         if self._is_small(sets):
             return self._frame(self.collect().item_sets)
         return self._in_parts("item_sets", sets)

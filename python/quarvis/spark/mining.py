@@ -32,7 +32,7 @@ from quarvis.mining import (
 from quarvis.spark import _rows, _work
 from quarvis.spark._checkpoint import Checkpoint
 from quarvis.spark._jobs import Jobs, OutOfTime, log
-from quarvis.spark._levels import Limits, count_levels
+from quarvis.spark._levels import Limits, count_levels, sets_found
 from quarvis.spark._shards import Shards
 from quarvis.spark.mined import Mined, Setup
 
@@ -189,7 +189,7 @@ def mine(
             count_levels(jobs, shards.frame, run, rules and time is not None, limits, done)
             log.info(
                 "done: %s sets, %s rules; %d jobs, %.1f s",
-                f"{sum(run.set_count(k) for k in range(1, run.size + 1)):,}", f"{run.rule_count:,}",
+                f"{sets_found(run):,}", f"{run.rule_count:,}",
                 jobs.count, clock.monotonic() - began,
             )
             return Mined(setup, run)
