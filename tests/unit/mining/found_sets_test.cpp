@@ -169,8 +169,7 @@ TEST(FoundSets, AppendPutsTogetherWhatSeveralFound) {
     }
 }
 
-/// So many items and so few sets that the order is made by comparing, and the other way round, and
-/// so many items that a key takes in but one of them.
+/// So many items and so few sets that the order is made by comparing, and the other way round.
 TEST(FoundSets, AreOrderedHoweverManyItemsThereAre) {
     for (const std::size_t items : {5U, 100U, 130U, 20'000U})
         for (const std::size_t pairs : {1U, 20U, 4000U}) {
@@ -214,6 +213,50 @@ TEST(FoundSets, AreOrderedHoweverManyItemsThereAre) {
                 ++place;
             }
         }
+}
+
+/// All sets of 17 items, found by a walk whose order has nothing to do with the ranks; the count of
+/// a set has a bit for the rank of each item. A level has so many sets that each thread ranks some.
+TEST(FoundSets, AreOrderedAlikeByAnyNumberOfThreads) {
+    constexpr std::uint32_t items = 17;
+    std::vector<std::uint32_t> counts;
+    for (std::uint32_t rank = 0; rank < items; ++rank)
+        counts.push_back(1 + 7 * rank % items);
+    const WalkOrder order(counts, 1);
+    struct Made {
+        std::uint32_t last;
+        std::uint32_t count;
+    };
+    FoundSets sets;
+    std::vector<Made> below;
+    for (std::uint32_t item = 0; item < items; ++item)
+        below.push_back({item, 1U << at(order.rank(WalkItem{item}))});
+    for (std::size_t size = 2; size <= items; ++size) {
+        std::vector<Made> level;
+        for (std::size_t parent = 0; parent < below.size(); ++parent)
+            for (std::uint32_t item = below[parent].last + 1; item < items; ++item) {
+                level.push_back({item, below[parent].count | 1U << at(order.rank(WalkItem{item}))});
+                sets.add(size, parent, WalkItem{item}, level.back().count);
+            }
+        below.swap(level);
+    }
+    for (const unsigned threads : {1U, 2U, 3U, 8U, 40U}) {
+        const ItemSets made = ordered(sets, order, threads);
+        ASSERT_EQ((std::size_t{1} << items) - 1, made.size());
+        for (std::size_t size = 2; size <= items; ++size) {
+            Set before;
+            for (std::size_t set = 0; set < made.count(size); ++set) {
+                Set found(size);
+                made.items(size, set, found.data());
+                ASSERT_LT(before, found) << threads << " threads";
+                std::uint32_t expected = 0;
+                for (const Rank rank : found)
+                    expected |= 1U << at(rank);
+                ASSERT_EQ(expected, made.level(size).count[set]) << threads << " threads";
+                before.swap(found);
+            }
+        }
+    }
 }
 
 }  // namespace

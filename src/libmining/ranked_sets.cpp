@@ -1,0 +1,329 @@
+#include "found_sets.hpp"
+
+#include <algorithm>
+#include <atomic>
+#include <cassert>
+#include <limits>
+#include <numeric>
+#include <utility>
+
+#include "tasks.hpp"
+
+/// \file
+/// Turns the trie of the walk, in which a set hangs below its first items in the order of the walk,
+/// into the trie of the result, in which it hangs below its least ranks.
+///
+/// Let X be a frequent set, g its greatest item by rank, and l the item that the walk added last,
+/// so that X = P + l. In the result X hangs below X - g. If l is g, that is P. Otherwise g is in P;
+/// P hangs below Q = P - g, and X - g = Q + l is one of the extensions of Q in the walk, since
+/// every part of a frequent set is frequent. So a search among these extensions finds the prefix of
+/// X from that of P, and no set is ever written out. The sets of a size are then put into order by
+/// counting: by their greatest items first, and then by the places of their prefixes.
+///
+/// The sets with the same least item, their root, are a range of each level of the result. Threads
+/// work on ranges of roots, and need not wait for each other between the levels.
+///
+/// The time is linear in the number of sets, but for the searches.
+namespace quarvis::mining {
+
+namespace {
+
+/// After so many sets the step is asked whether to end.
+constexpr std::size_t ASKED_EVERY = 1 << 16;
+
+/// A level of fewer sets is ranked by one thread: to begin others takes as long.
+constexpr std::size_t RANKED_ALONE = 1 << 14;
+
+void ask(Step& step, std::size_t set) {
+    if (set % ASKED_EVERY == ASKED_EVERY - 1)
+        step.spend(0);
+}
+
+/// A position in the first level of the result: the items by ascending rank.
+using ItemPlace = std::uint32_t;
+
+using Places = LargeVector<std::uint32_t>;
+
+/// Gives an array its size a piece at a time, since the first touch of its memory takes long.
+template <class Array>
+void setSize(Array& array, std::size_t size, Step& step) {
+    array.reserve(size);
+    while (array.size() < size) {
+        array.resize(std::min(size, array.size() + ASKED_EVERY));
+        step.spend(0);
+    }
+}
+
+class Ranking {
+  public:
+    Ranking(std::vector<FoundSets::Level>& found, const Places& pairBegin, const WalkOrder& order,
+            unsigned threads, Step& step)
+        : m_found(found),
+          m_pairBegin(pairBegin),
+          m_order(order),
+          m_threads(threads),
+          m_step(step),
+          m_itemPlaces(order.size()),
+          m_levels(found.size()),
+          m_placedParts(found.size()) {
+        for (std::uint32_t item = 0; item < order.size(); ++item)
+            m_ranks.push_back(order.rank(WalkItem{item}));
+        std::sort(m_ranks.begin(), m_ranks.end());
+        for (ItemPlace place = 0; place < m_ranks.size(); ++place)
+            m_itemPlaces[at(order.item(m_ranks[place]))] = place;
+    }
+
+    ItemSets run() {
+        for (std::size_t level = 0; level < m_found.size(); ++level)
+            m_rank(level);
+        m_cut();
+        if (m_threads > 1)
+            workOn(
+                m_levels.size(), m_threads, m_step,
+                [this](unsigned) { return [this](std::size_t level) { m_makeRoom(level); }; },
+                [](std::size_t) {});
+        workOnParts(m_threads, m_step, [this](std::size_t part) {
+            for (std::size_t level = 0; level < m_levels.size(); ++level) {
+                // A single thread takes the room that earlier levels gave back.
+                if (m_threads == 1)
+                    m_makeRoom(level);
+                m_place(level, part);
+                if (++m_placedParts[level] == m_threads)
+                    m_giveBack(level);
+            }
+        });
+        ItemSets sets;
+        sets.add(m_firstLevel());
+        for (Ranked& level : m_levels) {
+            sets.add(std::move(level.made));
+            m_step.spend(0);
+        }
+        return sets;
+    }
+
+  private:
+    /// What is known of a level of the walk. The array of the parents of its sets is used again:
+    /// first for the prefixes in the result, by their places in the walk; then for the places of
+    /// these in the result; at last for the places of the sets themselves.
+    struct Ranked {
+        LargeVector<ItemPlace> greatest;
+        LargeVector<ItemPlace> root;     // empty where one thread does it all
+        std::vector<std::size_t> begin;  // by part: its first place in the result; and an end
+        Level made;
+    };
+
+    ItemPlace m_placeOf(WalkItem item) const { return m_itemPlaces[at(item)]; }
+
+    /// Finds prefix, greatest item and root of all sets of a level.
+    void m_rank(std::size_t level) {
+        const std::size_t size = m_found[level].size();
+        m_levels[level].greatest.resize(size);
+        if (m_threads > 1)
+            m_levels[level].root.resize(size);
+        const unsigned parts = size < RANKED_ALONE ? 1 : m_threads;
+        workOnParts(parts, m_step, [&](std::size_t part) {
+            const PartRange sets = partOf(size, part, parts);
+            if (level == 0)
+                m_rankPairs(sets);
+            else
+                m_rankLarger(level, sets);
+        });
+        if (level > 0)
+            LargeVector<WalkItem>().swap(m_found[level - 1].last);
+        if (level > 1)
+            Places().swap(m_found[level - 2].extensions);
+    }
+
+    void m_rankPairs(PartRange sets) {
+        FoundSets::Level& pairs = m_found.front();
+        Ranked& ranked = m_levels.front();
+        for (std::size_t pair = sets.begin; pair < sets.end; ++pair) {
+            ask(m_step, pair);
+            const WalkItem last = pairs.last[pair];
+            const ItemPlace first = m_itemPlaces[pairs.parent[pair]];
+            const ItemPlace second = m_placeOf(last);
+            if (second < first)
+                pairs.parent[pair] = static_cast<std::uint32_t>(last);
+            ranked.greatest[pair] = std::max(first, second);
+            if (!ranked.root.empty())
+                ranked.root[pair] = std::min(first, second);
+        }
+    }
+
+    void m_rankLarger(std::size_t level, PartRange sets) {
+        FoundSets::Level& found = m_found[level];
+        const FoundSets::Level& below = m_found[level - 1];
+        const Places& extensions = level == 1 ? m_pairBegin : m_found[level - 2].extensions;
+        const Ranked& rankedBelow = m_levels[level - 1];
+        Ranked& ranked = m_levels[level];
+        std::uint32_t parent = std::numeric_limits<std::uint32_t>::max();
+        auto sibling = below.last.begin();  // among the extensions of the prefix of the parent
+        auto end = sibling;
+        for (std::size_t set = sets.begin; set < sets.end; ++set) {
+            ask(m_step, set);
+            if (found.parent[set] != parent) {
+                parent = found.parent[set];
+                const std::uint32_t prefix = below.parent[parent];
+                sibling = below.last.begin() + static_cast<std::ptrdiff_t>(extensions[prefix]);
+                end = below.last.begin() + static_cast<std::ptrdiff_t>(extensions[prefix + 1]);
+            }
+            const WalkItem last = found.last[set];
+            ItemPlace greatest = m_placeOf(last);
+            if (greatest < rankedBelow.greatest[parent]) {
+                greatest = rankedBelow.greatest[parent];
+                sibling = std::lower_bound(sibling, end, last);
+                assert(sibling != end && *sibling == last);
+                found.parent[set] = static_cast<std::uint32_t>(sibling - below.last.begin());
+            }
+            ranked.greatest[set] = greatest;
+            if (!ranked.root.empty())
+                ranked.root[set] = rankedBelow.root[found.parent[set]];
+        }
+    }
+
+    /// Cuts the roots into a range for each part, with about as many sets.
+    void m_cut() {
+        m_firstRoot.assign(m_threads + 1, static_cast<ItemPlace>(m_ranks.size()));
+        m_firstRoot.front() = 0;
+        if (m_threads == 1)
+            return;
+        std::vector<std::size_t> sets(m_ranks.size());
+        std::size_t all = 0;
+        for (const Ranked& level : m_levels) {
+            for (const ItemPlace root : level.root)
+                ++sets[root];
+            all += level.root.size();
+            m_step.spend(0);
+        }
+        std::size_t before = 0;
+        unsigned part = 1;
+        for (ItemPlace root = 0; root < sets.size(); ++root) {
+            before += sets[root];
+            while (part < m_threads && before >= all / m_threads * part)
+                m_firstRoot[part++] = root + 1;
+        }
+    }
+
+    bool m_isIn(ItemPlace root, std::size_t part) const {
+        return root >= m_firstRoot[part] && root < m_firstRoot[part + 1];
+    }
+
+    /// Makes room for a level of the result, and finds where in it each part begins.
+    void m_makeRoom(std::size_t level) {
+        Ranked& ranked = m_levels[level];
+        const std::size_t size = ranked.greatest.size();
+        setSize(ranked.made.prefix, size, m_step);
+        setSize(ranked.made.last, size, m_step);
+        setSize(ranked.made.count, size, m_step);
+        ranked.begin.assign(m_threads + 1, size);
+        std::size_t sets = 0;
+        for (unsigned part = 0; part + 1 < m_threads; ++part) {
+            ranked.begin[part] = sets;
+            for (const ItemPlace root : ranked.root)
+                sets += m_isIn(root, part);
+        }
+        ranked.begin[m_threads - 1] = sets;
+    }
+
+    /// Puts the sets of a part of a level into their places. The level below is done.
+    void m_place(std::size_t level, std::size_t part) {
+        Ranked& ranked = m_levels[level];
+        const LargeVector<std::uint32_t> sets = m_sortedByGreatest(level, part);
+        const Places& below = level == 0 ? m_itemPlaces : m_found[level - 1].parent;
+        const std::size_t firstPrefix =
+            level == 0 ? m_firstRoot[part] : m_levels[level - 1].begin[part];
+        const std::size_t endPrefix =
+            level == 0 ? m_firstRoot[part + 1] : m_levels[level - 1].begin[part + 1];
+        std::vector<std::uint32_t> next(endPrefix - firstPrefix + 1);
+        Places& places = m_found[level].parent;
+        for (std::size_t i = 0; i < sets.size(); ++i) {
+            ask(m_step, i);
+            std::uint32_t& place = places[sets[i]];
+            place = below[place];
+            ++next[place - firstPrefix + 1];
+        }
+        next.front() = static_cast<std::uint32_t>(ranked.begin[part]);
+        std::partial_sum(next.begin(), next.end(), next.begin());
+        for (std::size_t i = 0; i < sets.size(); ++i) {
+            ask(m_step, i);
+            const std::uint32_t set = sets[i];
+            const std::uint32_t prefix = places[set];
+            const std::uint32_t place = next[prefix - firstPrefix]++;
+            ranked.made.prefix[place] = prefix;
+            ranked.made.last[place] = m_ranks[ranked.greatest[set]];
+            ranked.made.count[place] = m_found[level].count[set];
+            places[set] = place;
+        }
+    }
+
+    /// Gives back what is not needed any more when all parts of a level are in their places.
+    void m_giveBack(std::size_t level) {
+        LargeVector<ItemPlace>().swap(m_levels[level].greatest);
+        LargeVector<ItemPlace>().swap(m_levels[level].root);
+        Places().swap(m_found[level].count);
+        if (level > 0)
+            Places().swap(m_found[level - 1].parent);
+    }
+
+    /// The sets of a part in a level, by ascending greatest items.
+    LargeVector<std::uint32_t> m_sortedByGreatest(std::size_t level, std::size_t part) const {
+        const Ranked& ranked = m_levels[level];
+        LargeVector<std::uint32_t> sets(ranked.greatest.size() + 1);
+        std::size_t size = 0;
+        if (ranked.root.empty())
+            for (; size < ranked.greatest.size(); ++size)
+                sets[size] = static_cast<std::uint32_t>(size);
+        for (std::size_t set = 0; set < ranked.root.size(); ++set) {
+            sets[size] = static_cast<std::uint32_t>(set);
+            size += m_isIn(ranked.root[set], part);
+        }
+        sets.resize(size);
+        if (size < m_ranks.size() / 4) {
+            std::sort(sets.begin(), sets.end(), [&ranked](std::uint32_t a, std::uint32_t b) {
+                return ranked.greatest[a] < ranked.greatest[b];
+            });
+            return sets;
+        }
+        std::vector<std::uint32_t> next(m_ranks.size() + 1);
+        for (const std::uint32_t set : sets)
+            ++next[ranked.greatest[set] + 1];
+        std::partial_sum(next.begin(), next.end(), next.begin());
+        LargeVector<std::uint32_t> sorted(size);
+        for (std::size_t i = 0; i < size; ++i) {
+            ask(m_step, i);
+            sorted[next[ranked.greatest[sets[i]]]++] = sets[i];
+        }
+        return sorted;
+    }
+
+    Level m_firstLevel() const {
+        Level items;
+        items.prefix.resize(m_ranks.size());
+        items.last = m_ranks;
+        for (const Rank rank : m_ranks)
+            items.count.push_back(m_order.count(m_order.item(rank)));
+        return items;
+    }
+
+    std::vector<FoundSets::Level>& m_found;
+    const Places& m_pairBegin;
+    const WalkOrder& m_order;
+    unsigned m_threads;
+    Step& m_step;
+    std::vector<Rank> m_ranks;  // by place in the first level
+    Places m_itemPlaces;        // by walk item
+    std::vector<Ranked> m_levels;
+    std::vector<std::atomic<unsigned>> m_placedParts;  // by level
+    std::vector<ItemPlace> m_firstRoot;                // by part, and an end
+};
+
+}  // namespace
+
+ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step) && {
+    link(order.size());
+    ItemSets sets = Ranking(m_levels, m_pairBegin, order, threads, step).run();
+    m_levels.clear();
+    return sets;
+}
+
+}  // namespace quarvis::mining
