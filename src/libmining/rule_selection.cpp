@@ -1,9 +1,11 @@
 #include "rule_selection.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "tasks.hpp"
@@ -19,13 +21,16 @@ bool passes(const Rule& rule, const Thresholds& thresholds) {
 class RuleSelection {
   public:
     RuleSelection(const ItemSets& sets, const Thresholds& thresholds, std::size_t histories)
-        : m_sets(sets),
-          m_thresholds(thresholds),
-          m_histories(histories),
-          m_bits(s_bitsOf(sets.level(1))) {}
+        : m_sets(sets), m_thresholds(thresholds), m_bits(s_bitsOf(sets.level(1))) {
+        m_selected.m_histories = histories;
+    }
 
-    /// Adds a rule if it passes.
-    void add(const CountedRule& counted);
+    /// Makes room for rules that may be added, by this selection or from others.
+    void reserve(std::span<const CountedRule> counted);
+
+    /// Adds the rules that pass. Those of one set are worked on fastest when they follow each
+    /// other.
+    void add(std::span<const CountedRule> counted);
 
     /// Orders the rules that were added.
     void sort();
@@ -37,25 +42,30 @@ class RuleSelection {
     Rules take() &&;
 
   private:
+    using Key = std::array<std::uint64_t, 2>;
+
     /// A rule at a place of m_selected, with the beginning of its text.
     struct Keyed {
-        std::uint64_t key;
+        Key key;
         std::size_t place;
     };
 
     static unsigned s_bitsOf(const Level& items);
+    void m_add(const CountedRule& counted);
     std::size_t m_countOf(const Rank* items, std::size_t size) const;
-    std::uint64_t m_keyOf(const Rules::Stored& rule) const;
+    Key m_keyOf(const Rules::Stored& rule) const;
+    Rule m_ruleOf(const Keyed& rule) const {
+        return m_selected.m_counted(m_selected.m_rules[rule.place]);
+    }
     bool m_standsBefore(const Keyed& a, const Keyed& b) const {
-        return a.key != b.key ? a.key < b.key
-                              : standsBefore(m_selected[a.place], m_selected[b.place]);
+        return a.key != b.key ? a.key < b.key : standsBefore(m_ruleOf(a), m_ruleOf(b));
     }
 
     const ItemSets& m_sets;
     const Thresholds& m_thresholds;
-    std::size_t m_histories;
-    unsigned m_bits;  // of a rank or an end mark in a key
-    std::vector<Rank> m_items;
+    unsigned m_bits;            // of a rank or an end mark in a key
+    SplitSet m_set{};           // the last rule whose items were asked for, and
+    std::vector<Rank> m_items;  // its items
     Rules m_selected;
     std::vector<Keyed> m_order;
 };
@@ -72,58 +82,74 @@ std::size_t RuleSelection::m_countOf(const Rank* items, std::size_t size) const 
     return m_sets.level(size).count[set];
 }
 
-void RuleSelection::add(const CountedRule& counted) {
-    const std::size_t size = counted.rule.size;
+void RuleSelection::reserve(std::span<const CountedRule> counted) {
+    std::size_t ranks = 0;
+    for (const CountedRule& rule : counted)
+        ranks += rule.rule.size;
+    m_selected.m_ranks.reserve(ranks);
+    m_selected.m_rules.reserve(counted.size());
+}
+
+void RuleSelection::add(std::span<const CountedRule> counted) {
+    for (const CountedRule& rule : counted)
+        m_add(rule);
+}
+
+void RuleSelection::m_add(const CountedRule& counted) {
+    const SplitSet& set = counted.rule;
+    if (set.size != m_set.size || set.set != m_set.set) {
+        m_items.resize(set.size);
+        m_sets.items(set.size, set.set, m_items.data());
+        m_set = set;
+    }
     std::vector<Rank>& ranks = m_selected.m_ranks;
     const std::size_t begin = ranks.size();
-    m_items.resize(size);
-    m_sets.items(size, counted.rule.set, m_items.data());
     for (const SplitMask side : {SplitMask{0}, SplitMask{1}})
-        for (std::size_t i = 0; i < size; ++i)
-            if ((counted.rule.split >> i & 1) == side)
+        for (std::size_t i = 0; i < set.size; ++i)
+            if ((set.split >> i & 1) == side)
                 ranks.push_back(m_items[i]);
-    const auto subsequent = static_cast<std::uint32_t>(std::popcount(counted.rule.split));
-    const auto antecedent = static_cast<std::uint32_t>(size) - subsequent;
-
-    Rule rule{};
-    rule.count = counted.count;
-    rule.unionCount = m_sets.level(size).count[counted.rule.set];
-    rule.antecedentCount = static_cast<std::uint32_t>(m_countOf(&ranks[begin], antecedent));
-    rule.subsequentCount =
-        static_cast<std::uint32_t>(m_countOf(&ranks[begin] + antecedent, subsequent));
-    measure(rule, m_histories);
+    const auto subsequent = static_cast<std::uint32_t>(std::popcount(set.split));
+    const std::uint32_t antecedent = set.size - subsequent;
+    const Rules::Stored stored{
+        begin,
+        antecedent,
+        subsequent,
+        counted.count,
+        m_sets.level(set.size).count[set.set],
+        static_cast<std::uint32_t>(m_countOf(&ranks[begin], antecedent)),
+        static_cast<std::uint32_t>(m_countOf(&ranks[begin] + antecedent, subsequent))};
+    Rule rule = m_selected.m_counted(stored);
+    measure(rule, m_selected.m_histories);
     if (passes(rule, m_thresholds))
-        m_selected.m_rules.push_back({begin, antecedent, subsequent, rule});
+        m_selected.m_rules.push_back(stored);
     else
         ranks.resize(begin);
 }
 
-/// As much as 64 bits hold of the ranks of the antecedent, an end mark, the ranks of the subsequent
+/// As much as a key holds of the ranks of the antecedent, an end mark, the ranks of the subsequent
 /// and an end mark. As a mark is greater than all ranks, keys that differ are in the order of their
 /// rules.
-std::uint64_t RuleSelection::m_keyOf(const Rules::Stored& rule) const {
+RuleSelection::Key RuleSelection::m_keyOf(const Rules::Stored& rule) const {
     const std::uint64_t mark = ~std::uint64_t{0} >> (64 - m_bits);
-    std::uint64_t key = 0;
-    unsigned left = 64 / m_bits;
-    const auto put = [&](std::uint64_t code) {
-        if (left == 0)
-            return;
-        key = key << m_bits | code;
-        --left;
-    };
-    const Rank* rank = &m_selected.m_ranks[rule.begin];
-    for (const std::size_t side : {rule.antecedent, rule.subsequent}) {
-        for (std::size_t i = 0; i < side; ++i)
-            put(at(*rank++));
-        put(mark);
-    }
-    while (left > 0)
-        put(0);
+    const Rank* const end = &m_selected.m_ranks[rule.begin] + rule.antecedent + rule.subsequent;
+    const Rank* const subsequent = end - rule.subsequent;
+    const Rank* next = end - rule.antecedent - rule.subsequent;
+    bool isMarked = false;  // whether the mark of the antecedent is done
+    Key key{};
+    for (std::uint64_t& word : key)
+        for (unsigned left = 64 / m_bits; left > 0; --left) {
+            std::uint64_t code = mark;
+            if (next == subsequent && !isMarked)
+                isMarked = true;
+            else if (next != end)
+                code = at(*next++);
+            word = word << m_bits | code;
+        }
     return key;
 }
 
 void RuleSelection::sort() {
-    m_order.reserve(m_selected.m_rules.size());
+    m_order.reserve(m_selected.m_rules.capacity());
     for (std::size_t place = 0; place < m_selected.m_rules.size(); ++place)
         m_order.push_back({m_keyOf(m_selected.m_rules[place]), place});
     std::sort(m_order.begin(), m_order.end(),
@@ -164,8 +190,10 @@ Rules selectRules(const std::vector<CountedRule>& counted, const ItemSets& sets,
     workOnParts(threads, step, [&](std::size_t part) {
         RuleSelection selection(sets, thresholds, histories);
         const auto [begin, end] = partOf(counted.size(), part, threads);
-        for (std::size_t rule = begin; rule < end; ++rule)
-            selection.add(counted[rule]);
+        const auto some = std::span(counted).subspan(begin, end - begin);
+        // The first part takes the rules of the others.
+        selection.reserve(part == 0 ? std::span(counted) : some);
+        selection.add(some);
         selection.sort();
         parts[part].emplace(std::move(selection));
     });

@@ -1,6 +1,7 @@
 #include <quarvis/mining/rules.hpp>
 
 #include <algorithm>
+#include <cassert>
 #include <compare>
 
 #include <quarvis/mining/measures.hpp>
@@ -40,6 +41,25 @@ void measure(Rule& rule, std::size_t histories) {
 bool standsBefore(const Rule& a, const Rule& b) {
     const std::strong_ordering sides = compare(a.antecedent, b.antecedent);
     return std::is_neq(sides) ? std::is_lt(sides) : std::is_lt(compare(a.subsequent, b.subsequent));
+}
+
+Rule Rules::operator[](std::size_t place) const {
+    assert(place < size());
+    Rule rule = m_counted(m_rules[place]);
+    measure(rule, m_histories);
+    return rule;
+}
+
+Rule Rules::m_counted(const Stored& stored) const {
+    Rule rule{};
+    rule.antecedent = std::span(m_ranks).subspan(stored.begin, stored.antecedent);
+    rule.subsequent =
+        std::span(m_ranks).subspan(stored.begin + stored.antecedent, stored.subsequent);
+    rule.count = stored.count;
+    rule.unionCount = stored.unionCount;
+    rule.antecedentCount = stored.antecedentCount;
+    rule.subsequentCount = stored.subsequentCount;
+    return rule;
 }
 
 }  // namespace quarvis::mining

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -46,7 +45,8 @@ bool standsBefore(const Rule& a, const Rule& b);
 
 class [[gnu::visibility("hidden")]] RuleSelection;  // not for users, so not exported
 
-/// The rules of a run in the order of the rules file (see `standsBefore`).
+/// The rules of a run in the order of the rules file (see `standsBefore`). The counts of a rule are
+/// stored, 32 bytes and its items; its measures are computed whenever it is asked for.
 class Rules {
   public:
     /// @{
@@ -56,26 +56,25 @@ class Rules {
     /// @}
 
     /// A rule by its place. Its sides are valid as long as the rules are.
-    Rule operator[](std::size_t place) const {
-        assert(place < size());
-        const Stored& stored = m_rules[place];
-        Rule rule = stored.rule;
-        rule.antecedent = std::span(m_ranks).subspan(stored.begin, stored.antecedent);
-        rule.subsequent =
-            std::span(m_ranks).subspan(stored.begin + stored.antecedent, stored.subsequent);
-        return rule;
-    }
+    Rule operator[](std::size_t place) const;
 
   private:
     friend class RuleSelection;
 
     struct Stored {
-        std::size_t begin;
+        std::size_t begin;  // of the sides in m_ranks: the antecedent, then the subsequent
         std::uint32_t antecedent;
         std::uint32_t subsequent;
-        Rule rule;  // but for the sides
+        std::uint32_t count;
+        std::uint32_t unionCount;
+        std::uint32_t antecedentCount;
+        std::uint32_t subsequentCount;
     };
 
+    /// A rule without its measures.
+    Rule m_counted(const Stored& stored) const;
+
+    std::size_t m_histories = 0;
     std::vector<Rank> m_ranks;  // of the sides of all rules
     std::vector<Stored> m_rules;
 };
