@@ -82,9 +82,10 @@ class Search {
     /// Finds the next level; whether to go on so.
     bool m_walkLevel() {
         const std::size_t size = m_reported + 1;
-        m_observer.levelForecast(size, forecast(m_sets, m_order.size()));
+        Step step(m_observer, m_meter);
+        m_observer.levelForecast(size, forecast(m_sets, m_order.size(), step));
         m_walk(size, Step::NO_LIMIT);
-        m_sets.link(m_order.size());
+        m_sets.link(m_order.size(), &step);
         m_reported = size;
         m_observer.levelFound(size, m_sets.count(size));
         return size < m_maxSize &&

@@ -54,16 +54,18 @@ std::size_t mostLarger(std::size_t size, std::size_t sets) {
     return most;
 }
 
-std::size_t forecast(const FoundSets& found, std::size_t items) {
+std::size_t forecast(const FoundSets& found, std::size_t items, Step& step) {
     const std::size_t size = found.maxSize();
     if (size == 1)
         return mostLarger(1, items);
     const LargeVector<std::uint32_t>& parents = found.level(size).parent;
     std::size_t joins = 0;
-    for (std::size_t begin = 0, end = 0; begin < parents.size(); begin = end) {
-        while (end < parents.size() && parents[end] == parents[begin])
-            ++end;
-        joins += (end - begin) * (end - begin - 1) / 2;
+    std::size_t begin = 0;  // the first set with the parent at hand
+    for (std::size_t set = 0; set < parents.size(); ++set) {
+        ask(step, set);
+        if (parents[set] != parents[begin])
+            begin = set;
+        joins += set - begin;
     }
     return std::min(joins, mostLarger(size, parents.size()));
 }

@@ -16,6 +16,6 @@ std::size_t mostLarger(std::size_t size, std::size_t sets);
 /// The greatest number of frequent sets of one item more than the largest that were found, of
 /// `items` items: the bound above, or the number of pairs of sets that share all but the last
 /// item, whichever is less. `found` is linked.
-std::size_t forecast(const FoundSets& found, std::size_t items);
+std::size_t forecast(const FoundSets& found, std::size_t items, Step& step);
 
 }  // namespace quarvis::mining

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 #include "tasks.hpp"
@@ -12,20 +12,39 @@ namespace quarvis::mining {
 
 namespace {
 
-/// After so many sets that are copied the step is asked whether to end.
-constexpr std::size_t ASKED_EVERY = 1 << 16;
-
-/// Where the extensions of `below` sets begin among sets with these parents, and an end.
-LargeVector<std::uint32_t> beginnings(const LargeVector<std::uint32_t>& parents,
-                                      std::size_t below) {
-    LargeVector<std::uint32_t> begin(below + 1, 0);
-    for (const std::uint32_t parent : parents)
-        ++begin[parent + 1];
-    std::partial_sum(begin.begin(), begin.end(), begin.begin());
+/// Where the extensions of `below` sets begin among sets with these parents, which ascend, and an
+/// end.
+LargeVector<std::uint32_t> beginnings(const LargeVector<std::uint32_t>& parents, std::size_t below,
+                                      Step* step) {
+    LargeVector<std::uint32_t> begin(below + 1);
+    std::uint32_t set = 0;
+    for (std::size_t parent = 0; parent <= below; ++parent) {
+        if (step != nullptr)
+            ask(*step, parent);
+        while (set < parents.size() && parents[set] < parent)
+            ++set;
+        begin[parent] = set;
+    }
     return begin;
 }
 
 }  // namespace
+
+void FoundSets::Level::grow(Step& step) {
+    const auto move = [&step](auto& array) {
+        std::remove_reference_t<decltype(array)> larger;
+        larger.reserve(2 * array.size());
+        for (std::size_t begin = 0; begin < array.size(); begin += ASKED_EVERY) {
+            const std::size_t size = std::min(ASKED_EVERY, array.size() - begin);
+            larger.insert(larger.end(), array.data() + begin, array.data() + begin + size);
+            step.spend(0);
+        }
+        array.swap(larger);
+    };
+    move(parent);
+    move(last);
+    move(count);
+}
 
 void FoundSets::Level::resize(std::size_t sets) {
     if (sets >= std::numeric_limits<std::uint32_t>::max())
@@ -35,7 +54,8 @@ void FoundSets::Level::resize(std::size_t sets) {
     count.resize(sets);
 }
 
-void FoundSets::add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count) {
+void FoundSets::add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count,
+                    Step* step) {
     while (maxSize() < size)
         m_levels.emplace_back();
     Level& level = m_levels[size - 2];
@@ -43,6 +63,8 @@ void FoundSets::add(std::size_t size, std::size_t parent, WalkItem last, std::ui
     assert(level.parent.empty() || level.parent.back() < parent || level.last.back() < last);
     if (level.size() + 1 >= std::numeric_limits<std::uint32_t>::max())
         throw std::length_error("too many item sets of one size");
+    if (step != nullptr && level.size() == level.last.capacity() && level.size() >= ASKED_EVERY)
+        level.grow(*step);
     level.parent.push_back(static_cast<std::uint32_t>(parent));
     level.last.push_back(last);
     level.count.push_back(count);
@@ -77,8 +99,7 @@ void FoundSets::append(const std::vector<Part>& parts, unsigned threads, Step& s
             std::size_t target = targets[place][i].begin;
             for (std::size_t set = part.begin(i); set < part.ends[i]; ++set, ++target) {
                 // The first touch of the target's memory makes this slow.
-                if (set % ASKED_EVERY == ASKED_EVERY - 1)
-                    step.spend(0);
+                ask(step, set);
                 m_levels[i].parent[target] =
                     from.parent[set] + static_cast<std::uint32_t>(targets[place][i].shift);
                 m_levels[i].last[target] = from.last[set];
@@ -120,15 +141,15 @@ std::vector<std::size_t> FoundSets::sizes() const {
     return sizes;
 }
 
-void FoundSets::link(std::size_t items) {
+void FoundSets::link(std::size_t items, Step* step) {
     if (m_levels.empty()) {
         m_pairBegin.assign(items + 1, 0);
         return;
     }
-    m_pairBegin = beginnings(m_levels.front().parent, items);
+    m_pairBegin = beginnings(m_levels.front().parent, items, step);
     for (std::size_t i = 0; i + 1 < m_levels.size(); ++i)
         if (m_levels[i].extensions.empty())
-            m_levels[i].extensions = beginnings(m_levels[i + 1].parent, m_levels[i].size());
+            m_levels[i].extensions = beginnings(m_levels[i + 1].parent, m_levels[i].size(), step);
 }
 
 }  // namespace quarvis::mining

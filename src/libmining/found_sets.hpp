@@ -30,6 +30,9 @@ class FoundSets {
 
         std::size_t size() const { return last.size(); }
 
+        /// Makes room for twice as many sets. The step is asked now and then whether to end.
+        void grow(Step& step);
+
         /// Added sets have no value yet. Throws `std::length_error` beyond 2^32 - 2 sets.
         void resize(std::size_t sets);
     };
@@ -48,7 +51,9 @@ class FoundSets {
     std::size_t size() const;
 
     /// Adds a set after all others of its size. Throws `std::length_error` beyond 2^32 - 2 of them.
-    void add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count);
+    /// A step that is given is asked whether to end while many sets move to a larger room.
+    void add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count,
+             Step* step = nullptr);
 
     /// Some of the sets of `from`: of each level from 2 on those at the places [begin, end), by
     /// size. Missing begins are 0.
@@ -75,8 +80,9 @@ class FoundSets {
     std::vector<std::size_t> sizes() const;
 
     /// Fills in where extensions begin, in all levels but the highest. A level that has this
-    /// already is left as it is: nothing may have been added to the level above it since.
-    void link(std::size_t items);
+    /// already is left as it is: nothing may have been added to the level above it since. A step
+    /// that is given is asked now and then whether to end.
+    void link(std::size_t items, Step* step = nullptr);
 
     /// Where the extensions of the items begin in the level of size 2.
     const LargeVector<std::uint32_t>& pairBegin() const { return m_pairBegin; }

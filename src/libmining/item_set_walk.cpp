@@ -42,7 +42,7 @@ void ItemSetWalk::walk(WalkItem item, FoundSets& found) {
         partners.begin = found.count(2);
         m_work.meter().found(2, partners.items.size());
         for (std::size_t i = 0; i < partners.items.size(); ++i)
-            found.add(2, at(item), partners.items[i], partners.counts[i]);
+            found.add(2, at(item), partners.items[i], partners.counts[i], &m_work.step());
     }
     if (m_scope.maxSize > 2 && partners.items.size() > 1) {
         m_makeBitmaps(item, partners);
@@ -297,7 +297,7 @@ void ItemSetWalk::m_extend(const Class& members, FoundSets& found) {
             const WalkItem item = members.items[member + 1 + m_kept[i]];
             extended.items.push_back(item);
             extended.counts.push_back(m_joined[i]);
-            found.add(extended.size, members.begin + member, item, m_joined[i]);
+            found.add(extended.size, members.begin + member, item, m_joined[i], &m_work.step());
         }
         if (kept > 1) {
             m_shrink(members.bitmap(member), members.counts[member], extended);
@@ -315,7 +315,7 @@ void ItemSetWalk::m_extendLast(const Class& members, FoundSets& found) {
             if (m_joined[i] >= m_minCount) {
                 m_work.meter().found(members.size + 1, 1);
                 found.add(members.size + 1, members.begin + member, members.items[member + 1 + i],
-                          m_joined[i]);
+                          m_joined[i], &m_work.step());
             }
     }
 }

@@ -28,16 +28,8 @@ namespace quarvis::mining {
 
 namespace {
 
-/// After so many sets the step is asked whether to end.
-constexpr std::size_t ASKED_EVERY = 1 << 16;
-
 /// A level of fewer sets is ranked by one thread: to begin others takes as long.
 constexpr std::size_t RANKED_ALONE = 1 << 14;
-
-void ask(Step& step, std::size_t set) {
-    if (set % ASKED_EVERY == ASKED_EVERY - 1)
-        step.spend(0);
-}
 
 /// A position in the first level of the result: the items by ascending rank.
 using ItemPlace = std::uint32_t;
@@ -204,8 +196,9 @@ class Ranking {
         }
     }
 
+    /// Whether a root is of a part. One comparison, as a lesser root wraps around.
     bool m_isIn(ItemPlace root, std::size_t part) const {
-        return root >= m_firstRoot[part] && root < m_firstRoot[part + 1];
+        return root - m_firstRoot[part] < m_firstRoot[part + 1] - m_firstRoot[part];
     }
 
     /// Makes room for a level of the result, and finds where in it each part begins.
@@ -270,12 +263,10 @@ class Ranking {
         const Ranked& ranked = m_levels[level];
         LargeVector<std::uint32_t> sets(ranked.greatest.size() + 1);
         std::size_t size = 0;
-        if (ranked.root.empty())
-            for (; size < ranked.greatest.size(); ++size)
-                sets[size] = static_cast<std::uint32_t>(size);
-        for (std::size_t set = 0; set < ranked.root.size(); ++set) {
+        for (std::size_t set = 0; set < ranked.greatest.size(); ++set) {
+            ask(m_step, set);
             sets[size] = static_cast<std::uint32_t>(set);
-            size += m_isIn(ranked.root[set], part);
+            size += ranked.root.empty() || m_isIn(ranked.root[set], part);
         }
         sets.resize(size);
         if (size < m_ranks.size() / 4) {
@@ -285,8 +276,10 @@ class Ranking {
             return sets;
         }
         std::vector<std::uint32_t> next(m_ranks.size() + 1);
-        for (const std::uint32_t set : sets)
-            ++next[ranked.greatest[set] + 1];
+        for (std::size_t i = 0; i < size; ++i) {
+            ask(m_step, i);
+            ++next[ranked.greatest[sets[i]] + 1];
+        }
         std::partial_sum(next.begin(), next.end(), next.begin());
         LargeVector<std::uint32_t> sorted(size);
         for (std::size_t i = 0; i < size; ++i) {
@@ -320,7 +313,7 @@ class Ranking {
 }  // namespace
 
 ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step) && {
-    link(order.size());
+    link(order.size(), &step);
     ItemSets sets = Ranking(m_levels, m_pairBegin, order, threads, step).run();
     m_levels.clear();
     return sets;

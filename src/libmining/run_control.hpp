@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 
@@ -48,6 +49,15 @@ class Step {
     std::atomic<bool> m_failed{false};
 };
 
+/// After so many sets a loop over sets asks its step whether to end.
+constexpr std::size_t ASKED_EVERY = std::size_t{1} << 16;
+
+/// To be called by a loop over sets for each of them.
+inline void ask(Step& step, std::size_t set) {
+    if (set % ASKED_EVERY == ASKED_EVERY - 1)
+        step.spend(0);
+}
+
 /// The account of one thread, settled with the step every millisecond or so.
 class Work {
   public:
@@ -58,6 +68,8 @@ class Work {
         if (m_units >= SETTLED_AT)
             settle();
     }
+
+    Step& step() const { return m_step; }
 
     /// What was found and taken, for the budget of the run.
     Meter& meter() const { return m_step.meter(); }

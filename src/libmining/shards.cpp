@@ -79,7 +79,7 @@ class ShardedRun {
         for (bool any = m_maxSize > 1; any;) {
             Candidates candidates(found, m_order.size(), m_options.minCount);
             const std::size_t size = candidates.size();
-            m_observer.levelForecast(size, forecast(found, m_order.size()));
+            m_observer.levelForecast(size, forecast(found, m_order.size(), m_step));
             while (candidates.next())
                 m_meter.found(size, candidates.prune(m_countOnShards(baskets, found, candidates)));
             any = candidates.finish();

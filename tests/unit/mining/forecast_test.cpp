@@ -13,6 +13,7 @@
 
 #include <quarvis/mining/shards.hpp>
 
+#include "free_step.hpp"
 #include "oracle/table.hpp"
 #include "support/engine.hpp"
 
@@ -96,7 +97,8 @@ TEST(Forecast, IsTheNumberOfJoinsWhereThatIsLess) {
     found.add(2, 1, WalkItem{3}, 9);
     found.add(2, 2, WalkItem{3}, 9);
     found.link(4);
-    EXPECT_EQ(1U, forecast(found, 4));
+    mining_tests::FreeStep free;
+    EXPECT_EQ(1U, forecast(found, 4, free.step));
 }
 
 }  // namespace
