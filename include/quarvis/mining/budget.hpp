@@ -11,29 +11,29 @@
 
 namespace quarvis::mining {
 
-/// What a run may take. The number of frequent item sets has no bound but 2^n as the least count
-/// falls, so whoever runs for others sets one. 0 is no bound.
+/// Bounds on what a run may take; 0 means no bound. As the least count falls, n items can have up
+/// to 2^n frequent sets, so a program that mines on behalf of others should set a budget.
 struct Budget {
-    /// Items of a set. Unlike `MiningOptions::maxSize`, which leaves larger sets out, this ends the
-    /// run when there is one.
+    /// The greatest number of items of a set. `MiningOptions::maxSize` leaves larger sets out; this
+    /// bound ends the run when a larger set is frequent.
     std::size_t levels = 0;
 
-    std::size_t sets = 0;  ///< Frequent item sets, of all sizes together.
+    std::size_t sets = 0;  ///< Frequent item sets of all sizes together.
 
-    /// Memory beside the index, as the engine reckons it: its copy of the histories, SET_BYTES a
-    /// set and RULE_BYTES a rule.
+    /// Bytes of memory besides the index, as the engine estimates them: its copy of the histories,
+    /// SET_BYTES for each set and RULE_BYTES for each rule.
     std::size_t bytes = 0;
 
-    /// A set while it is searched, and in the result.
+    /// The bytes of a set: during the search, and in the result.
     static constexpr std::size_t SET_BYTES = 28;
 
-    /// A rule while it is counted, and in the result with three items.
+    /// The bytes of a rule: while it is counted, and in the result if it has three items.
     static constexpr std::size_t RULE_BYTES = 144;
 
-    std::chrono::nanoseconds time{0};  ///< By the clock on the wall.
+    std::chrono::nanoseconds time{0};  ///< Wall-clock time.
 };
 
-/// Thrown out of a run that comes to the end of its budget. Nothing of the run remains but this.
+/// Thrown when a run exceeds its budget. Nothing else remains of the run.
 class BudgetExceeded : public std::runtime_error {
   public:
     /// A bound of `Budget`.
@@ -44,17 +44,18 @@ class BudgetExceeded : public std::runtime_error {
         TIME,    ///< Time.
     };
 
-    /// With what the members of these names tell.
+    /// The arguments are what the accessors of the same names return.
     BudgetExceeded(Limit limit, std::vector<std::size_t> levels, std::uint32_t advisedCount);
 
-    /// Which bound it was.
+    /// The bound that was exceeded.
     Limit limit() const { return m_limit; }
 
-    /// How far the run came: the number of sets that were found of each size, from 1 on. From size
-    /// 2 on there may be more.
+    /// How far the run came: the number of sets that were found of each size from 1 on. From size 2
+    /// on there may be more.
     const std::vector<std::size_t>& levels() const { return m_levels; }
 
-    /// A least count to try next: the least one that at most half of these sets have.
+    /// A least count to try next: the smallest one that at most half of the sets found so far
+    /// reach.
     std::uint32_t advisedCount() const { return m_advisedCount; }
 
   private:

@@ -12,27 +12,24 @@
 
 namespace quarvis::mining {
 
-/// Numbers names from 0 on in the order in which they are first met, and owns them.
-///
-/// The names stand one after the other in one block. A hash table with linear probing, at most half
-/// full, holds the hash beside the number, so that names are compared only where their hashes
-/// agree. With names of n bytes it takes n + 24 bytes a name at least, and about twice that at
-/// most.
+/// All names are stored in one block. A hash table with linear probing, at most half full, stores
+/// each hash beside its code, so that names are compared only when their hashes agree. A name of n
+/// bytes takes between n + 24 bytes and about twice as many.
 class Dictionary {
   public:
     Dictionary();
 
-    /// The code of the name, which is added when it is new. Throws `std::length_error` beyond
+    /// Returns the code of a name, which is added if it is new. Throws `std::length_error` beyond
     /// 2^31 - 1 names.
     Code add(std::string_view name);
 
-    /// The number of names; codes are below it.
+    /// The number of names. Codes are less than this.
     std::size_t size() const { return m_begins.size() - 1; }
 
     /// The name of a code. Valid until the next `add`.
     std::string_view name(Code code) const;
 
-    /// Bytes that the dictionary holds.
+    /// The number of bytes that the dictionary takes.
     std::size_t memory() const;
 
   private:
@@ -44,7 +41,7 @@ class Dictionary {
     void m_grow();
 
     std::string m_text;                         // all names
-    std::vector<std::uint64_t> m_begins = {0};  // by code: where its name begins; and an end
+    std::vector<std::uint64_t> m_begins = {0};  // by code: where the name begins; then an end
     std::vector<Slot> m_slots;                  // a power of two of them
 };
 

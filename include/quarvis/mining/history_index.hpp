@@ -14,17 +14,17 @@
 
 namespace quarvis::mining {
 
-/// How many bits a point in time has. The wide form costs four bytes more for each transaction.
+/// The number of bits of a point in time. The wide form takes four more bytes a transaction.
 enum class TimeWidth : std::uint8_t { BITS_32 = 4, BITS_64 = 8 };
 
-/// Histories in flat arrays: for each history its transactions in ascending time, for each
-/// transaction its frequent items in ascending rank. Immutable and self-contained; made by
-/// `IndexBuilder`, by `indexColumns` or by `readIndex`.
+/// Histories in flat arrays: for each history its transactions by ascending time, for each
+/// transaction its frequent items by ascending rank. An index is immutable and self-contained.
+/// `IndexBuilder`, `indexColumns` and `indexFromBytes` make one.
 ///
-/// Items that are in too few histories are left out, and so are transactions without any other
-/// item; histories are not. The index takes 4 bytes a history, 8 or 12 bytes a transaction and 4
-/// bytes an item of a transaction, so at most 12 bytes an occurrence with times of 32 bits, and the
-/// names.
+/// Items that too few histories hold are left out, and so are transactions without any other item.
+/// Histories are never left out. The index takes 4 bytes a history, 8 or 12 bytes a transaction, 4
+/// bytes an item of a transaction, and the names. With times of 32 bits this is at most 12 bytes
+/// for each occurrence of an item.
 class HistoryIndex {
   public:
     /// A point in time at which an entity had frequent items.
@@ -33,33 +33,33 @@ class HistoryIndex {
         std::span<const Rank> items;  ///< Ascending, at least one.
     };
 
-    /// No histories.
+    /// Makes an index without histories.
     HistoryIndex() = default;
 
-    /// All histories, also those without frequent items.
+    /// The number of histories, including those without frequent items.
     std::size_t historyCount() const { return m_historyBegin.size() - 1; }
 
-    /// The frequent items; ranks are below it.
+    /// The number of frequent items. Ranks are less than this.
     std::size_t itemCount() const { return m_counts.size(); }
 
-    /// The distinct pairs of entity and time that the index was made from; in a slice, those of
-    /// them that have frequent items.
+    /// The number of distinct pairs of entity and time in the rows that the index was made from. In
+    /// a slice: the number of its transactions that have frequent items.
     std::uint64_t transactionCount() const { return m_transactionCount; }
 
-    /// The least number of histories of the items that were kept.
+    /// The least number of histories that an item had to be in to be kept.
     std::uint32_t minCount() const { return m_minCount; }
 
     /// The width of the stored times; `time` widens them to 64 bits.
     TimeWidth timeWidth() const { return m_timeWidth; }
 
-    /// The name of an item. Valid as long as the index.
+    /// The name of an item. It is valid as long as the index.
     std::string_view name(Rank item) const {
         assert(at(item) < itemCount());
         const std::uint64_t begin = m_nameBegin[at(item)];
         return std::string_view(m_names).substr(begin, m_nameBegin[at(item) + 1] - begin);
     }
 
-    /// The number of histories that the item is in. In a slice of an index it is that of the whole.
+    /// The number of histories that hold the item. A slice keeps the count of the whole index.
     std::uint32_t count(Rank item) const {
         assert(at(item) < itemCount());
         return m_counts[at(item)];
@@ -77,11 +77,11 @@ class HistoryIndex {
     }
     /// @}
 
-    /// A transaction by its place among those of all histories.
+    /// The transaction at a place, counted through all histories.
     Transaction transaction(std::size_t place) const { return {time(place), items(place)}; }
 
     /// @{
-    /// A member of a transaction, by the transaction's place.
+    /// The time or the items of the transaction at a place.
     std::uint64_t time(std::size_t place) const {
         assert(place + 1 < m_itemBegin.size());
         return m_timeWidth == TimeWidth::BITS_32 ? m_times32[place] : m_times64[place];
@@ -92,14 +92,14 @@ class HistoryIndex {
     }
     /// @}
 
-    /// The items of all transactions together.
+    /// The number of items of all transactions together.
     std::size_t occurrenceCount() const { return m_items.size(); }
 
-    /// The histories [begin, end) as an index of their own with the same items, names and counts:
-    /// a shard that another process may count.
+    /// Copies the histories [begin, end) into an index with the same items, names and counts: a
+    /// shard that another process may count.
     HistoryIndex slice(HistoryId begin, HistoryId end) const;
 
-    /// Bytes that the arrays take.
+    /// The number of bytes that the arrays take.
     std::size_t memory() const;
 
   private:

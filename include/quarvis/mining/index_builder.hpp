@@ -14,45 +14,45 @@
 
 namespace quarvis::mining {
 
-/// Collects rows of entity, time and items, in any order, and makes the history index of them.
+/// Collects rows of entity, time and items, in any order, and makes a history index of them.
 ///
-/// A row is kept as codes: 8 bytes, or 12 with wide times, and 4 bytes an item; a row without items
-/// counts as one with an item. Rows of one entity and time are one transaction, whose items are a
-/// set.
+/// A row takes 8 bytes, or 12 with wide times, and 4 bytes an item; a row without items takes as
+/// much as one with a single item. Rows of one entity and time form one transaction, whose items
+/// are a set.
 class IndexBuilder {
   public:
-    /// Without rows. The times of rows must fit in `timeWidth`.
+    /// Makes a builder without rows. The times of its rows must fit in `timeWidth`.
     explicit IndexBuilder(TimeWidth timeWidth = TimeWidth::BITS_32);
 
-    /// Begins a row: the transaction of the entity at this time, without items so far. Throws
-    /// `std::out_of_range` for a time that has more than 32 bits where the builder's times have
-    /// not, and `std::length_error` beyond 2^31 - 1 entities.
+    /// Begins a row: a transaction of the entity at this time, which has no items yet. Throws
+    /// `std::out_of_range` when the time needs more than 32 bits and the builder's times have 32,
+    /// and `std::length_error` beyond 2^31 - 1 entities.
     void beginRow(std::string_view entity, std::uint64_t time);
 
-    /// Adds an item to the row that was begun last; there must be one. Throws `std::length_error`
-    /// beyond 2^31 - 1 items.
+    /// Adds an item to the current row, which `beginRow` must have begun. Throws
+    /// `std::length_error` beyond 2^31 - 1 items.
     void addItem(std::string_view item);
 
-    /// A row of one item.
+    /// Adds a row of one item.
     void add(std::string_view entity, std::uint64_t time, std::string_view item) {
         beginRow(entity, time);
         addItem(item);
     }
 
-    /// The entities met so far. Their codes are the numbers of their histories in the index.
+    /// The entities so far. Their codes are the ids of their histories in the index.
     const Dictionary& entities() const { return m_entities; }
 
-    /// Makes the index of the items that are in `minCount` histories or more, and leaves the
-    /// builder without rows; the entities stay. Throws `std::length_error` beyond 2^32 - 2
-    /// transactions or occurrences.
+    /// Makes an index of the items that at least `minCount` histories hold. The builder is left
+    /// without rows but keeps its entities. Throws `std::length_error` beyond 2^32 - 2 transactions
+    /// or occurrences of items.
     HistoryIndex freeze(std::uint32_t minCount);
 
   private:
     friend class BuilderRows;
 
-    // A row stands as entity, time (one word or two) and its items; the last item is marked, and
-    // NO_ITEM stands for a row without one. Blocks are full but the last and never move.
-    // The first one is small, as small runs are many.
+    // A row is stored as its entity, its time (one word or two) and its items. The last item is
+    // marked, and NO_ITEM stands for a row without items. All blocks but the last are full, and
+    // blocks never move. The first block is small because small runs are common.
     static constexpr std::size_t FIRST_BLOCK = std::size_t{1} << 10;
     static constexpr std::size_t BLOCK = std::size_t{1} << 16;
     static constexpr std::uint32_t LAST = std::uint32_t{1} << 31;
@@ -73,25 +73,25 @@ class IndexBuilder {
     std::uint32_t* m_next = nullptr;
     std::size_t m_left = 0;
 
-    // The row that is being added.
+    // The current row.
     Code m_entity = NO_ITEM;
     std::uint64_t m_time = 0;
-    Code m_item = NO_ITEM;  // its last item so far, not put down yet
+    Code m_item = NO_ITEM;  // its last item so far, not stored yet
 };
 
-/// The index of rows that are columns of codes, as a data frame has them: row i is entity
-/// `entities[i]` at `times[i]` with the item `items[i]`, a code of `names`, or `NO_ITEM`. The
-/// columns have one length. Entities are numbers below `historyCount` and become the numbers of the
-/// histories. Rows may come in any order and repeat. Throws `std::invalid_argument` for columns of
-/// different lengths and for a number that is out of range, and `Cancelled` when the observer,
-/// which is asked every few milliseconds, ends it.
+/// Makes an index from columns of codes, as a data frame has them. Row i says that entity
+/// `entities[i]` had the item `items[i]` at the time `times[i]`; the item is a code of `names`, or
+/// `NO_ITEM`. Entities are less than `historyCount` and become the ids of the histories. Rows may
+/// come in any order and may repeat. Items that fewer than `minCount` histories hold are left out.
+/// Throws `std::invalid_argument` when the columns differ in length or a code is out of range. The
+/// observer is asked every few milliseconds whether to cancel, which throws `Cancelled`.
 HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           std::span<const std::uint32_t> times,
                           std::span<const std::uint32_t> items, std::size_t historyCount,
                           const Dictionary& names, std::uint32_t minCount,
                           const Observer& observer = Observer());
 
-/// The same with times of 64 bits.
+/// The same for times of 64 bits.
 HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           std::span<const std::uint64_t> times,
                           std::span<const std::uint32_t> items, std::size_t historyCount,
@@ -99,9 +99,9 @@ HistoryIndex indexColumns(std::span<const std::uint32_t> entities,
                           const Observer& observer = Observer());
 
 /// @{
-/// A shard of rows that are columns of codes, as for `indexColumns`: it keeps all items of `names`,
-/// also those that none of its histories has, with the counts of its own histories. So shards of
-/// the same names have the same ranks, whichever rows they have.
+/// Makes a shard from columns of codes, as `indexColumns` does, but keeps all items of `names`,
+/// even those that none of its histories holds. Counts are those of the shard alone. Shards made
+/// with the same names therefore have the same ranks, whatever their rows are.
 HistoryIndex shardColumns(std::span<const std::uint32_t> entities,
                           std::span<const std::uint32_t> times,
                           std::span<const std::uint32_t> items, std::size_t historyCount,
@@ -112,9 +112,10 @@ HistoryIndex shardColumns(std::span<const std::uint32_t> entities,
                           const Dictionary& names, const Observer& observer = Observer());
 /// @}
 
-/// Items without histories: rank i is name i of `names`, in `counts[i]` histories of some whole.
-/// Throws `std::invalid_argument` for names that are not in byte order, for another number of
-/// counts, and for counts below `minCount`.
+/// Makes an index that has items but no histories. Rank i is name i of `names` and has the count
+/// `counts[i]`, which the caller took from the whole. Throws `std::invalid_argument` when the names
+/// are not in byte order, when there are not as many counts as names, and when a count is below
+/// `minCount`.
 HistoryIndex indexOfItems(const Dictionary& names, std::span<const std::uint32_t> counts,
                           std::uint32_t minCount);
 

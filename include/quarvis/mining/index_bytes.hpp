@@ -9,34 +9,41 @@
 #pragma GCC visibility push(default)
 
 /// \file
-/// An index as bytes, so that it can be kept and its shards can be counted in other processes.
+/// Writes an index to bytes and reads it back, so that it can be stored and its shards can be
+/// counted in other processes.
 ///
-/// All numbers are little endian. A head of 80 bytes has the letters "QVINDEX", a zero byte, and
-/// then as 64-bit numbers the version, the bytes of a time, the least count, the numbers of
-/// transactions read, items, bytes of names, histories, transactions kept and occurrences. The
-/// arrays follow, each filled up with zeros to a multiple of 8 bytes: where names begin (64-bit,
-/// one more than there are items), the names, the counts of items, where the transactions of
-/// histories begin (one more than there are histories), the times, where the items of transactions
-/// begin (one more than there are transactions), and the items; 32-bit but for what is told, and
-/// the times as wide as the head says.
+/// All numbers are little endian. A header of 80 bytes comes first: the letters "QVINDEX", a zero
+/// byte, and nine numbers of 64 bits, which are the version, the bytes of a time, the least count,
+/// the number of transactions of the input, and the numbers of items, bytes of names, histories,
+/// stored transactions and occurrences. The arrays follow, each padded with zeros to a multiple of
+/// 8 bytes. Their numbers have 32 bits unless stated otherwise.
 ///
-/// The last 8 bytes are a checksum of all bytes before. It begins as their number. For every 8 of
-/// them, as a number w, the checksum s becomes t xor (t >> 29), where t is
-/// (s xor w) * 0x9e3779b97f4a7c15 modulo 2^64. Bytes that lack to the last 8 count as zeros.
+/// - where each name begins, and the end of the last (64 bits);
+/// - the names;
+/// - the counts of the items;
+/// - where the transactions of each history begin, and the end of the last;
+/// - the times, as wide as the header says;
+/// - where the items of each transaction begin, and the end of the last;
+/// - the items.
+///
+/// The last 8 bytes are a checksum s of all bytes before them. It starts as the number of these
+/// bytes. Each 8 of the bytes, read as a number w, then change s to t xor (t >> 29), where t is (s
+/// xor w) * 0x9e3779b97f4a7c15 modulo 2^64. The last group is padded with zeros.
 namespace quarvis::mining {
 
-/// Bytes that are no index, or a damaged one.
+/// Thrown for bytes that are not an index or are damaged.
 class IndexFormatError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// The bytes of an index in the format above. Equal indexes give equal bytes on any machine.
+/// Writes an index in the format above. Equal indexes give equal bytes on any machine.
 std::string indexToBytes(const HistoryIndex& index);
 
-/// The index that the bytes stand for. Throws `IndexFormatError` for anything that `indexToBytes`
-/// does not write: every length, order and reference is checked, whatever the checksum says. The
-/// counts may be those of a larger index, of which this is a slice, but not less than here.
+/// Reads an index in the format above. Throws `IndexFormatError` for bytes that `indexToBytes`
+/// cannot have written: every length, order and reference is checked besides the checksum. An
+/// item's count may be greater than the number of histories here that hold the item, because the
+/// index may be a slice of a larger one, but not less.
 HistoryIndex indexFromBytes(std::span<const char> bytes);
 
 }  // namespace quarvis::mining

@@ -14,124 +14,136 @@
 
 namespace quarvis::mining {
 
-/// Bytes that are no state of a run, or a damaged one.
+/// Thrown for bytes that are not the state of a run or are damaged.
 class RunFormatError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// The candidates or the rules that begin with some first items.
+/// A block of candidates or of rules: all those of some consecutive first items.
 struct LevelBlock {
     /// @{
-    /// The first items are [begin, end), in an order that only the run knows.
+    /// The first items are [begin, end) in the run's own order of items.
     std::uint32_t begin;
     std::uint32_t end;
     /// @}
 
-    std::uint64_t count;  ///< How many there are.
+    std::uint64_t count;  ///< The number of candidates or rules.
 };
 
 /// The candidates of a block that are frequent.
 struct FrequentCandidates {
-    std::vector<std::uint32_t> places;  ///< In the block, ascending.
-    std::vector<std::uint32_t> counts;  ///< Histories that hold the candidates of these places.
+    std::vector<std::uint32_t> places;  ///< Places in the block, ascending.
+    std::vector<std::uint32_t> counts;  ///< For each place, the histories that hold the candidate.
 };
 
-/// A rule of a known size with its counts; see docs/mining.md.
+/// The counts of a rule whose size the caller knows. docs/mining.md explains "met".
 struct RuleTally {
     std::uint64_t split;       ///< Bit i is set when item i of the set is in the subsequent.
-    std::uint32_t set;         ///< The place of the set of its items in the level of that size.
+    std::uint32_t set;         ///< The place of the rule's item set in the level of that size.
     std::uint32_t met;         ///< Histories in which the rule is met.
-    std::uint32_t counted;     ///< Those of them in which it counts.
-    std::uint32_t unused = 0;  ///< Fills up 8 bytes.
+    std::uint32_t counted;     ///< Histories in which the rule counts; at most `met`.
+    std::uint32_t unused = 0;  ///< Padding.
 };
 
-/// Adds the tallies of other histories, both in ascending order of set and split.
+/// Adds the tallies of other histories to `sum`. Both are in ascending order of set and split.
 void addTallies(std::vector<RuleTally>& sum, std::span<const RuleTally> tallies);
 
 class [[gnu::visibility("hidden")]] LevelState;  // not for users, so not exported
 
-/// A run over shards that are anywhere, a level at a time: what the process knows that sums up the
-/// counts and decides (count distribution: R. Agrawal, J. C. Shafer: Parallel Mining of Association
-/// Rules, 1996). `ShardCounter` is the other side. The caller takes the blocks of a level, has each
-/// counted on every shard, sums the counts, and gives back those of the least count; with the rules
-/// of a size likewise. At the end the result is what `mine` finds in the whole.
+/// The side of a run over shards that decides; the shards may be in other processes. `ShardCounter`
+/// is the side that counts. The method is count distribution (R. Agrawal, J. C. Shafer: Parallel
+/// Mining of Association Rules, 1996).
 ///
-/// The rules of a size can be tallied as soon as the sets of that size are known, and have to be
-/// before those of the next size. Ends in the same state wherever its bytes are read.
+/// The run goes level by level. The caller takes the candidates of a level in blocks, has each
+/// block counted on every shard, sums the counts, and returns the candidates that reach the least
+/// count. It does the same with the rules of each size. The result is what `mine` finds in the
+/// whole.
+///
+/// The rules of a size can be tallied as soon as the sets of that size are known, and must be
+/// tallied before the rules of the next size. The state can be written to bytes and read elsewhere
+/// at any point; the run ends in the same state. Only one thread at a time may use a run, even its
+/// const operations.
 class LevelRun {
   public:
-    /// `counts` are the numbers of histories that hold the items, by rank; those below
-    /// `options.minCount` are not mined. Threads and budget of the options have no effect.
+    /// `counts` has, by rank, the number of histories that hold each item. Items below
+    /// `options.minCount` are not mined. The threads and the budget of the options have no effect.
     LevelRun(std::vector<std::uint32_t> counts, const MiningOptions& options);
 
-    /// What one of the `bytes` operations gave. Throws `RunFormatError` for anything else.
+    /// Reads what one of the `bytes` operations wrote. Throws `RunFormatError` for anything else.
     static LevelRun fromBytes(std::span<const char> bytes);
 
     /// @{
-    /// Leaves the other one without a state; it may then only be assigned to or destroyed.
+    /// The run that was moved from has no state and may only be assigned to or destroyed.
     LevelRun(LevelRun&&) noexcept;
     LevelRun& operator=(LevelRun&&) noexcept;
     /// @}
 
     ~LevelRun();
 
-    /// The settings that were given, as far as they decide what is found.
+    /// The settings of the run. Only those that affect the result are kept in its bytes.
     const MiningOptions& options() const;
 
-    /// The greatest size of which all sets are known, from 1 on.
+    /// The greatest size whose sets are all known; at least 1.
     std::size_t size() const;
 
-    /// The number of sets of a size up to that.
+    /// The number of sets of a size that is at most `size()`.
     std::size_t setCount(std::size_t size) const;
 
-    /// Whether there may be larger sets.
+    /// Whether there are candidates of size `size()` + 1.
     bool hasCandidates() const;
 
-    /// The candidates of size `size()` + 1 in blocks; a block ends when it has `most` of them, at
-    /// least 1, so it has at most about an item's more. Empty when there is none.
+    /// The candidates of size `size()` + 1 in blocks. A block ends after the first item with which
+    /// it has `most` candidates or more, so it has at most one item's candidates too many. `most`
+    /// is at least 1. Empty when there are no candidates.
     std::vector<LevelBlock> candidates(std::uint64_t most) const;
 
-    /// Ends the level with the frequent candidates of all blocks, in the order of
-    /// `candidates(most)`. Throws `std::invalid_argument` for another number of blocks, and for
-    /// places out of range or order.
+    /// Completes the level. `blocks` has the frequent candidates of each block of
+    /// `candidates(most)`, in the same order. Throws `std::invalid_argument` when the number of
+    /// blocks differs, and when places are out of range or do not ascend.
     void addLevel(std::uint64_t most, std::span<const FrequentCandidates> blocks);
 
-    /// The size of the rules that are tallied next; 0 when there are none, or not before larger
+    /// The size of the rules to tally next. 0 when no more rules are possible, or not before larger
     /// sets are known.
     std::size_t ruleSize() const;
 
-    /// The rules of that size in blocks; the numbers of rules are those that could be proposed.
+    /// The rules of size `ruleSize()` in blocks, as `candidates` makes them. The count of a block
+    /// is the number of rules that its sets can propose.
     std::vector<LevelBlock> rules(std::uint64_t most) const;
 
-    /// Ends that size with the rules that are met in `options.minCount` histories or more, in
-    /// ascending order. Throws `std::invalid_argument` for sets or splits that are not there.
+    /// Completes the rules of size `ruleSize()`. `tallies` has the rules that are met in at least
+    /// `options.minCount` histories, by ascending set and split. Throws `std::invalid_argument`
+    /// when no rules are to be tallied, for sets or splits that do not exist, and for another
+    /// order.
     void addRules(std::span<const RuleTally> tallies);
 
-    /// The number of rules so far that have the least count.
+    /// The number of rules so far that reach the least count.
     std::size_t ruleCount() const;
 
-    /// All item sets of up to `size()` items.
+    /// All item sets of up to `size()` items. They are sorted at the first call after a level is
+    /// added.
     const ItemSets& itemSets() const;
 
-    /// The sides of a rule of `size` items. Throws `std::invalid_argument` when it is not there.
+    /// Fills in the sides of a rule of `size` items, ascending. Throws `std::invalid_argument` for
+    /// a set or split that does not exist.
     void sides(std::size_t size, const RuleTally& rule, std::vector<Rank>& antecedent,
                std::vector<Rank>& subsequent) const;
 
-    /// The same sets, of whose rules none was tallied.
+    /// A run with the same sets, none of whose rules was tallied.
     LevelRun withoutRules() const;
 
-    /// What was found among so many histories. The run remains. Of the rules only those from the
-    /// `first` one on that were counted, and no more than `most`: parts of a result that is large.
+    /// The result so far; the run stays as it is. The measures are taken over `histories` histories
+    /// in all. A large result can be taken in parts: of the rules that reach the least count, only
+    /// at most `most` from the `first` one on are put to the thresholds.
     Result result(std::size_t histories, std::size_t first = 0,
                   std::size_t most = static_cast<std::size_t>(-1)) const;
 
-    /// Bytes that the state takes.
+    /// The number of bytes that the state takes.
     std::size_t memory() const;
 
     /// @{
-    /// The state as bytes: all of it; what counts a block of candidates; and what tallies the rules
-    /// of size `ruleSize()`.
+    /// The state as bytes: all of it; the part that counting a block of candidates needs; and the
+    /// part that tallying the rules of size `ruleSize()` needs.
     std::string bytes() const;
     std::string bytesForCandidates(const LevelBlock& block) const;
     std::string bytesForRules() const;

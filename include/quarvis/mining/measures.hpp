@@ -3,12 +3,12 @@
 #pragma GCC visibility push(default)
 
 /// \file
-/// Measures of interestingness of a rule A => S, from the supports of A, S and their union. Pure
-/// functions that never fail; what no guard is named for follows IEEE 754 division, to infinity or
-/// NaN. Equality is exact.
+/// Measures of interestingness of a rule A => S. The parameters `x`, `y` and `xuy` are the supports
+/// of A, of S and of their union. The functions are pure and never fail. Where no special case is
+/// stated, division follows IEEE 754 and may give infinity or NaN. Special cases compare exactly.
 namespace quarvis::mining {
 
-/// The share `n` of `t`.
+/// n / t: the share of `n` histories in all `t` histories.
 double support(unsigned int n, unsigned int t);
 
 /// supp(A u S) / supp(A); 0 when supp(A) is 0. Agrawal, Imielinski, Swami: Mining Association Rules

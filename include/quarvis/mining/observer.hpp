@@ -8,11 +8,11 @@
 
 namespace quarvis::mining {
 
-/// What a run tells while it works, and the way to end it early. Every operation does nothing here;
-/// a front end overrides what it needs.
+/// Receives the progress of a run, and can end the run early. Every operation does nothing by
+/// default; a front end overrides those that it needs.
 ///
 /// All calls come from the thread that called the engine, except `isCancelled`, which any thread of
-/// the run may ask at any time. An exception that an operation throws ends the run and reaches the
+/// the run may call at any time. An exception that an operation throws ends the run and reaches the
 /// caller of the engine.
 class Observer {
   public:
@@ -21,25 +21,26 @@ class Observer {
     Observer& operator=(const Observer&) = delete;
     virtual ~Observer() = default;
 
-    /// There are `sets` frequent item sets of `size` items. Called once for each size from 1 on, in
-    /// order, as soon as it is known; the last call is that of the first size from 2 on without a
-    /// set, or that of the greatest size asked for.
+    /// Tells that there are `sets` frequent item sets of `size` items. Called once for each size
+    /// from 1 on, in order, as soon as the number is known. The last call is for the first size
+    /// from 2 on without a set, or for the greatest size asked for.
     virtual void levelFound(std::size_t /*size*/, std::size_t /*sets*/) {}
 
-    /// The sets of `size` items are going to be counted, of which there are `most` at most: each is
-    /// made of two sets of one item less that share all but the last, and no more can be made of
-    /// so many. Called where a level is counted on its own: in runs over several shards, and in
-    /// those that take longer than a third of a second.
+    /// Tells that the sets of `size` items are about to be counted, and that there are at most
+    /// `most` of them. The bound follows from the sets of one item less: a larger set needs two of
+    /// them that share all but the last item, and so many sets cannot be all the parts of more
+    /// larger ones. Called only where a level is counted on its own: in runs over several shards,
+    /// and in searches that take longer than a third of a second.
     virtual void levelForecast(std::size_t /*size*/, std::size_t /*most*/) {}
 
-    /// All rules were counted; `rules` have the least count.
+    /// Tells that all rules are counted, and that `rules` of them reach the least count.
     virtual void rulesCounted(std::size_t /*rules*/) {}
 
-    /// Of the step at hand, `done` of `all` tasks are done; a task is a first item, or a shard. A
-    /// run takes several steps one after the other, and each begins anew.
+    /// Tells that `done` of the `all` tasks of the current step are done. A task is a first item or
+    /// a shard. A run takes several steps in turn, each with tasks of its own.
     virtual void progressed(std::uint64_t /*done*/, std::uint64_t /*all*/) {}
 
-    /// Whether the run is to end. Asked often: between steps, and within long ones every few
+    /// Whether the run is to end. Called often: between steps, and within long ones every few
     /// milliseconds.
     virtual bool isCancelled() const { return false; }
 };

@@ -11,19 +11,20 @@ namespace quarvis::mining {
 
 /// Which rules are proposed from a frequent item set.
 enum class Splits {
-    /// Each run of neighbours among the sorted items, but all of them, implies the others: of k
-    /// items k(k + 1)/2 - 1 rules. What is found depends on the names of the items.
+    /// The antecedent is a contiguous run of the sorted items, but not all of them: k(k + 1)/2 - 1
+    /// rules for k items. The rules that are found depend on the names of the items.
     RUNS,
 
-    /// Each non-empty part of the items implies the others: of k items 2^k - 2 rules.
+    /// The antecedent is any part of the items that is neither empty nor all: 2^k - 2 rules for k
+    /// items.
     ALL,
 };
 
-/// The values that a rule must have at least, and at most for the conviction; all bounds are
-/// inclusive, and a NaN passes none.
+/// Bounds on the measures of a rule: least values, and for the conviction a greatest one. All
+/// bounds are inclusive. A NaN passes no bound.
 struct Thresholds {
     /// @{
-    /// Of the measure of that name (see `measures.hpp`).
+    /// Bounds the measure of that name (see `measures.hpp`).
     double minSupport = 0;
     double minConfidence = 0;
     double minLift = 0;
@@ -33,26 +34,27 @@ struct Thresholds {
 
 /// The settings of a run.
 struct MiningOptions {
-    /// The least number of histories of an item set, and of a rule; a rule needs one at least. Not
-    /// less than that of the index.
+    /// The least number of histories that hold an item set, and that a rule counts in; a rule
+    /// always needs one. Must not be less than the least count of the index.
     std::uint32_t minCount = 5;
 
-    /// The greatest number of items of a set, and so of the two sides of a rule together. 0 is no
+    /// The greatest number of items of a set, and so of both sides of a rule together. 0 means no
     /// bound.
     std::uint32_t maxSize = 0;
 
-    /// How long before the subsequent the antecedent may lie, in the unit of the times of the
-    /// index, and how long the subsequent must not have occurred. 0 is the whole past.
+    /// How far back from a transaction its past reaches, in the unit of the index's times. All of
+    /// the antecedent must have occurred in that past, and nothing of the subsequent. An age of
+    /// exactly the window is within it. 0 is the whole past.
     std::uint64_t window = 0;
 
     Splits splits = Splits::RUNS;  ///< The rules that are proposed.
-    Thresholds thresholds;         ///< What a rule must have besides the least count.
+    Thresholds thresholds;         ///< What a rule must pass besides the least count.
 
-    /// Threads that work on the run, the calling one among them; at least 1. The result does not
-    /// depend on it.
+    /// The number of threads that work on the run, including the calling one; at least 1. The
+    /// result does not depend on it.
     unsigned threads = 1;
 
-    Budget budget;  ///< What the run may take; by default there is no bound.
+    Budget budget;  ///< What the run may take; no bound by default.
 };
 
 }  // namespace quarvis::mining

@@ -11,9 +11,10 @@
 
 namespace quarvis::mining {
 
-/// A rule "A => S" with its counts and measures. Counts are numbers of histories; n(X) is the
-/// number of those that have every item of X at some time. Only `count` and `support` know of order
-/// and window. The formulas are those of `measures.hpp`, on the shares n(X)/N of all N histories.
+/// A rule "A => S" with its counts and measures. Counts are numbers of histories, and n(X) is the
+/// number of histories that hold every item of X, at whatever times. Only `count` and `support`
+/// depend on order and window. The other measures are those of `measures.hpp`, applied to the
+/// supports n(X)/N, where N is the number of all histories.
 struct Rule {
     std::span<const Rank> antecedent;  ///< A, ascending, not empty.
     std::span<const Rank> subsequent;  ///< S, ascending, not empty.
@@ -39,8 +40,9 @@ struct Rule {
 /// histories.
 void measure(Rule& rule, std::size_t histories);
 
-/// Whether a rule stands before another one in the rules file: by antecedent, then by subsequent;
-/// sides compare lexicographically by rank, where a side comes before those that it begins with.
+/// Whether rule `a` stands before rule `b` in the rules file: by antecedent, then by subsequent.
+/// Sides compare lexicographically by rank, except that a side comes before its own prefixes: {p,q}
+/// before p.
 bool standsBefore(const Rule& a, const Rule& b);
 
 class [[gnu::visibility("hidden")]] RuleSelection;  // not for users, so not exported
@@ -50,12 +52,12 @@ class [[gnu::visibility("hidden")]] RuleSelection;  // not for users, so not exp
 class Rules {
   public:
     /// @{
-    /// The number of rules, and whether there is none.
+    /// The number of rules, and whether it is 0.
     std::size_t size() const { return m_rules.size(); }
     bool empty() const { return m_rules.empty(); }
     /// @}
 
-    /// A rule by its place. Its sides are valid as long as the rules are.
+    /// The rule at a place. Its sides are valid as long as this object.
     Rule operator[](std::size_t place) const;
 
   private:

@@ -14,29 +14,32 @@
 
 namespace quarvis::mining {
 
-/// The shard without the items that the run does not mine, and without transactions that have no
-/// other item. Counts and names stay. So a history has the transactions that it has in an index of
-/// the whole, as `shuffleTimes` needs. Throws `std::invalid_argument` when the shard has another
-/// number of items than the run.
+/// A copy of the shard without the items that the run does not mine, and without the transactions
+/// that have no other item. Names and counts stay. Each history then has the transactions that it
+/// has in an index of the whole, which `shuffleTimes` needs. Throws `std::invalid_argument` when
+/// shard and run do not have the same number of items.
 HistoryIndex withoutRareItems(const HistoryIndex& shard, const LevelRun& run);
 
 class [[gnu::visibility("hidden")]] ShardParts;  // not for users, so not exported
 
-/// Counts on one shard what a `LevelRun` asks for. What a block of candidates or of rules needs of
-/// the shard is made when it is asked for the first time: 8 bytes an item of a history for
-/// candidates, 20 to 28 for rules. Everything throws `Cancelled` when the observer ends it.
+/// Counts the candidates and rules of a `LevelRun` on one shard. The first block of candidates and
+/// the first block of rules each make a copy of the shard for counting: 8 bytes for each item of a
+/// history for candidates, 28 to 37 for rules. Every operation throws `Cancelled` when the observer
+/// cancels. Only one thread at a time may use a counter or its run.
 class ShardCounter {
   public:
-    /// Shard, run and observer must outlive the counter. Throws `std::invalid_argument` when the
-    /// shard has another number of items than the run.
+    /// The shard, the run and the observer must outlive the counter. Throws `std::invalid_argument`
+    /// when shard and run do not have the same number of items.
     ShardCounter(const HistoryIndex& shard, const LevelRun& run, const Observer& observer);
     ~ShardCounter();
 
-    /// Adds the histories that hold each candidate of the block to `sums`, which has its number of
-    /// elements. Throws `std::invalid_argument` for another one, and for a block that is not there.
+    /// Adds to `sums`, for each candidate of the block in order, the number of histories of the
+    /// shard that hold it. `sums` has `block.count` elements. Throws `std::invalid_argument` when
+    /// it has not, and when the run has no such block.
     void countCandidates(const LevelBlock& block, std::span<std::uint32_t> sums);
 
-    /// The rules of the block that are met in some history, by ascending set and split.
+    /// Tallies the rules of the block that are met in some history of the shard, by ascending set
+    /// and split. Throws `std::invalid_argument` when the run has no such block.
     std::vector<RuleTally> tallyRules(const LevelBlock& block);
 
   private:

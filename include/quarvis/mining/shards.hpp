@@ -8,14 +8,14 @@
 
 namespace quarvis::mining {
 
-/// What `mine` finds in an index, from shards of it: slices that together have each of its
-/// histories once, in any number and cut, whether they were cut here or read from bytes.
+/// Finds in the shards of an index what `mine` finds in the whole. Together the shards hold each
+/// history exactly once. Their number, their cuts and where they come from do not matter.
 ///
-/// The run goes level by level. Candidates are made from the sets of the level below, counted on
-/// each shard, and pruned only after the counts of all shards are summed; with rules it is the same
-/// (R. Agrawal, J. C. Shafer: Parallel Mining of Association Rules, 1996, there called count
-/// distribution). Threads take a shard each. Throws as `mine` does, and `std::invalid_argument` for
-/// shards whose items differ.
+/// The run goes level by level. Candidates are made from the sets of the level below and counted on
+/// every shard; infrequent ones are pruned only after the counts are summed. Rules are counted the
+/// same way. This is count distribution (R. Agrawal, J. C. Shafer: Parallel Mining of Association
+/// Rules, 1996). Each thread takes a shard at a time. Throws as `mine` does, and
+/// `std::invalid_argument` when there are no shards or their items differ.
 Result mineShards(std::span<const HistoryIndex> shards, const MiningOptions& options,
                   Observer& observer);
 
