@@ -7,14 +7,14 @@
 
 namespace quarvis::mining {
 
-/// How much of an arena is taken.
+/// A state of an arena to go back to.
 struct ArenaMark {
     std::size_t chunk = 0;
     std::size_t used = 0;
 };
 
-/// Room for arrays that are given back in the reverse order of taking, all since a mark at once. An
-/// array stays where it is until then; what it holds at first is not specified.
+/// A stack of arrays. `release` gives back all arrays that were taken since a mark. Until then an
+/// array does not move. Its elements start out unspecified.
 template <class T>
 class Arena {
   public:
@@ -39,20 +39,20 @@ class Arena {
         return taken;
     }
 
-    /// Gives back the last `n` of what was taken last.
+    /// Gives back the last `n` elements of the array that was taken last.
     void giveBack(std::size_t n) {
         assert(n <= m_used);
         m_used -= n;
     }
 
   private:
-    // Small runs are many, so the first chunk is small.
+    // Small runs are common, so the first chunk is small.
     static constexpr std::size_t FIRST_SIZE = 256;
     static constexpr std::size_t CHUNK_SIZE = 8192;
 
     std::vector<std::vector<T>> m_chunks;
-    std::size_t m_chunk = 0;  // the one that is being given away
-    std::size_t m_used = 0;   // of that one
+    std::size_t m_chunk = 0;  // the current one
+    std::size_t m_used = 0;   // elements taken of the current one
 };
 
 }  // namespace quarvis::mining

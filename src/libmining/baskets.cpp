@@ -18,13 +18,14 @@ constexpr const char* TOO_MANY = "too many items of histories";
 
 }  // namespace
 
-/// Some of the histories of a shard.
+/// A range of the histories of a shard, which one thread converts.
 ///
-/// A transposition sorts them: their items are listed by item, and these lists, taken in the order
-/// of the items, fill each history in that order.
+/// Items are sorted by two transpositions: first the histories of each item are listed, and then
+/// each item, in ascending order, is written into the histories of its list.
 class Baskets::Part {
   public:
-    /// Finds the distinct items of each history, in no order; with room for so many.
+    /// Finds the distinct items of each history, in no particular order. `room` is the number of
+    /// items to make room for.
     Part(const Shard& shard, const WalkOrder& order, std::size_t room, Work& work)
         : m_next(order.size()) {
         m_items.reserve(room);
@@ -45,20 +46,20 @@ class Baskets::Part {
         }
     }
 
-    /// The places that its items and the marks of its histories take.
+    /// The number of elements that its items and end marks take.
     std::size_t places() const { return m_items.size() + m_histories(); }
 
-    /// The number of its histories that hold an item.
+    /// The number of histories of this part that hold an item.
     std::uint32_t count(std::size_t item) const { return m_next[item]; }
 
-    /// Has its places of each item begin there; they end where those of the next part begin.
+    /// Sets where the places of an item begin for this part. The places of the next part follow.
     void beginAt(std::size_t item, std::uint32_t place) { m_next[item] = place; }
 
-    /// Hands its items over, for the baskets to have room for all.
+    /// Hands its items over to the baskets, which then need not allocate.
     LargeVector<WalkItem> takeItems() { return std::move(m_items); }
 
-    /// Fills in its items, from `first` on, and their places. Items that were handed over stand at
-    /// the beginning of those of `made`.
+    /// Writes its items, from `first` on, and their places. If its items were handed over, they are
+    /// at the beginning of the items of `made`.
     void fill(Baskets& made, std::size_t first) {
         const WalkItem* const items = m_items.empty() ? made.m_items.data() : m_items.data();
         std::vector<std::uint32_t> next = m_next;
@@ -91,7 +92,7 @@ class Baskets::Part {
         }
         for (std::size_t i = m_begin.back(); i < m_items.size(); ++i)
             ++m_next[at(m_items[i])];
-        // A mark is added for each history.
+        // Each history adds an end mark.
         if (m_items.size() + m_begin.size() >= NONE)
             throw std::length_error(TOO_MANY);
         m_begin.push_back(static_cast<std::uint32_t>(m_items.size()));
@@ -99,14 +100,14 @@ class Baskets::Part {
 
     LargeVector<WalkItem> m_items;
     std::vector<std::uint32_t> m_begin = {0};  // by history that is kept, and the end of the last
-    std::vector<std::uint32_t> m_next;  // by item: its histories, then where its places begin
+    std::vector<std::uint32_t> m_next;         // by item: its count, then where its places begin
 };
 
 Baskets::Baskets(const Shard& shard, const WalkOrder& order, unsigned threads, Step& step)
     : m_begin(order.size() + 1) {
     std::vector<std::optional<Part>> parts(threads);
     const std::size_t histories = shard.end - shard.begin;
-    // The first part makes room for all, and for the marks.
+    // The first part makes room for all items and end marks.
     std::size_t items = 0;
     for (std::uint32_t item = 0; item < order.size(); ++item)
         items += order.count(WalkItem{item});

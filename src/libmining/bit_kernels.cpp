@@ -6,16 +6,16 @@
 #include <immintrin.h>
 #endif
 
-/// Each form is the same two loops, inlined into functions that are compiled for its processors.
-/// What differs is how one pair of bitmaps is intersected. In an intersection with the target null
-/// only the bits are counted.
+/// All forms are the same two loops, inlined into functions that are compiled for different
+/// processors. They differ only in how they intersect a pair of bitmaps. If the target is null, the
+/// intersection is counted but not stored.
 namespace quarvis::mining {
 
 namespace {
 
 #define QUARVIS_INLINE inline __attribute__((always_inline))
 
-/// A word at a time.
+/// Takes a word at a time.
 struct ByWord {
     static QUARVIS_INLINE std::uint32_t intersect(const std::uint64_t* a, const std::uint64_t* b,
                                                   std::size_t words, std::uint64_t* target) {
@@ -66,8 +66,9 @@ void countPortable(const std::uint64_t* a, const std::uint64_t* b, std::size_t n
 
 #if defined(__x86_64__)
 
-/// Four words at a time, counted by nibbles with a table in a register; the rest by popcnt. W.
-/// Mula, N. Kurz, D. Lemire: Faster Population Counts Using AVX2 Instructions (2018).
+/// Takes four words at a time and counts their bits by nibbles, with a table in a register. The
+/// last words are counted by popcnt. W. Mula, N. Kurz, D. Lemire: Faster Population Counts Using
+/// AVX2 Instructions (2018).
 struct ByNibble {
     __attribute__((target("avx2,popcnt"))) static std::uint32_t intersect(const std::uint64_t* a,
                                                                           const std::uint64_t* b,

@@ -13,9 +13,8 @@ Candidates::Candidates(FoundSets& found, std::size_t items, std::uint32_t minCou
       m_block(block),
       m_size(found.maxSize() + 1) {}
 
-/// Calls `visit(parent, last, number)` for the classes of candidates of a first item: for each set
-/// that is extended, the place of the set and the places of the sets that extend it, in the level
-/// below.
+/// Calls `visit(set, end)` for each set of the level below that begins with a first item and makes
+/// candidates. The sets [set + 1, end) are the later ones of its class.
 template <class Visit>
 void Candidates::m_forEach(std::size_t item, Visit visit) const {
     const std::size_t size = m_size - 1;

@@ -8,21 +8,24 @@
 
 namespace quarvis::mining {
 
-/// The candidates for frequent sets of the next size, made from the frequent sets so far: of each
-/// first item, each set with the last item of each later set of its class, in the order in which
-/// `ItemSetWalk::count` counts them. They are taken a block of first items at a time, so that the
-/// counts of a block stay few.
+/// Makes the candidates of the next size from the frequent sets so far, and keeps those that turn
+/// out frequent (R. Agrawal, R. Srikant: Fast Algorithms for Mining Association Rules, 1994).
+///
+/// Sets that differ only in their last item form a class. A candidate is a set and the last item of
+/// a later set of its class. The order is that in which `ItemSetWalk::count` counts. Candidates are
+/// taken in blocks of first items, which bounds the memory for their counts.
 class Candidates {
   public:
-    /// Of size `found.maxSize()` + 1, or of size 2 when there is none; `found` is linked and stays
-    /// as it is until the last block was pruned. A block ends when it has `block` candidates.
+    /// The candidates have `found.maxSize()` + 1 items. `found` must be linked, and must not change
+    /// until the last block is pruned. `items` is the number of items. A block ends after the first
+    /// item with which it has `block` candidates or more.
     Candidates(FoundSets& found, std::size_t items, std::uint32_t minCount,
                std::size_t block = std::size_t{1} << 20);
 
     /// The size of the candidates.
     std::size_t size() const { return m_size; }
 
-    /// Goes on to the next block; false when there is none.
+    /// Moves to the next block. Returns false when there is none.
     bool next();
 
     /// The first items of the block are [begin(), end()).
@@ -32,10 +35,12 @@ class Candidates {
     /// The number of candidates of the block.
     std::size_t count() const { return m_count; }
 
-    /// Keeps those candidates of the block that are frequent by these counts; how many there are.
+    /// Keeps the candidates of the block whose counts reach the least count, and returns their
+    /// number. `counts` has one count for each candidate, in order.
     std::size_t prune(const std::vector<std::uint32_t>& counts);
 
-    /// Adds the sets that were kept to the frequent sets; whether there is any.
+    /// Adds the kept sets to the frequent sets, after the last block. Returns whether there are
+    /// any.
     bool finish();
 
   private:

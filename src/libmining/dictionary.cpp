@@ -9,12 +9,12 @@ namespace quarvis::mining {
 
 namespace {
 
-/// A power of two.
+/// Must be a power of two.
 constexpr std::size_t FIRST_SLOTS = 1024;
 
 constexpr std::uint32_t NONE = static_cast<std::uint32_t>(-1);
 
-/// Greater codes are left to marks of the builder.
+/// The builder marks codes by their highest bit.
 constexpr std::size_t MOST_NAMES = (std::size_t{1} << 31) - 1;
 
 }  // namespace

@@ -14,7 +14,7 @@ namespace quarvis::mining {
 
 namespace {
 
-/// The number of sets of each size from 1 on, and the counts of all sets.
+/// How far a search came: the number of sets of each size from 1 on, and the counts of all sets.
 struct Came {
     std::vector<std::size_t> levels;
     std::vector<std::uint32_t> counts;

@@ -9,10 +9,10 @@
 #include "walk_order.hpp"
 
 /// \file
-/// What a search for item sets that comes to the end of its budget tells its caller.
+/// Makes the exception of a search for item sets that exceeds its budget.
 namespace quarvis::mining {
 
-/// Of a search that has found all of these, of two items and more.
+/// `found` holds all sets of two items and more that the search has found.
 BudgetExceeded exceeded(const OverBudget& over, const WalkOrder& order,
                         const std::vector<const FoundSets*>& found);
 

@@ -18,8 +18,9 @@ namespace quarvis::mining {
 
 namespace {
 
-/// The search over the whole index. Where it is short it is one walk. Where it is not, it goes on a
-/// level at a time, each told as soon as it is known, until the levels shrink.
+/// The search over a whole index. A short search is one `ItemSetWalk`. A long one goes level by
+/// level and reports each level as soon as it is known; once levels shrink, one walk finds the
+/// rest.
 class Search {
   public:
     Search(const HistoryIndex& index, const MiningOptions& options, Observer& observer,
@@ -50,8 +51,8 @@ class Search {
     }
 
   private:
-    /// After so many sets a thread begins another block, since arrays that grow are copied, and a
-    /// copy does not ask whether to end.
+    /// A thread starts another block after this many sets. Arrays that grow are copied, and a copy
+    /// cannot be interrupted, so short blocks keep a run responsive.
     static constexpr std::size_t BLOCK = std::size_t{1} << 20;
 
     ItemSets m_run() {
@@ -79,7 +80,7 @@ class Search {
             m_walk(m_maxSize, Step::NO_LIMIT);
     }
 
-    /// Finds the next level; whether to go on so.
+    /// Finds and reports the next level. Returns whether to go on level by level.
     bool m_walkLevel() {
         const std::size_t size = m_reported + 1;
         Step step(m_observer, m_meter);
@@ -92,8 +93,9 @@ class Search {
                (size == 2 ? m_sets.count(size) > 0 : m_sets.count(size) >= m_sets.count(size - 1));
     }
 
-    /// Tries to find everything in one walk; false when that is not short, or when there is not
-    /// enough memory for it, so that whoever waits sees the levels up to there.
+    /// Tries to find everything in one walk. Returns false when the walk costs too much or runs out
+    /// of memory. The search then goes level by level, so that its observer sees the levels that
+    /// fit.
     bool m_isShort() {
         const Meter::Mark before = m_meter.mark();
         try {
@@ -106,7 +108,7 @@ class Search {
         return false;
     }
 
-    /// Finds the sets from the first size that is not known up to `maxSize`.
+    /// Finds the sets of more items than are known, up to `maxSize`. The walk may cost `limit`.
     void m_walk(std::size_t maxSize, std::uint64_t limit) {
         const ItemSetWalk::Scope scope{&m_sets, m_sets.maxSize(), maxSize};
         if (scope.knownSize >= maxSize)
@@ -147,7 +149,7 @@ class Search {
     Shard m_shard;
     std::unique_ptr<Baskets> m_baskets;
     FoundSets m_sets;
-    std::vector<std::deque<FoundSets>> m_walked;  // by thread: what the walk at hand has found
+    std::vector<std::deque<FoundSets>> m_walked;  // by thread: what the current walk has found
     std::size_t m_reported = 1;
 };
 

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t MOST = std::numeric_limits<std::size_t>::max();
 
-/// n over k, or MOST.
+/// n over k, or MOST where that overflows.
 std::size_t choose(std::size_t n, std::size_t k) {
     if (k > n)
         return 0;
@@ -24,7 +24,7 @@ std::size_t choose(std::size_t n, std::size_t k) {
     return chosen;
 }
 
-/// The greatest n of which n over k is at most `limit`, which is 1 at least.
+/// The greatest n for which n over k is at most `limit`. `limit` is at least 1.
 std::size_t greatest(std::size_t k, std::size_t limit) {
     std::size_t low = k;
     std::size_t high = k + 1;
@@ -41,8 +41,8 @@ std::size_t greatest(std::size_t k, std::size_t limit) {
 
 }  // namespace
 
-/// `sets` is written as a sum of n_k over k, n_(k-1) over k - 1, and so on, each as great as it can
-/// be; the bound has k + 1, k, and so on below the same numbers.
+/// Writes `sets` as the sum of (n_k over k), (n_(k-1) over k - 1) and so on, each n as great as
+/// possible. The bound is the sum of (n_k over k + 1), (n_(k-1) over k) and so on.
 std::size_t mostLarger(std::size_t size, std::size_t sets) {
     std::size_t most = 0;
     for (std::size_t k = size; k > 0 && sets > 0; --k) {

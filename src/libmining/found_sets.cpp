@@ -12,8 +12,8 @@ namespace quarvis::mining {
 
 namespace {
 
-/// Where the extensions of `below` sets begin among sets with these parents, which ascend, and an
-/// end.
+/// Where the extensions of each of `below` sets begin among sets with these parents, which ascend;
+/// then an end.
 LargeVector<std::uint32_t> beginnings(const LargeVector<std::uint32_t>& parents, std::size_t below,
                                       Step* step) {
     LargeVector<std::uint32_t> begin(below + 1);
@@ -71,7 +71,7 @@ void FoundSets::add(std::size_t size, std::size_t parent, WalkItem last, std::ui
 }
 
 void FoundSets::append(const std::vector<Part>& parts, unsigned threads, Step& step) {
-    /// Where a level of a part goes, and by what the places of its parents move.
+    /// Where a level of a part is copied to, and how far the places of its parents move.
     struct Target {
         std::size_t begin;
         std::size_t shift;
@@ -98,7 +98,7 @@ void FoundSets::append(const std::vector<Part>& parts, unsigned threads, Step& s
             const Level& from = part.from->m_levels[i];
             std::size_t target = targets[place][i].begin;
             for (std::size_t set = part.begin(i); set < part.ends[i]; ++set, ++target) {
-                // The first touch of the target's memory makes this slow.
+                // The first touch of the target's pages makes copying slow.
                 ask(step, set);
                 m_levels[i].parent[target] =
                     from.parent[set] + static_cast<std::uint32_t>(targets[place][i].shift);

@@ -13,31 +13,30 @@
 
 namespace quarvis::mining {
 
-/// Item sets as the search finds them: by size, those of a size in the lexicographic order of the
-/// walk, each as the set of the size below that it extends and the item that it adds. The first
-/// level, of all items, is implied.
+/// The item sets that a search has found, as a trie. Sets of one size are in lexicographic order of
+/// walk items. A set is stored as its parent, the set without its last item, and its last item. The
+/// level of size 1 has all items and is not stored. 12 bytes a set, and 16 once it is linked.
 class FoundSets {
   public:
     struct Level {
-        LargeVector<std::uint32_t>
-            parent;  // in the level below; in the lowest one, of size 2, an item
+        LargeVector<std::uint32_t> parent;  // place in the level below; for a pair an item
         LargeVector<WalkItem> last;
         LargeVector<std::uint32_t> count;
 
-        /// By set, and an end: where its extensions begin in the level above. Empty in the highest
-        /// level.
+        /// The extensions of set i are [extensions[i], extensions[i + 1]) in the level above. Empty
+        /// until the level is linked, and in the highest level.
         LargeVector<std::uint32_t> extensions;
 
         std::size_t size() const { return last.size(); }
 
-        /// Makes room for twice as many sets. The step is asked now and then whether to end.
+        /// Doubles the room. The step is asked now and then whether to end.
         void grow(Step& step);
 
-        /// Added sets have no value yet. Throws `std::length_error` beyond 2^32 - 2 sets.
+        /// Leaves new sets uninitialized. Throws `std::length_error` beyond 2^32 - 2 sets.
         void resize(std::size_t sets);
     };
 
-    /// The greatest size of which there are sets; at least 1.
+    /// The greatest size that has sets; at least 1.
     std::size_t maxSize() const { return m_levels.size() + 1; }
 
     /// The sets of a size from 2 on.
@@ -50,13 +49,14 @@ class FoundSets {
     /// The number of all sets of two items or more.
     std::size_t size() const;
 
-    /// Adds a set after all others of its size. Throws `std::length_error` beyond 2^32 - 2 of them.
-    /// A step that is given is asked whether to end while many sets move to a larger room.
+    /// Adds a set, which must follow all others of its size in their order. Throws
+    /// `std::length_error` beyond 2^32 - 2 of them. When many sets move to a larger room, a step that
+    /// is given is asked whether to end.
     void add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count,
              Step* step = nullptr);
 
-    /// Some of the sets of `from`: of each level from 2 on those at the places [begin, end), by
-    /// size. Missing begins are 0.
+    /// A part of the sets of `from`: of each level from size 2 on, the sets at the places [begin,
+    /// end). Missing begins are 0.
     struct Part {
         const FoundSets* from = nullptr;
         std::vector<std::size_t> begins;
@@ -67,28 +67,30 @@ class FoundSets {
         }
     };
 
-    /// Adds the sets of the parts, one part after the other, after all others; a part holds all
-    /// that its sets extend. The work is done in `threads` threads. Throws `std::length_error` as
-    /// `add`; whenever it throws, nothing was added.
+    /// Adds the sets of the parts after all others, in the order of the parts. The parent of a set
+    /// must be in the same part; if the part has no sets of the parent's size, it must be here.
+    /// Copies in `threads` threads. Throws `std::length_error` as `add` does. If it throws, nothing
+    /// is added.
     void append(const std::vector<Part>& parts, unsigned threads, Step& step);
 
-    /// Adds the sets of the greatest size of `other`, one more than here; they extend sets that are
-    /// here.
+    /// Adds the highest level of `other`, whose size is one more than the greatest here. Its
+    /// parents are places in the highest level here.
     void addLevelOf(FoundSets&& other);
 
     /// The number of sets of each size from 2 on.
     std::vector<std::size_t> sizes() const;
 
-    /// Fills in where extensions begin, in all levels but the highest. A level that has this
-    /// already is left as it is: nothing may have been added to the level above it since. A step
+    /// Fills in `pairBegin`, and `extensions` in all levels but the highest. Levels that have their
+    /// extensions are skipped, so nothing may have been added to the levels above them since. A step
     /// that is given is asked now and then whether to end.
     void link(std::size_t items, Step* step = nullptr);
 
-    /// Where the extensions of the items begin in the level of size 2.
+    /// The pairs that begin with item i are [pairBegin()[i], pairBegin()[i + 1]) in the level of
+    /// size 2.
     const LargeVector<std::uint32_t>& pairBegin() const { return m_pairBegin; }
 
-    /// The same sets in the byte order of their items, with the first level; leaves this empty. The
-    /// levels are sorted in `threads` threads.
+    /// Returns the same sets in lexicographic order of their ranks, with the first level, and
+    /// leaves this empty. Levels are sorted by counting, in `threads` threads.
     ItemSets ordered(const WalkOrder& order, unsigned threads, Step& step) &&;
 
   private:

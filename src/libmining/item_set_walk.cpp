@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
 
-/// The histories of an item lie far apart in memory, so they are fetched this many ahead.
+/// The histories of an item are far apart in memory, so this many are prefetched.
 constexpr std::size_t AHEAD = 16;
 
 std::size_t wordsOf(std::size_t bits) {
@@ -71,15 +71,15 @@ void ItemSetWalk::count(WalkItem item, std::vector<std::uint32_t>& counts) {
     m_arena.release(mark);
 }
 
-/// Counts the items after `item` in its histories. Ends early, with counts that are not complete,
-/// when it turns out that none of these items is in `least` of them.
+/// Counts each later item in the histories of `item`. Stops with incomplete counts as soon as no
+/// later item can be in `least` of these histories.
 ItemSetWalk::Delivery ItemSetWalk::m_deliver(WalkItem item, std::uint32_t least) {
     const std::span<const std::uint32_t> places = m_baskets.places(item);
     const std::size_t later = m_delivered.size() - at(item) - 1;
     Delivery delivery{0, false, places.size() < least};
     if (delivery.isVain)
         return delivery;
-    // A frequent partner is lacking in no more histories than these.
+    // A frequent partner is missing from no more histories than this.
     const std::size_t spare = places.size() - least;
     std::size_t check = spare + walk_costs::firstCheck(least);
     std::size_t steps = 0;
@@ -108,8 +108,9 @@ ItemSetWalk::Delivery ItemSetWalk::m_deliver(WalkItem item, std::uint32_t least)
     return delivery;
 }
 
-/// Calls `visit` with each item after `item` that was counted, and its counter: in ascending order
-/// where the delivery is dense, else in no order and possibly again when the counter is not 0.
+/// Calls `visit` with each later item that was counted, and its counter. If the delivery is dense,
+/// items ascend. If not, they come in no order, and come again unless `visit` sets the counter to
+/// 0.
 template <class Visit>
 void ItemSetWalk::m_forDelivered(WalkItem item, const Delivery& delivery, Visit visit) {
     if (delivery.isDense) {
@@ -173,7 +174,7 @@ ItemSetWalk::Class& ItemSetWalk::m_knownPartners(WalkItem item) {
     return partners;
 }
 
-/// Gives each partner its bitmap over the histories of the first item.
+/// Makes the bitmap of each partner over the histories of the first item.
 void ItemSetWalk::m_makeBitmaps(WalkItem item, Class& partners) {
     const std::span<const std::uint32_t> places = m_baskets.places(item);
     partners.words = wordsOf(places.size());
@@ -201,7 +202,8 @@ void ItemSetWalk::m_makeBitmaps(WalkItem item, Class& partners) {
         m_member[at(other)] = NONE;
 }
 
-/// The class of the known extensions of a member.
+/// Makes the class of a member's known extensions. Bitmaps are made only for two extensions or
+/// more.
 ItemSetWalk::Class& ItemSetWalk::m_followed(const Class& members, std::size_t member) {
     Class& extended = m_emptyClass(members.size + 1);
     assert(members.size < m_scope.knownSize);
@@ -228,7 +230,7 @@ ItemSetWalk::Class& ItemSetWalk::m_followed(const Class& members, std::size_t me
             *target++ = members.bitmap(member)[word] & members.bitmap(other)[word];
     }
     m_work.add(extended.items.size() * (members.words + 4));
-    // The known count is that of all shards.
+    // The known count is a sum over all shards, so the histories of this one are counted here.
     std::size_t histories = 0;
     for (std::size_t word = 0; word < members.words; ++word)
         histories += static_cast<std::size_t>(std::popcount(members.bitmap(member)[word]));
@@ -273,7 +275,8 @@ void ItemSetWalk::m_countJoins(const Class& members, std::size_t member) {
     m_work.add(walk_costs::joins(later, members.words));
 }
 
-/// Joins each member with each later one, and goes on with what is frequent.
+/// Joins each member with each later one, adds the frequent joins to `found`, and extends their
+/// classes.
 void ItemSetWalk::m_extend(const Class& members, FoundSets& found) {
     assert(std::is_sorted(members.items.begin(), members.items.end()));
     assert(members.items.size() == members.counts.size());
@@ -307,7 +310,7 @@ void ItemSetWalk::m_extend(const Class& members, FoundSets& found) {
     }
 }
 
-/// The same where the walk ends with the joins, so that nobody needs their bitmaps.
+/// The same for joins of the greatest size, whose bitmaps are not needed.
 void ItemSetWalk::m_extendLast(const Class& members, FoundSets& found) {
     for (std::size_t member = 0; member + 1 < members.items.size(); ++member) {
         m_countJoins(members, member);
@@ -320,8 +323,8 @@ void ItemSetWalk::m_extendLast(const Class& members, FoundSets& found) {
     }
 }
 
-/// Makes the bitmaps of a class anew over the histories of `cover`, those that hold its prefix,
-/// where that saves the joins of the class more than it costs.
+/// Rebuilds the bitmaps of a class over the histories of `cover` alone, those that hold its prefix,
+/// if the joins of the class save more than that costs.
 void ItemSetWalk::m_shrink(const std::uint64_t* cover, std::size_t histories, Class& members) {
     const std::size_t words = members.words;
     const std::size_t less = wordsOf(histories);
@@ -333,7 +336,7 @@ void ItemSetWalk::m_shrink(const std::uint64_t* cover, std::size_t histories, Cl
         for (std::uint64_t bits = cover[word]; bits != 0; bits &= bits - 1)
             m_positions.push_back(static_cast<std::uint32_t>(
                 word * 64 + static_cast<std::size_t>(std::countr_zero(bits))));
-    // A bitmap becomes shorter, so its new place never reaches one that is still to be read.
+    // Bitmaps become shorter, so none is overwritten before it is read.
     for (std::size_t member = 0; member < members.items.size(); ++member) {
         const std::uint64_t* const from = members.bitmap(member);
         std::uint64_t* target = members.bitmaps + member * less;

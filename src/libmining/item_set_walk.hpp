@@ -13,23 +13,26 @@
 
 namespace quarvis::mining {
 
-/// The search for frequent item sets: depth first over prefixes, each of which is extended by the
-/// items after it in walk order.
+/// Finds frequent item sets depth first: a prefix is extended by the items after its last one in
+/// walk order.
 ///
-/// The histories of a first item are its conditional database. In it every frequent partner of the
-/// item gets a bitmap over these histories; a prefix and its extensions stand for an equivalence
-/// class, in which the intersection of the bitmaps of two members counts, and is the bitmap of,
-/// their union (M. J. Zaki: Scalable Algorithms for Association Mining, 2000). Where a class holds
-/// few of the histories, its bitmaps are made anew over these alone. Partners are found by one walk
-/// over the histories of the first item (T. Uno, M. Kiyomi, H. Arimura: LCM ver. 2, 2004, there
-/// called occurrence deliver). As the rarest items come first, the bitmaps are short.
+/// The histories that hold a first item are its conditional database. One pass over it counts all
+/// later items at once, which are the partners of the first item (T. Uno, M. Kiyomi, H. Arimura:
+/// LCM ver. 2, 2004, there called occurrence deliver). Each frequent partner gets a bitmap over
+/// these histories, its tid-set. The extensions of a prefix form an equivalence class. Intersecting
+/// the bitmaps of two members gives the bitmap of their union, and its bits are the count of that
+/// set (M. J. Zaki: Scalable Algorithms for Association Mining, 2000). If few of the histories hold
+/// a prefix, the bitmaps of its class are rebuilt over these histories alone. Rare items come
+/// first, so bitmaps are short.
 ///
-/// Up to a known size the walk follows sets that are already found, without counting; from there on
-/// it counts. A walk writes to `found` in the order of the sets.
+/// Sets of up to a known size are not counted again: the walk follows them to reach the larger
+/// ones. It takes two passes over the histories of each first item and an intersection for each
+/// candidate, and holds the bitmaps along one path. Each thread needs a walk of its own.
 class ItemSetWalk {
   public:
-    /// What the walk counts. Sets of up to `knownSize` items, at least 1, are taken from `known`,
-    /// which is linked and has as many levels at least; `maxSize` is the size at which it ends.
+    /// What the walk finds: the sets of more than `knownSize` and at most `maxSize` items. Smaller
+    /// sets are taken from `known`, which must be linked and have the sizes up to `knownSize`, at
+    /// least 1.
     struct Scope {
         const FoundSets* known = nullptr;
         std::size_t knownSize = 1;
@@ -38,34 +41,33 @@ class ItemSetWalk {
 
     ItemSetWalk(const Baskets& baskets, std::uint32_t minCount, const Scope& scope, Work& work);
 
-    /// Adds to `found` the frequent sets of more than the known size whose first item is `item`,
-    /// with their places among the known ones as parents of the least.
+    /// Adds to `found`, in their order, the frequent sets of the scope whose first item is `item`.
+    /// The parents of the smallest of them are places in `known`.
     void walk(WalkItem item, FoundSets& found);
 
-    /// The candidates of size knownSize + 1 that begin with `item`: each known set with the last
-    /// item of each later set of its class; or each later item, of a first item alone. Appends the
-    /// count of each, frequent or not, in the order of the candidates.
+    /// Counts the candidates of size `knownSize` + 1 whose first item is `item`. Appends the count
+    /// of each, frequent or not, in the order of `Candidates`.
     void count(WalkItem item, std::vector<std::uint32_t>& counts);
 
   private:
-    /// The members of an equivalence class: the extensions of a prefix. Bitmaps stand one after the
-    /// other.
+    /// An equivalence class: the extensions of one prefix. The bitmaps of its members are
+    /// contiguous.
     struct Class {
-        std::size_t size = 0;   // of the members as sets
-        std::size_t words = 0;  // of each bitmap
+        std::size_t size = 0;   // items of each member
+        std::size_t words = 0;  // words of each bitmap
         std::vector<WalkItem> items;
         std::vector<std::uint32_t> counts;
         std::uint64_t* bitmaps = nullptr;
-        std::size_t begin = 0;  // the place of the first member among the sets of its size
+        std::size_t begin = 0;  // place of the first member among the sets of its size
 
         const std::uint64_t* bitmap(std::size_t member) const { return bitmaps + member * words; }
     };
 
-    /// How the histories of a first item were counted.
+    /// How the partners of a first item were counted.
     struct Delivery {
-        std::size_t histories;  // that were counted
-        bool isDense;           // beside the items after the first one
-        bool isVain;            // no item is frequent with the first one
+        std::size_t histories;  // histories that were counted
+        bool isDense;           // whether scanning the counters is cheaper than another pass
+        bool isVain;            // whether no partner is frequent
     };
 
     Delivery m_deliver(WalkItem item, std::uint32_t least);
@@ -88,9 +90,9 @@ class ItemSetWalk {
     Scope m_scope;
     Work& m_work;
 
-    std::vector<std::uint32_t> m_delivered;  // by item: histories of the first one that hold it
+    std::vector<std::uint32_t> m_delivered;  // by item: histories that hold it and the first item
     std::vector<std::pair<WalkItem, std::uint32_t>> m_frequent;
-    std::vector<std::uint32_t> m_member;  // by item: its place among the partners, or NONE
+    std::vector<std::uint32_t> m_member;  // by item: where its bitmap begins, or NONE
     std::deque<Class> m_classes;          // by size
     std::vector<std::uint32_t> m_kept;
     std::vector<std::uint32_t> m_joined;  // counts

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::align_val_t ALIGNMENT{LARGE_PAGE};
 
-/// The room behind a last page that is filled to less than half is left to small pages.
+/// Rounds up to large pages. A last page that would be less than half full is left to small pages.
 std::size_t rounded(std::size_t bytes) {
     return bytes % LARGE_PAGE < LARGE_PAGE / 2 ? bytes : (bytes / LARGE_PAGE + 1) * LARGE_PAGE;
 }
@@ -17,7 +17,7 @@ std::size_t rounded(std::size_t bytes) {
 
 void* takeLarge(std::size_t bytes) {
     void* const room = ::operator new(rounded(bytes), ALIGNMENT);
-    // Where the system has no large pages, small ones do as well.
+    // If the system has no large pages, small ones do as well.
     (void)madvise(room, rounded(bytes), MADV_HUGEPAGE);
     return room;
 }

@@ -9,11 +9,12 @@
 
 namespace quarvis::mining {
 
-/// Allocates long arrays where the system can back them by large pages, and short ones as usual.
+/// Allocates long arrays so that the system can back them by large pages, and short ones as usual.
 ///
-/// The first touch of a page costs more than what most algorithms do with it, and a large page
-/// stands for 512 small ones. Up to half a large page more than asked for is taken. Numbers that a
-/// container adds without a value are not set, so that whoever sets them touches them first.
+/// The first touch of a page costs more than most algorithms do with the page, and a large page
+/// replaces 512 small ones. An array takes up to half a large page more than asked for. Elements
+/// that a container adds without a value stay uninitialized, so that the thread that fills them
+/// touches them first.
 template <class T>
 class LargeAllocator {
   public:

@@ -10,8 +10,8 @@
 
 namespace quarvis::mining {
 
-/// Thrown where a run comes to the end of its budget. Whoever knows what was found makes a
-/// `BudgetExceeded` of it.
+/// Thrown within a run that exceeds its budget. The search that knows what was found turns it into
+/// a `BudgetExceeded`.
 class OverBudget : public std::exception {
   public:
     explicit OverBudget(BudgetExceeded::Limit limit) : m_limit(limit) {}
@@ -22,10 +22,11 @@ class OverBudget : public std::exception {
     BudgetExceeded::Limit m_limit;
 };
 
-/// What a run has taken of its budget, which all its threads share. Everything throws `OverBudget`.
+/// What a run has used of its budget. All threads of the run share it. Accounting throws
+/// `OverBudget` when a bound is exceeded.
 class Meter {
   public:
-    /// The time of the run begins.
+    /// Starts the clock of the run.
     explicit Meter(const Budget& budget)
         : m_budget(budget), m_begin(std::chrono::steady_clock::now()) {}
 
@@ -46,7 +47,7 @@ class Meter {
             throw OverBudget(BudgetExceeded::Limit::BYTES);
     }
 
-    /// Takes memory back out of the account.
+    /// Takes memory out of the account.
     void gaveBack(std::size_t bytes) {
         if (m_budget.bytes != 0)
             m_bytes -= bytes;
@@ -65,7 +66,7 @@ class Meter {
     };
     Mark mark() const { return {m_sets, m_bytes}; }
 
-    /// Gives back what was taken since the mark.
+    /// Takes what was added since the mark out of the account.
     void rewind(const Mark& mark) {
         m_sets = mark.sets;
         m_bytes = mark.bytes;

@@ -11,11 +11,11 @@
 
 namespace quarvis::mining {
 
-/// Thrown out of a step that costs more than it should; its caller takes a smaller step.
+/// Thrown when a step costs more than its limit. The caller then takes smaller steps.
 class TooLong : public std::exception {};
 
-/// One step of a run, as all its threads share it: what it has cost, what it may cost, and whether
-/// it is to end. Costs are told in units of about a nanosecond.
+/// A step of a run, which all its threads share: what it has cost, what it may cost, and whether it
+/// is to end. A unit of cost is about a nanosecond.
 class Step {
   public:
     static constexpr std::uint64_t NO_LIMIT = static_cast<std::uint64_t>(-1);
@@ -34,7 +34,7 @@ class Step {
             throw Cancelled();
     }
 
-    /// Has all threads of the step end, since one of them failed.
+    /// Ends all threads of the step because one of them failed.
     void fail() { m_failed.store(true, std::memory_order_relaxed); }
 
     Meter& meter() const { return m_meter; }
@@ -49,16 +49,16 @@ class Step {
     std::atomic<bool> m_failed{false};
 };
 
-/// After so many sets a loop over sets asks its step whether to end.
+/// A loop over sets asks its step whether to end after this many sets.
 constexpr std::size_t ASKED_EVERY = std::size_t{1} << 16;
 
-/// To be called by a loop over sets for each of them.
+/// Asks the step in a loop over sets, which calls this for each set.
 inline void ask(Step& step, std::size_t set) {
     if (set % ASKED_EVERY == ASKED_EVERY - 1)
         step.spend(0);
 }
 
-/// The account of one thread, settled with the step every millisecond or so.
+/// The work of one thread, added to that of the step about every millisecond.
 class Work {
   public:
     explicit Work(Step& step) : m_step(step) {}
@@ -71,7 +71,7 @@ class Work {
 
     Step& step() const { return m_step; }
 
-    /// What was found and taken, for the budget of the run.
+    /// The meter of the run.
     Meter& meter() const { return m_step.meter(); }
 
     void settle() {

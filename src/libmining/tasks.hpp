@@ -12,12 +12,12 @@
 
 namespace quarvis::mining {
 
-/// Works on the tasks 0 to `count` - 1 in `threads` threads, the calling one among them.
+/// Runs the tasks 0 to `count` - 1 in `threads` threads, the calling one among them.
 ///
-/// Each thread makes itself a worker by `makeWorker(thread)` and calls it with one task after the
-/// other; tasks are given out in ascending order. The first exception ends all threads and is
-/// rethrown. Before each task the step is asked whether to end. `between(done)` is called in the
-/// calling thread now and then.
+/// Each thread makes a worker by `makeWorker(thread)` and calls it with one task after the other.
+/// Tasks are handed out in ascending order. Before each task the step is asked whether to end. The
+/// first exception ends all threads and is rethrown. The calling thread calls `between(done)` after
+/// each of its tasks; `done` is about the number of tasks that are done.
 template <class MakeWorker, class Between>
 void workOn(std::size_t count, unsigned threads, Step& step, MakeWorker makeWorker,
             Between between) {
@@ -28,7 +28,7 @@ void workOn(std::size_t count, unsigned threads, Step& step, MakeWorker makeWork
         try {
             auto worker = makeWorker(thread);
             for (std::size_t task = next++; task < count; task = next++) {
-                // Small tasks never settle with the step.
+                // Small tasks never reach the amount of work at which the step is asked.
                 step.spend(0);
                 worker(task);
                 afterEach(task + 1);
@@ -64,13 +64,13 @@ void workOnParts(unsigned parts, Step& step, PartWork work) {
         parts, parts, step, [&work](unsigned) { return work; }, [](std::size_t) {});
 }
 
-/// The things [begin, end) of a part.
+/// The elements [begin, end) of a part.
 struct PartRange {
     std::size_t begin;
     std::size_t end;
 };
 
-/// One of so many parts, about alike, that `size` things are cut into.
+/// One of `parts` parts of about equal size that `size` elements are cut into.
 inline PartRange partOf(std::size_t size, std::size_t part, std::size_t parts) {
     assert(part < parts);
     const auto begin = [=](std::size_t of) {

@@ -10,16 +10,16 @@
 
 namespace quarvis::mining {
 
-/// An item as the search for item sets numbers it: by ascending count, equals by rank. The rarest
-/// item first keeps the conditional histories of a first item few.
+/// An item as the search for item sets numbers it: by ascending count, and by rank where counts are
+/// equal. Having the rarest items first keeps conditional databases small.
 enum class WalkItem : std::uint32_t {};
 
-/// The items that are in `minCount` histories or more, in the order of the walk.
+/// The frequent items, those that at least `minCount` histories hold, in walk order.
 class WalkOrder {
   public:
     WalkOrder(const HistoryIndex& index, std::uint32_t minCount);
 
-    /// Of items that are in so many histories, by rank.
+    /// `counts` has, by rank, the number of histories that hold each item.
     WalkOrder(std::span<const std::uint32_t> counts, std::uint32_t minCount);
 
     std::size_t size() const { return m_ranks.size(); }
@@ -32,7 +32,7 @@ class WalkOrder {
         return m_counts[at(item)];
     }
 
-    /// The ranks of the index; those of the items are below.
+    /// The number of items of the index, frequent or not.
     std::size_t ranks() const { return m_items.size(); }
 
     /// The item of a rank, or NOT_WALKED.
