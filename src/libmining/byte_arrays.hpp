@@ -11,11 +11,12 @@
 #include <utility>
 
 /// \file
-/// Numbers and arrays of them as bytes, little endian, with a checksum at the end. Each array is
-/// filled up with zeros to a multiple of 8 bytes.
+/// Numbers and arrays of numbers as little-endian bytes, with a checksum at the end. Each array is
+/// padded with zeros to a multiple of 8 bytes.
 namespace quarvis::mining {
 
-/// Mixes in eight bytes at a time; a length that is no multiple of eight is filled up with zeros.
+/// Mixes in eight bytes at a time; the last group is padded with zeros. `index_bytes.hpp` has the
+/// formula.
 inline std::uint64_t checksum(std::span<const char> bytes) {
     std::uint64_t sum = bytes.size();
     for (std::size_t i = 0; i < bytes.size(); i += sizeof sum) {
@@ -28,7 +29,7 @@ inline std::uint64_t checksum(std::span<const char> bytes) {
     return sum;
 }
 
-/// Puts numbers and arrays one after the other.
+/// Writes numbers and arrays one after the other.
 class ByteWriter {
   public:
     template <class Number>
@@ -48,7 +49,7 @@ class ByteWriter {
         m_bytes.append((ALIGNMENT - m_bytes.size() % ALIGNMENT) % ALIGNMENT, '\0');
     }
 
-    /// All bytes with their checksum.
+    /// Returns all bytes, followed by their checksum.
     std::string finished() && {
         number(checksum(m_bytes));
         return std::move(m_bytes);
@@ -60,8 +61,8 @@ class ByteWriter {
     std::string m_bytes;
 };
 
-/// Takes numbers and arrays from bytes, which must outlive it. Throws `Error`, a type that is made
-/// of a text, where there are too few or others.
+/// Reads numbers and arrays from bytes, which must outlive the reader. Throws `Error`, which is
+/// made from a text, where bytes are missing or the padding is not zero.
 template <class Error>
 class ByteReader {
   public:
@@ -77,7 +78,7 @@ class ByteReader {
         return static_cast<Number>(m_take(sizeof(Number)));
     }
 
-    /// Room is only taken for what is there.
+    /// Allocates only what the bytes can fill.
     template <class Array>
     Array array(std::uint64_t size) {
         using Number = typename Array::value_type;

@@ -15,22 +15,22 @@ namespace {
 
 constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
 
-/// What a row of a history costs to count, to sort and to copy, in units of work.
+/// The cost of a row in a pass over the rows, in units of work.
 constexpr std::uint64_t ROW_COST = 10;
 
-/// Tells of the work on a history.
+/// Adds the work of a pass over a history.
 template <class Time>
 void tell(Work* work, const RowsByHistory<Time>& rows, std::size_t history) {
     if (work != nullptr)
         work->add(ROW_COST * (rows.end(history) - rows.begin(history) + 1));
 }
 
-/// The number of histories that each item is in, by code.
+/// The number of histories that hold each item, by code.
 template <class Time>
 std::vector<std::uint32_t> countHistories(const RowsByHistory<Time>& rows, std::size_t items,
                                           Work* work) {
     std::vector<std::uint32_t> counts(items);
-    std::vector<std::uint32_t> last(items, NONE);  // the history that was counted last
+    std::vector<std::uint32_t> last(items, NONE);  // by code: the last history that was counted
     for (std::size_t history = 0; history < rows.historyCount(); ++history) {
         tell(work, rows, history);
         for (std::size_t row = rows.begin(history); row < rows.end(history); ++row) {
@@ -44,8 +44,8 @@ std::vector<std::uint32_t> countHistories(const RowsByHistory<Time>& rows, std::
     return counts;
 }
 
-/// The first eight bytes of a name as a number; a name that ends counts as going on with zeros.
-/// Numbers that differ are in the order of their names.
+/// The first eight bytes of a name as a number; a shorter name is padded with zeros. If the numbers
+/// of two names differ, they are in the order of the names.
 std::uint64_t firstBytes(std::string_view name) {
     std::uint64_t bytes = 0;
     for (std::size_t i = 0; i < sizeof bytes; ++i)
@@ -75,8 +75,8 @@ std::vector<Code> frequentInOrder(const std::vector<std::uint32_t>& counts, cons
     return codes;
 }
 
-/// Puts the names of the items that are in `least` histories into the index, in their order. By
-/// code: the rank of an item, or NONE.
+/// Adds the items that at least `least` histories hold to the index, in the byte order of their
+/// names. Returns, by code, the rank of each item, or NONE.
 std::vector<std::uint32_t> rankItems(const std::vector<std::uint32_t>& counts,
                                      const Dictionary& names, std::uint32_t least,
                                      IndexParts index) {
@@ -97,8 +97,7 @@ std::vector<std::uint32_t> rankItems(const std::vector<std::uint32_t>& counts,
     return ranks;
 }
 
-/// A row of a history as it is sorted: by time, then by rank; a row without a frequent item has the
-/// rank NONE.
+/// The sort key of a row: its time, then its rank. A row without a frequent item has the rank NONE.
 struct WideKey {
     std::uint64_t time;
     std::uint32_t rank;
@@ -143,9 +142,9 @@ std::vector<std::uint64_t>& timesOf(IndexParts& index, std::uint64_t) {
     return index.times64;
 }
 
-/// Sorts the rows of each history in their place, and keeps each frequent item of a transaction
-/// once, as its rank. What is left of a history stands first in it; the number of these rows, by
-/// history. The index gets the numbers of transactions.
+/// Sorts the rows of each history in place, and keeps each frequent item of a transaction once, as
+/// its rank. The kept rows of a history are moved to its beginning; returns their number by
+/// history. Counts the transactions of each history into the index.
 template <class Time>
 std::vector<std::uint32_t> sortRows(RowsByHistory<Time>& rows,
                                     const std::vector<std::uint32_t>& ranks, IndexParts index,
@@ -157,7 +156,7 @@ std::vector<std::uint32_t> sortRows(RowsByHistory<Time>& rows,
     for (std::size_t history = 0; history < rows.historyCount(); ++history) {
         tell(work, rows, history);
         keys.clear();
-        // Rows stand in reverse; in their own order they are mostly sorted by time.
+        // Rows are in reverse order. In their original order they are mostly sorted by time.
         for (std::size_t row = rows.end(history); row-- > rows.begin(history);) {
             const Code item = rows.item(row);
             keys.push_back(makeKey(rows.time(row), item == NO_ITEM ? NONE : ranks[at(item)]));
@@ -183,7 +182,7 @@ std::vector<std::uint32_t> sortRows(RowsByHistory<Time>& rows,
     return kept;
 }
 
-/// Fills the arrays of the transactions, with no room to spare.
+/// Fills the arrays of transactions, whose sizes are known beforehand.
 template <class Time>
 void fillTransactions(const RowsByHistory<Time>& rows, const std::vector<std::uint32_t>& kept,
                       IndexParts index, Work* work) {

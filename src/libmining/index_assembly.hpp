@@ -15,8 +15,8 @@
 
 namespace quarvis::mining {
 
-/// Rows by history, made by a counting sort: in a first walk over all rows each is announced, in a
-/// second one each is put into its place. `Time` has 32 or 64 bits.
+/// Groups rows by history with a counting sort. A first pass over the rows announces each of them;
+/// after `makeRoom`, a second pass puts each into its place. `Time` has 32 or 64 bits.
 template <class Time>
 class RowsByHistory {
   public:
@@ -37,7 +37,7 @@ class RowsByHistory {
         m_items.resize(sum);
     }
 
-    /// Puts down a row. Those of one history come to stand in the reverse order.
+    /// Puts a row into its place. The rows of a history end up in reverse order.
     void put(std::size_t history, Time time, Code item) {
         assert(history < historyCount());
         const std::uint32_t place = --m_begin[history];
@@ -46,7 +46,7 @@ class RowsByHistory {
         m_items[place] = item;
     }
 
-    /// Puts another row in the place of one.
+    /// Replaces a row.
     void replace(std::size_t row, Time time, Code item) {
         m_times[row] = time;
         m_items[row] = item;
@@ -72,10 +72,11 @@ class RowsByHistory {
 
 /// Which items an index has.
 struct ItemChoice {
-    std::uint32_t minCount;  ///< The least count that the index tells.
-    std::uint32_t least;     ///< The histories that an item must be in.
+    std::uint32_t minCount;  ///< What `HistoryIndex::minCount` returns.
+    std::uint32_t least;     ///< The number of histories that an item must be in.
 
-    /// Those in so many histories; a name that is in none is no item.
+    /// The items that at least `minCount` histories hold. A name that no history holds is not an
+    /// item.
     static ItemChoice ofCount(std::uint32_t minCount) {
         return {minCount, std::max<std::uint32_t>(minCount, 1)};
     }
@@ -84,9 +85,9 @@ struct ItemChoice {
     static ItemChoice all() { return {0, 0}; }
 };
 
-/// The index of the rows: keeps the items of `names` that are chosen,
-/// ranks them by name, and sorts each history by time and rank, without repetitions. Work is told
-/// history by history; null when there is nobody to tell.
+/// Makes an index of the rows: keeps the chosen items of `names`, ranks them by name, and sorts
+/// each history by time and rank, without repetitions. Takes three passes over the rows and a sort
+/// of each history. Adds its work history by history to `work`, unless that is null.
 template <class Time>
 HistoryIndex assembleIndex(RowsByHistory<Time> rows, const Dictionary& names, ItemChoice choice,
                            Work* work = nullptr);

@@ -11,13 +11,13 @@
 
 namespace quarvis::mining {
 
-/// Walks over the rows of a builder.
+/// Reads the rows of a builder.
 class BuilderRows {
   public:
     explicit BuilderRows(IndexBuilder& builder) : m_builder(builder) {}
 
     /// Calls `visit(entity, time, item)` for each item of each row, and once with NO_ITEM for a row
-    /// without one. `consume` gives each block back as soon as it is read.
+    /// without items. With `consume`, each block is freed as soon as it is read.
     template <class Visit>
     void forEach(bool consume, Visit visit) {
         const bool wide = m_builder.m_timeWidth == TimeWidth::BITS_64;

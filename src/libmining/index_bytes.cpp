@@ -16,7 +16,7 @@ namespace {
 constexpr char MAGIC[8] = {'Q', 'V', 'I', 'N', 'D', 'E', 'X', '\0'};
 constexpr std::uint64_t VERSION = 1;
 
-/// The numbers of the head after the letters, in their order.
+/// The numbers of the header after its letters, in order.
 enum Head : std::size_t {
     HEAD_VERSION,
     HEAD_TIME_BYTES,
@@ -30,7 +30,7 @@ enum Head : std::size_t {
     HEAD_SIZE,
 };
 
-/// What the bytes lack, in the words of the error.
+/// Says what is wrong with the bytes.
 class Damage : public IndexFormatError {
   public:
     explicit Damage(const char* what)
@@ -43,7 +43,7 @@ void require(bool holds, const char* what) {
     Reader::require(holds, what);
 }
 
-/// Whether these are where parts of an array of `size` elements begin, and its end.
+/// Whether these are the beginnings of the parts of an array of `size` elements, and its end.
 template <class Offsets>
 bool areOffsets(const Offsets& offsets, std::size_t size) {
     return offsets.front() == 0 && offsets.back() == size &&
@@ -86,7 +86,7 @@ void checkHistories(const IndexParts& parts, std::size_t transactions) {
     }
 }
 
-/// No item is in more histories than its count tells.
+/// Checks that no item is in more histories than its count.
 void checkCounts(const IndexParts& parts) {
     constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
     std::vector<std::uint32_t> left = parts.counts;

@@ -4,7 +4,7 @@
 
 namespace quarvis::mining {
 
-/// The arrays of an index, for those that make, cut, write and read one.
+/// Access to the arrays of an index, for code that makes, cuts, writes and reads indexes.
 class IndexParts {
   public:
     explicit IndexParts(HistoryIndex& index)

@@ -14,10 +14,10 @@
 #include "level_state.hpp"
 
 /// \file
-/// A run as bytes: the letters "QVLEVEL" and a zero byte, the numbers of the head, the counts of
-/// the items, for each level from pairs on its number of sets, parents, last items and counts, and
-/// the rules that are followed and those that were counted, each as a size, a set, a split and a
-/// count. All of it is checked where it is read.
+/// The state of a run as bytes: the letters "QVLEVEL" and a zero byte; the numbers of the header;
+/// the counts of the items; for each level from pairs on, the number of its sets, their parents,
+/// last items and counts; the live rules and the counted rules, each as columns of splits, sizes,
+/// sets and counts; and a checksum. The reader checks all of it.
 namespace quarvis::mining {
 
 namespace {
@@ -37,7 +37,7 @@ void require(bool holds, const char* what) {
     Reader::require(holds, what);
 }
 
-/// Which sets of each level, from pairs on, are written.
+/// By level, from pairs on: the range of the sets that are written.
 using Ranges = std::vector<std::pair<std::size_t, std::size_t>>;
 
 Ranges allOf(const FoundSets& found) {
@@ -47,7 +47,7 @@ Ranges allOf(const FoundSets& found) {
     return ranges;
 }
 
-/// The sets that begin with some items.
+/// The sets that begin with the first items of a block.
 Ranges rangesOf(const FoundSets& found, const LevelBlock& block) {
     Ranges ranges;
     std::size_t begin = found.pairBegin().at(block.begin);
@@ -64,7 +64,7 @@ Ranges rangesOf(const FoundSets& found, const LevelBlock& block) {
 
 void putSets(ByteWriter& writer, const FoundSets& found, const Ranges& ranges) {
     writer.number(std::uint64_t{ranges.size()});
-    std::uint32_t shift = 0;  // the places of the level below begin there
+    std::uint32_t shift = 0;  // where the written sets of the level below begin
     for (std::size_t size = 2; size < ranges.size() + 2; ++size) {
         const FoundSets::Level& level = found.level(size);
         const auto [begin, end] = ranges[size - 2];
@@ -99,7 +99,7 @@ void putRules(ByteWriter& writer, const Rules& rules, Split splitOf, Count count
         writer.array(std::span<const std::uint32_t>(column));
 }
 
-/// What of a state is written beside the items and the settings.
+/// The parts of a state that are written besides the items and the settings.
 struct Parts {
     Ranges ranges;
     bool live;

@@ -15,14 +15,14 @@
 #include "splits.hpp"
 
 /// \file
-/// The side of a run over shards that decides. Candidates are made and pruned by `Candidates`, as
-/// in `mineShards`; rules that are met often enough are kept as sets and splits. Only the sums of
-/// the counts come from elsewhere.
+/// The side of a run over shards that decides. `Candidates` makes and prunes the candidates, as in
+/// `mineShards`. Rules that are met in enough histories are kept as sets and splits. Only the sums
+/// of counts come from outside.
 namespace quarvis::mining {
 
 namespace {
 
-/// Calls `visit` for each block of the candidates.
+/// Calls `visit` for each block that has candidates.
 template <class Visit>
 void forEachBlock(FoundSets& found, std::size_t items, std::uint32_t minCount, std::uint64_t most,
                   Visit visit) {
@@ -38,7 +38,7 @@ LevelBlock blockOf(const Candidates& candidates) {
             static_cast<std::uint32_t>(candidates.end()), candidates.count()};
 }
 
-/// The counts of all candidates of a block, which are 0 where they are not frequent.
+/// The counts of all candidates of a block; 0 for those that are not frequent.
 std::vector<std::uint32_t> countsOf(const FrequentCandidates& frequent, std::size_t candidates) {
     if (frequent.places.size() != frequent.counts.size())
         throw std::invalid_argument("columns of different lengths");

@@ -14,7 +14,7 @@
 
 namespace quarvis::mining {
 
-/// What a `LevelRun` knows.
+/// The state of a `LevelRun`.
 class LevelState {
   public:
     LevelState(std::vector<std::uint32_t> itemCounts, const MiningOptions& settings)
@@ -32,20 +32,20 @@ class LevelState {
     std::vector<SplitSet> live;
     std::vector<CountedRule> rules;
 
-    /// The sets that are found, in the order of their ranks; made when they are asked for.
+    /// The sets found so far, in the order of their ranks; sorted when first asked for.
     const ItemSets& itemSets();
 
-    /// Forgets them, as there are more.
+    /// Drops the sorted sets, because there are more.
     void changed() { m_ordered.reset(); }
 
   private:
     std::optional<ItemSets> m_ordered;
 };
 
-/// The order of tallies: by set, and by split.
+/// The order of tallies: by set, then by split.
 bool precedes(const RuleTally& a, const RuleTally& b);
 
-/// By set of the first level: how many sets of a size it begins.
+/// The number of sets of a size that begin with each set of the first level.
 std::vector<std::uint64_t> setsByFirst(const ItemSets& sets, std::size_t size);
 
 }  // namespace quarvis::mining

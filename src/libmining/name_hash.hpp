@@ -5,8 +5,9 @@
 #include <string_view>
 
 /// \file
-/// Names eight bytes at a time. Of a longer name the last eight bytes overlap those before; a
-/// shorter one makes a single number, with its length another for every name.
+/// Hashes and compares names eight bytes at a time. The last eight bytes of a name may overlap
+/// those before. A name of fewer than eight bytes is a single number, which identifies it among the
+/// names of its length.
 namespace quarvis::mining {
 
 inline std::uint64_t wordAt(const char* bytes) {
@@ -15,7 +16,7 @@ inline std::uint64_t wordAt(const char* bytes) {
     return word;
 }
 
-/// A name of fewer than eight bytes.
+/// The number of a name of fewer than eight bytes.
 inline std::uint64_t shortWord(std::string_view name) {
     const auto byteAt = [name](std::size_t i) {
         return std::uint64_t{static_cast<unsigned char>(name[i])};
@@ -31,8 +32,9 @@ inline std::uint64_t shortWord(std::string_view name) {
     return size == 0 ? 0 : byteAt(size - 1) << 16 | byteAt(size / 2) << 8 | byteAt(0);
 }
 
-/// A hash of a name. A multiplication by an odd number carries every bit up, and a shift brings the
-/// high ones down. The same on every run of a machine; its values must not reach a result.
+/// A hash of a name. Multiplying by an odd number carries every bit up, and shifting brings the
+/// high bits down. Hashes differ between machines of different byte orders, so they must not affect
+/// a result.
 inline std::uint32_t nameHash(std::string_view name) {
     constexpr std::size_t word = sizeof(std::uint64_t);
     const auto mixed = [](std::uint64_t hash, std::uint64_t with) {
@@ -41,7 +43,7 @@ inline std::uint32_t nameHash(std::string_view name) {
     };
     std::uint64_t hash = name.size();
     if (name.size() < word) {
-        // The length is spread over all bits first, as the bytes of a short name repeat.
+        // The length is spread over all bits first, because `shortWord` repeats bytes.
         hash = mixed(mixed(0, hash), shortWord(name));
     } else {
         const char* const last = name.data() + name.size() - word;

@@ -7,7 +7,7 @@
 
 namespace quarvis::mining {
 
-/// By rank: whether the item is in a frequent set with another one. No other is in a rule.
+/// By rank: whether the item is in a frequent pair. No other item is in a rule.
 inline std::vector<bool> relevantItems(const ItemSets& sets, std::size_t items) {
     std::vector<bool> relevant(items);
     const Level& pairs = sets.level(2);

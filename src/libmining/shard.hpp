@@ -7,7 +7,7 @@
 namespace quarvis::mining {
 
 /// The histories [begin, end) of an index. Counts over all histories are sums of the counts over
-/// the shards that they are cut into.
+/// shards that hold each history once.
 struct Shard {
     const HistoryIndex* index;
     std::size_t begin;

@@ -18,8 +18,8 @@
 #include "standings.hpp"
 
 /// \file
-/// The side of a run over shards that counts. The walks are those of `mineShards`, of which each
-/// call does the work of one shard.
+/// The side of a run over shards that counts. The walks are those of `mineShards`; each call does
+/// the work of one shard.
 namespace quarvis::mining {
 
 class ShardParts {

@@ -23,7 +23,7 @@ namespace quarvis::mining {
 
 namespace {
 
-/// What the counting of rules on one shard works on.
+/// What is made of a shard to count rules on it.
 struct RuleParts {
     RuleParts(const HistoryIndex& index, const ItemSets& sets, const std::vector<bool>& relevant,
               std::uint64_t window, Step& step)
@@ -34,7 +34,7 @@ struct RuleParts {
     PairTallies tallies;
 };
 
-/// A run over shards: makes candidates, has every shard count them, sums and prunes.
+/// A run over shards: makes candidates, counts them on every shard, sums the counts and prunes.
 class ShardedRun {
   public:
     ShardedRun(std::span<const HistoryIndex> shards, const MiningOptions& options,
@@ -101,7 +101,7 @@ class ShardedRun {
                            m_step);
     }
 
-    /// Calls `work` for each shard, in the threads of the run.
+    /// Calls `onShard(shard, work)` for each shard, in the threads of the run.
     template <class OnShard>
     void m_onEach(OnShard onShard) {
         const auto makeWorker = [&](unsigned) {

@@ -13,7 +13,7 @@ namespace quarvis::mining {
 
 namespace {
 
-/// SplitMix64: numbers of 64 bits, each equally likely.
+/// SplitMix64: numbers of 64 bits, all equally likely.
 class Draws {
   public:
     explicit Draws(std::uint64_t seed) : m_state(seed) {}
@@ -26,8 +26,8 @@ class Draws {
         return z ^ (z >> 31);
     }
 
-    /// A number below `bound`, each equally likely: what is drawn beyond the last multiple of the
-    /// bound is drawn again.
+    /// A number below `bound`, all equally likely. Draws beyond the last multiple of `bound` are
+    /// repeated.
     std::uint64_t below(std::uint64_t bound) {
         const std::uint64_t excess =
             (std::numeric_limits<std::uint64_t>::max() % bound + 1) % bound;
