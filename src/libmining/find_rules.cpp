@@ -17,8 +17,8 @@ namespace quarvis::mining {
 
 namespace {
 
-/// The sets of the first level, those first that take the longest to work on: no thread is to begin
-/// one of these when the others are nearly done.
+/// The sets of the first level, the most expensive ones first, so that no thread begins one of
+/// these when the others are nearly done.
 std::vector<std::size_t> longestFirst(const Standings& standings, const ItemSets& sets) {
     const Level& items = sets.level(1);
     const auto cost = [&](std::size_t first) {
@@ -32,7 +32,8 @@ std::vector<std::size_t> longestFirst(const Standings& standings, const ItemSets
     return order;
 }
 
-/// Counts the rules, in the threads of the run.
+/// Counts the rules of a whole index: makes the standings and the tallies of pairs, and then shares
+/// the first items among the threads of the run, each with a `RuleWalk`.
 std::vector<CountedRule> countRules(const HistoryIndex& index, const ItemSets& sets,
                                     const MiningOptions& options, Observer& observer, Step& step) {
     std::vector<CountedRule> counted;

@@ -12,30 +12,30 @@
 
 namespace quarvis::mining {
 
-/// The pairs of items of which a rule is followed.
+/// The live pairs: the frequent pairs with a rule that is followed (see `RuleLedger`).
 ///
-/// A rule that is met leaves a rule of a pair met for each item of its antecedent and each of its
-/// subsequent. So no rule is met often enough unless all these pairs are here.
+/// If a rule "A => S" is met, so is "a => s" for each a in A and each s in S. So a rule can be met
+/// in enough histories only if all these pairs are live.
 class LivePairs {
   public:
-    /// A pair with an item before this one: which of its rules are followed.
+    /// A later item of a live pair, and which rules of the pair are followed.
     struct Partner {
         Rank item;
         bool forward;   ///< "first => item"
         bool backward;  ///< "item => first"
     };
 
-    /// Of the pairs of `sets`, as `ledger` decides.
+    /// Takes the pairs of `sets` with a rule that `ledger` follows.
     LivePairs(const PairTallies& tallies, const ItemSets& sets, std::size_t items,
               RuleLedger& ledger);
 
-    /// The pairs of a first item, by ascending partner.
+    /// The live pairs of a first item, by ascending later item.
     std::span<const Partner> of(Rank first) const {
         return {m_partners.data() + m_begin[at(first)],
                 m_begin[at(first) + 1] - m_begin[at(first)]};
     }
 
-    /// Whether an item is in any pair.
+    /// Whether an item is in any live pair.
     bool has(Rank item) const { return m_has[at(item)]; }
 
   private:

@@ -11,11 +11,11 @@ namespace {
 
 constexpr std::uint32_t NONE = static_cast<std::uint32_t>(-1);
 
-/// How many counters a strip of the matrix has.
+/// The number of counters of a strip.
 constexpr std::size_t STRIP_SIZE = std::size_t{1} << 18;
 
-/// A counter for each of the two rules of a pair: that of the forward one in the lower half, which
-/// never overflows as no count is above the number of histories.
+/// The counters of both rules of a pair; that of the forward rule is the lower half. It does not
+/// overflow, because no count is greater than the number of histories.
 using Counters = std::uint64_t;
 
 Counters counters(bool forward, bool backward, Counters weight) {
@@ -41,13 +41,13 @@ struct Numbers {
     }
 };
 
-/// Counts a strip of the matrix after the other.
+/// Counts the matrix strip by strip.
 class StripCounter {
   public:
     StripCounter(const Standings& standings, const Numbers& numbers)
         : m_standings(standings), m_numbers(numbers) {}
 
-    /// Counts for the first items of the numbers [begin, end).
+    /// Counts the strip of the first items with the numbers [begin, end).
     void count(std::size_t begin, std::size_t end, Work& work) {
         m_begin = begin;
         m_end = end;
@@ -65,7 +65,8 @@ class StripCounter {
     }
 
   private:
-    /// Its items are the entries [entry, end). What it cost, in nanoseconds or so.
+    /// Adds the history whose items are the entries [entry, end). Returns the cost in units of
+    /// work.
     std::size_t m_addHistory(std::size_t history, std::size_t entry, std::size_t end) {
         m_items.resize(end - entry);
         for (std::size_t i = 0; i < m_items.size(); ++i)
@@ -85,8 +86,8 @@ class StripCounter {
         return cost;
     }
 
-    /// Adds the pairs of an item of a history with all later ones; `all` are the masks of the first
-    /// of its items.
+    /// Adds the pairs of an item of a history with all later items. `all` are the masks of the
+    /// history's first item.
     template <bool ONE_WORD>
     void m_addPairs(const Standings::Masks& all, std::size_t first, Counters weight) {
         const std::size_t words = ONE_WORD ? 1 : all.words;
@@ -113,7 +114,7 @@ class StripCounter {
     std::vector<std::uint32_t> m_items;
 };
 
-/// Counts the pairs of one first item after the other, in the histories of that item.
+/// Counts the pairs of each first item in the histories of that item.
 class ItemCounter {
   public:
     ItemCounter(const Standings& standings, const Level& pairs)
@@ -157,9 +158,9 @@ class ItemCounter {
     std::vector<std::uint32_t> m_pairOf;  // by rank, or NONE
 };
 
-/// Whether going through all histories for each of so many strips costs less than it costs to go to
-/// the histories of each first item, which lie anywhere in memory. Both look at all pairs of items
-/// in a history once.
+/// Whether a pass over all histories for each strip is cheaper than visiting the histories of each
+/// first item, which may be anywhere in memory. Both ways look once at each pair of items of a
+/// history.
 bool stripsPay(const Standings& standings, std::size_t strips) {
     constexpr std::size_t far = 3;
     std::size_t entries = 0;

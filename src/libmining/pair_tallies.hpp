@@ -11,14 +11,14 @@
 
 namespace quarvis::mining {
 
-/// In how many histories the rules between two items are met, for all frequent pairs.
+/// For each frequent pair of items, the numbers of histories in which its two rules are met.
 ///
-/// They are counted history by history, in a matrix of first and second items: each history adds to
-/// the counters of all pairs of its items, frequent or not. So memory is read in its order, and a
-/// pair of items in a history of up to 64 moments takes about a nanosecond, much less than keeping
-/// the moments of the pair does. The counts tell for which pairs they have to be kept. A matrix
-/// that would not fit into a cache is made in strips of some first items each; where that would
-/// take too many strips, the pairs of a first item are counted in the histories of that item.
+/// A pass over all histories adds each pair of items of a history, frequent or not, to a matrix of
+/// counters. It reads memory in order and takes about a nanosecond for a pair in a history of up to
+/// 64 moments, much less than keeping the moments of the pair would. The numbers then tell for
+/// which pairs moments must be kept. A matrix that does not fit into a cache is made in strips of
+/// first items, each in a pass of its own. If that takes too many passes, the pairs of each first
+/// item are counted in the histories of that item. Takes 8 bytes a frequent pair.
 class PairTallies {
   public:
     /// A number for each of the rules of a pair (a, b), a before b.
@@ -27,17 +27,19 @@ class PairTallies {
         std::uint32_t backward = 0;  ///< "b => a"
     };
 
-    /// Counts for all pairs of `sets`, in several threads.
+    /// Counts for all pairs of `sets`, in `threads` threads of a step.
     PairTallies(const Standings& standings, const ItemSets& sets, unsigned threads, Step& step);
 
-    /// The histories in which the rules of a pair are met, by its place in its level.
+    /// The numbers of histories in which the rules of a pair are met. `pair` is its place in its
+    /// level.
     const Pair& met(std::size_t pair) const { return m_met[pair]; }
 
   private:
     std::vector<Pair> m_met;
 };
 
-/// The histories in which the rules of the pair (a, b) count. A walk over the places of both items.
+/// The numbers of histories in which the rules of the pair (a, b) count. Merges the places of both
+/// items.
 PairTallies::Pair countPair(const Standings& standings, Rank a, Rank b);
 
 }  // namespace quarvis::mining

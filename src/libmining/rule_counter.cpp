@@ -62,7 +62,7 @@ void RuleCounter::keepTried(Met& met, const Try& tried, std::uint64_t* bits, con
     const std::uint64_t* const before = m_partners.before(number);
     const std::uint64_t* const after = m_partners.after(number);
     for (std::size_t word = 0; word < words; ++word) {
-        // The item is all of one side in the rules that it makes with the set as a whole.
+        // With AFTER_ALL or BEFORE_ALL the item is all of one side.
         madeAntecedent[word] = tried.from == AFTER_ALL ? before[word]
                                : tried.isNew           ? toAntecedent[word] & before[word]
                                                        : toAntecedent[word];

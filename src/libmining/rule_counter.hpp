@@ -15,42 +15,42 @@
 
 namespace quarvis::mining {
 
-/// Counts the rules of item sets for a walk over them (see `RuleWalk`), each set from what was kept
-/// of a set with one item less. The walk takes the sets of one first item after the other.
+/// Counts the rules of item sets for `RuleWalk`, each set from what was kept of a set with one item
+/// less. The walk takes the sets of one first item at a time.
 ///
-/// A rule is counted only if each item of its antecedent and each of its subsequent are a pair
-/// whose rule is followed. So for each rule that is kept there are the items that may join its
-/// antecedent, and those that may join its subsequent; and for a set those that may precede it
-/// alone, and follow it.
+/// A rule is counted only if each rule "a => s", with a in its antecedent and s in its subsequent,
+/// is followed. So each kept rule has two bitsets of `RulePartners`: the items that may join its
+/// antecedent, and those that may join its subsequent. A kept set has two as well: the items that
+/// may precede all of its items, and those that may follow all of them.
 ///
-/// What is kept of a set lives until the counter is rewound to a mark from before.
+/// What is kept of a set lives until the counter is rewound to an earlier mark.
 class RuleCounter {
   public:
     /// The rules of a set that are followed.
     struct Met {
         std::size_t rules = 0;
         SplitMask* splits = nullptr;
-        std::uint64_t** bits = nullptr;         // where the rule is met
-        std::uint64_t* toAntecedent = nullptr;  // a bitset of partners a rule
+        std::uint64_t** bits = nullptr;         // by rule: where it is met
+        std::uint64_t* toAntecedent = nullptr;  // by rule: a bitset of partners
         std::uint64_t* toSubsequent = nullptr;
     };
 
-    /// What is kept of a set, with a measure of what it costs to extend it.
+    /// What is kept of a set. `cost` is what extending it costs, compared with other sets.
     struct Kept {
         std::size_t cost = 0;
         Met met;
-        const std::uint64_t* before = nullptr;  // a bitset: the partners that may precede all items
+        const std::uint64_t* before = nullptr;  // the partners that may precede all items
         const std::uint64_t* after = nullptr;
     };
 
-    /// An item after the first one, which both are in so many histories at most.
+    /// A later item than the first one. Both are together in at most `histories` histories.
     struct Partner {
         Rank item;
         std::uint32_t histories;
     };
 
-    /// A set that is to be counted, of `size` items: the set that it extends and `item`, which
-    /// stands at `place` among its items. What is not needed is not kept.
+    /// A set to count: its size, its place in its level, the item that it adds to the kept set, and
+    /// the place of that item among its items. If `isNeeded` is false, nothing is kept of the set.
     struct Extension {
         std::size_t size;
         std::size_t set;
@@ -72,38 +72,38 @@ class RuleCounter {
     RuleCounter& operator=(const RuleCounter&) = delete;
     virtual ~RuleCounter() = default;
 
-    /// Begins with the first item of the partners; its sets hold no others than these. False when
-    /// this counter does not suit it.
+    /// Starts with a first item. All other items of its sets are among the partners. Returns false
+    /// when this counter does not suit the item.
     virtual bool begin(Rank first, std::span<const Partner> partners) = 0;
 
-    /// What is kept of the pair of the first item and a partner; of its rules those that are
-    /// followed: "first => partner" is the forward one.
+    /// Keeps the pair of the first item and a partner with those of its rules that are followed;
+    /// the forward rule is "first => partner".
     virtual const Kept* pair(Rank partner, bool forward, bool backward) = 0;
 
-    /// Takes the rules of a set to the ledger. Null when none of them is followed, or the set is
-    /// not needed.
+    /// Counts the rules of a set and has the ledger decide about them. Returns null when no rule is
+    /// followed or the set is not needed.
     virtual const Kept* extend(const Kept& from, const Extension& to) = 0;
 
     virtual Mark mark() const = 0;
     virtual void rewind(const Mark& mark) = 0;
 
   protected:
-    /// A rule of a set, that one rule of a smaller set leads to.
+    /// A rule to try for a set, from what was kept of the smaller set.
     struct Try {
         std::size_t from;  // which rule of the smaller set, or one of the two below
         bool isNew;        // whether the item joins the subsequent
         SplitMask split;
     };
 
-    /// The item precedes all others, which come at once.
+    /// The item is the antecedent; all others, which come at once, are the subsequent.
     static constexpr std::size_t BEFORE_ALL = static_cast<std::size_t>(-1);
-    /// The item follows all others.
+    /// The item is the subsequent; all others are the antecedent.
     static constexpr std::size_t AFTER_ALL = static_cast<std::size_t>(-2);
 
-    /// Finds the rules that a set may have, into m_tries; whether there are any.
+    /// Lists in m_tries the rules that a set may have. Returns whether there are any.
     bool findTries(const Kept& from, const Extension& to);
 
-    /// Room for so many rules.
+    /// Takes room for `most` rules.
     Met takeMet(std::size_t most);
 
     /// Keeps a rule of a pair.
@@ -113,7 +113,7 @@ class RuleCounter {
     /// Keeps a rule that was tried.
     void keepTried(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from, Rank item);
 
-    /// Keeps what may precede and follow all items: of a pair, of a larger set.
+    /// Keeps the items that may precede or follow all items: of a pair, and of a larger set.
     void keepAround(Kept& made, std::uint32_t first, std::uint32_t second);
     void keepAround(Kept& made, const Kept& from, Rank item);
 

@@ -11,14 +11,14 @@
 
 namespace quarvis::mining {
 
-/// In how many histories a rule is met, and in how many it counts: where it is met at a transaction
-/// that does not hold all of its antecedent.
+/// The numbers of histories in which a rule is met and in which it counts. A rule counts where it
+/// is met at a transaction that does not hold all of its antecedent.
 struct Tally {
     std::uint32_t met = 0;
     std::uint32_t counted = 0;
 };
 
-/// A rule by the set of its items, given by its size and place, and the split of it.
+/// A rule: the size and place of its item set, and the split of the set.
 struct SplitSet {
     std::uint32_t size;
     std::uint32_t set;
@@ -35,8 +35,9 @@ struct CountedRule {
     std::uint32_t count;
 };
 
-/// Decides on rules as the walk tallies them. A set all of whose rules are dropped is dead: no set
-/// that it is extended to is looked at on its account.
+/// Decides about rules as a walk tallies them. A rule that is followed is kept, to make rules of
+/// larger sets from it. A set without a rule that is followed is dead: it makes no larger set worth
+/// a look.
 class RuleLedger {
   public:
     RuleLedger() = default;
@@ -47,18 +48,19 @@ class RuleLedger {
     /// A rule that is met in fewer histories than this is neither followed nor counted.
     virtual std::uint32_t least() const = 0;
 
-    /// A rule is met in so many histories of the shard. Whether it is to be followed.
+    /// Whether to follow a rule that is met in `met` histories of the shard.
     virtual bool follows(const SplitSet& rule, std::uint32_t met) = 0;
 
-    /// Whether the histories that a rule counts in are asked for. Asked right after `follows`.
+    /// Whether to find out in how many histories a rule counts. Called right after `follows`.
     virtual bool isCounted(const SplitSet& rule, std::uint32_t met) = 0;
 
-    /// The answer.
+    /// Takes the tally of a rule for which `isCounted` is true.
     virtual void count(const SplitSet& rule, Tally tally) = 0;
 };
 
-/// Takes a rule that is met in so many histories to a ledger; whether it is followed. `counted`
-/// tells in how many of them it counts, and is called only when that is asked for.
+/// Has a ledger decide about a rule that is met in `met` histories. Returns whether it is followed.
+/// `counted` returns in how many histories the rule counts, and is called only if the ledger wants
+/// to know.
 template <class Counted>
 bool judge(RuleLedger& ledger, Meter& meter, const SplitSet& rule, std::uint32_t met,
            Counted counted) {
@@ -72,7 +74,8 @@ bool judge(RuleLedger& ledger, Meter& meter, const SplitSet& rule, std::uint32_t
     return followed;
 }
 
-/// The ledger of a run whose shard is the whole: rules that are met too seldom are dropped at once.
+/// The ledger of a run over one shard, the whole: rules that are met in too few histories are
+/// dropped at once.
 class WholeLedger : public RuleLedger {
   public:
     explicit WholeLedger(std::uint32_t least) : m_least(least) {}
@@ -91,12 +94,12 @@ class WholeLedger : public RuleLedger {
     std::uint32_t m_least;
 };
 
-/// The ledger of one shard among several, for the sets of one size: rules of fewer items are
-/// followed as the sum over all shards told, and all rules of that size are tallied.
+/// The ledger of one shard among several, for the rules of one size. Smaller rules are followed if
+/// the sums over all shards said so. The rules of the size are all tallied.
 class ShardLedger : public RuleLedger {
   public:
-    /// `live` are the rules of fewer items that are met often enough in all shards together, in
-    /// ascending order; they must outlive the ledger.
+    /// `live` has the smaller rules that are met in enough histories of all shards together, in
+    /// ascending order. It must outlive the ledger.
     ShardLedger(std::uint32_t size, const std::vector<SplitSet>& live)
         : m_size(size), m_live(live) {}
 

@@ -9,29 +9,30 @@
 
 namespace quarvis::mining {
 
-/// The items that may be in rules of three items and more with one first item, and which of them
-/// may stand on the two sides of a rule: those whose pair has a rule that is followed.
+/// For rules of three items or more that have a given first item: which items may be on which side.
+/// An item may be in the antecedent while another one is in the subsequent only if that rule of
+/// their pair is followed.
 ///
-/// The items are numbered, the first one 0, and sets of them are bitsets of `words()` words.
+/// Items are numbered, the first one 0, and a set of items is a bitset of `words()` words.
 class RulePartners {
   public:
     static constexpr std::uint32_t NONE = static_cast<std::uint32_t>(-1);
 
     RulePartners(const LivePairs& live, std::size_t items) : m_live(live), m_numbers(items, NONE) {}
 
-    /// Begins with a first item, of which these items after it are partners, ascending.
+    /// Starts with a first item and the later items of its pairs, ascending.
     void begin(Rank first, const std::vector<Rank>& partners);
 
-    /// The number of an item, or NONE if it is in no rule.
+    /// The number of an item, or NONE if it is in no such rule.
     std::uint32_t number(Rank item) const { return m_numbers[at(item)]; }
     std::size_t words() const { return m_words; }
 
-    /// The items that may follow this one: they in the subsequent, it in the antecedent.
+    /// The items that may be in the subsequent while this one is in the antecedent.
     const std::uint64_t* after(std::uint32_t number) const {
         return m_row(std::size_t{2} * number);
     }
 
-    /// The items that may precede this one.
+    /// The items that may be in the antecedent while this one is in the subsequent.
     const std::uint64_t* before(std::uint32_t number) const {
         return m_row(std::size_t{2} * number + 1);
     }

@@ -17,7 +17,7 @@ bool passes(const Rule& rule, const Thresholds& thresholds) {
            rule.lift >= thresholds.minLift && rule.conviction <= thresholds.maxConviction;
 }
 
-/// Selects some of the rules, and puts them into order.
+/// Selects the rules of one thread that pass, and sorts them.
 class RuleSelection {
   public:
     RuleSelection(const ItemSets& sets, const Thresholds& thresholds, std::size_t histories)
@@ -44,7 +44,7 @@ class RuleSelection {
   private:
     using Key = std::array<std::uint64_t, 2>;
 
-    /// A rule at a place of m_selected, with the beginning of its text.
+    /// The place of a rule in m_selected, and the beginning of its sides as a number.
     struct Keyed {
         Key key;
         std::size_t place;
@@ -63,19 +63,19 @@ class RuleSelection {
 
     const ItemSets& m_sets;
     const Thresholds& m_thresholds;
-    unsigned m_bits;            // of a rank or an end mark in a key
-    SplitSet m_set{};           // the last rule whose items were asked for, and
-    std::vector<Rank> m_items;  // its items
+    unsigned m_bits;   // bits of a rank or an end mark in a key
+    SplitSet m_set{};  // the rule whose items m_items holds
+    std::vector<Rank> m_items;
     Rules m_selected;
     std::vector<Keyed> m_order;
 };
 
-/// As many as a mark takes that is greater than all ranks.
+/// The bits of an end mark, which is greater than all ranks.
 unsigned RuleSelection::s_bitsOf(const Level& items) {
     return static_cast<unsigned>(std::bit_width(at(items.last.back()) + std::size_t{1}));
 }
 
-/// The count of a frequent set, of which every part is frequent too.
+/// The count of a part of a frequent set, which is frequent too.
 std::size_t RuleSelection::m_countOf(const Rank* items, std::size_t size) const {
     const std::size_t set = m_sets.find({items, size});
     assert(set != ItemSets::NOT_FOUND);
@@ -126,8 +126,8 @@ void RuleSelection::m_add(const CountedRule& counted) {
         ranks.resize(begin);
 }
 
-/// As much as a key holds of the ranks of the antecedent, an end mark, the ranks of the subsequent
-/// and an end mark. As a mark is greater than all ranks, keys that differ are in the order of their
+/// The ranks of the antecedent, an end mark, the ranks of the subsequent and end marks, as far as a
+/// key holds them. A mark is greater than all ranks, so keys that differ are in the order of their
 /// rules.
 RuleSelection::Key RuleSelection::m_keyOf(const Rules::Stored& rule) const {
     const std::uint64_t mark = ~std::uint64_t{0} >> (64 - m_bits);

@@ -12,11 +12,11 @@
 
 namespace quarvis::mining {
 
-/// Whether a rule passes. A NaN fails.
+/// Whether a rule passes the thresholds. A NaN passes none.
 bool passes(const Rule& rule, const Thresholds& thresholds);
 
-/// The rules among the counted ones that pass the thresholds, with their measures, in their order.
-/// `histories` is the number of all histories; the work is done in `threads` threads.
+/// Selects the counted rules that pass the thresholds. Returns them with their measures, in the
+/// order of `standsBefore`. `histories` is the number of all histories. Works in `threads` threads.
 Rules selectRules(const std::vector<CountedRule>& counted, const ItemSets& sets,
                   const Thresholds& thresholds, std::size_t histories, unsigned threads,
                   Step& step);

@@ -55,7 +55,7 @@ void RuleWalk::walk(std::size_t first) {
     m_counter->rewind(mark);
 }
 
-/// Takes the rules of the pairs of an item to the ledger.
+/// Has the ledger decide about the rules of a first item's pairs.
 void RuleWalk::m_judgePairs(Rank first) {
     for (Pair& pair : m_pairs) {
         const PairTallies::Pair met = m_tallies.met(pair.set);
@@ -75,7 +75,7 @@ void RuleWalk::m_judgePairs(Rank first) {
     }
 }
 
-/// Chooses the items of triples that are to be looked at; whether there are any.
+/// Chooses the later items of triples that may have a rule. Returns whether there are any.
 bool RuleWalk::m_choosePartners() {
     const Level& pairs = m_sets.level(2);
     for (std::size_t i = 0; i < m_pairs.size(); ++i) {
@@ -95,7 +95,7 @@ bool RuleWalk::m_choosePartners() {
     return !m_needed.empty();
 }
 
-/// Whether the pairs of the items of a triple, the first item and these, leave a rule possible.
+/// Whether a triple of the first item and these may have a rule, judging by its pairs.
 bool RuleWalk::m_mayHaveRule(Rank second, Rank third) const {
     const std::uint32_t numbers[] = {0, m_rulePartners.number(second),
                                      m_rulePartners.number(third)};
@@ -113,7 +113,7 @@ bool RuleWalk::m_mayHaveRule(Rank second, Rank third) const {
     return false;
 }
 
-/// Has of the pairs kept what is needed, and goes on to larger sets.
+/// Keeps the pairs that are needed, and visits the larger sets.
 void RuleWalk::m_visitPairs() {
     std::vector<Node>& nodes = m_nodesAt(2);
     for (const Pair& pair : m_pairs)
@@ -131,7 +131,7 @@ std::vector<RuleWalk::Node>& RuleWalk::m_nodesAt(std::size_t size) {
     return m_nodes[size];
 }
 
-/// Looks at the extensions of `nodes`, which are of `size` items and share all but the last.
+/// Visits the extensions of a class of sets of `size` items.
 void RuleWalk::m_visit(std::size_t size, const std::vector<Node>& nodes) {
     if (size == m_maxSize)
         return;
@@ -168,8 +168,7 @@ void RuleWalk::m_visit(std::size_t size, const std::vector<Node>& nodes) {
     }
 }
 
-/// Marks those of the sets [begin, end), which share all items but the last, whose last item
-/// another of them is extended by.
+/// Marks those sets of the class [begin, end) whose last item extends another set of the class.
 void RuleWalk::m_markJoined(std::size_t size, std::size_t begin, std::size_t end) {
     ++m_markings;
     if (size >= m_maxSize)
@@ -180,7 +179,7 @@ void RuleWalk::m_markJoined(std::size_t size, std::size_t begin, std::size_t end
         m_joined[at(above.last[set])] = m_markings;
 }
 
-/// Whether larger sets are made from a set that m_markJoined was last called for.
+/// Whether larger sets are made from a set of the class that m_markJoined last marked.
 bool RuleWalk::m_isNeeded(std::size_t size, std::size_t set) const {
     const Level& level = m_sets.level(size);
     return size < m_maxSize && (level.extensions[set] < level.extensions[set + 1] ||

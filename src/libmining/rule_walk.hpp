@@ -19,35 +19,36 @@
 
 namespace quarvis::mining {
 
-/// The counting of rules: a walk over the frequent item sets, depth first, in which the rules of a
-/// set are counted from what was kept of a set with one item less (see `RuleCounter`). In how many
-/// histories the rules of pairs are met is known before, so that something is kept only of pairs
-/// that a triple is made from, and of items of triples that are looked at.
+/// Counts the rules of the frequent item sets, depth first: the rules of a set are counted from
+/// what was kept of a set with one item less (see `RuleCounter`). The tallies of pairs are known
+/// beforehand, so only pairs and items of triples that may have a rule are kept.
 ///
-/// A rule that is met leaves every smaller rule with two sides met. So from three items on a set
-/// has a rule that is met often enough only if its prefix has one, or the set without its last item
-/// but one; all other sets are passed over. And a rule that is met too seldom is dropped at once,
-/// as none that it is extended to is met more often.
+/// If a rule is met, so is each rule that is left when items are removed and both sides keep an
+/// item. So a rule that is met in too few histories is dropped with all that it could become. In a
+/// rule of three items or more, at most one of the last two items is all of a side, so the other
+/// one can be removed. So a set is looked at only if its prefix, or the set without its last item
+/// but one, has a rule that is followed.
 class RuleWalk {
   public:
-    /// Over the sets of at most `maxSize` items. `single` tells that no history of the standings
-    /// meets a rule at more than one moment, as it is without a window.
+    /// Walks over the sets of at most `maxSize` items. `single` promises that no history meets a
+    /// rule at more than one moment, which holds without a window. All references must outlive the
+    /// walk.
     RuleWalk(const Standings& standings, const PairTallies& tallies, const ItemSets& sets,
              std::size_t maxSize, Splits splits, bool single, RuleLedger& ledger, Work& work);
 
-    /// The rules of all sets that begin with the set `first` of the first level.
+    /// Counts the rules of all sets that begin with set `first` of the first level.
     void walk(std::size_t first);
 
   private:
-    /// A set among those that share all items but the last, with what is kept of it if it is alive.
+    /// A set of a class, that is of those that share all items but the last. `kept` is null if it
+    /// is dead.
     struct Node {
         std::size_t set;
         Rank last;
         const RuleCounter::Kept* kept;
     };
 
-    /// A pair of the first item: which of its rules are followed, and whether it or its last item
-    /// is needed for a triple.
+    /// A pair of the first item: which of its rules are followed, and whether a triple needs it.
     struct Pair {
         std::size_t set;
         Rank last;
@@ -79,12 +80,12 @@ class RuleWalk {
     RulePartners m_rulePartners;
     MomentCounter m_moments;
     std::optional<OrderCounter> m_orders;  // where there is no window
-    RuleCounter* m_counter = nullptr;      // the one that suits the first item at hand
+    RuleCounter* m_counter = nullptr;      // the one for the current first item
     std::vector<Pair> m_pairs;
     std::vector<Rank> m_later;                   // their last items
     std::vector<RuleCounter::Partner> m_needed;  // those that triples are made from
     std::deque<std::vector<Node>> m_nodes;       // by size
-    // By rank: the last time that m_markJoined marked a set with this last item.
+    // By rank: the last marking by m_markJoined of a set with this last item.
     std::vector<std::uint32_t> m_joined;
     std::uint32_t m_markings = 0;
 };

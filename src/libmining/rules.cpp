@@ -12,7 +12,7 @@ namespace {
 
 using Ranks = std::span<const Rank>;
 
-/// The order of sides.
+/// The order of sides: lexicographic, but a side comes before its own prefixes.
 std::strong_ordering compare(Ranks a, Ranks b) {
     const auto [left, right] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
     if (left == a.end())

@@ -19,10 +19,11 @@ namespace {
 constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t IRRELEVANT = NONE - 1;
 
-/// Where of so many histories less than a sixteenth was alike, no more of them are looked for.
+/// After this many histories, merging stops if fewer than a sixteenth of them had the masks of
+/// another.
 constexpr std::size_t TRIAL = 2048;
 
-/// So many items are put into order by counting for each the lesser ones.
+/// Up to this many items are sorted by counting, for each of them, the lesser ones.
 constexpr std::size_t FEW = 32;
 
 /// The bits [begin, end) of one word.
@@ -45,11 +46,11 @@ void setBit(std::uint64_t* words, std::size_t bit) {
 
 }  // namespace
 
-/// Adds one history after the other, each in two walks over its transactions: the first one finds
-/// the moments, the second one fills the masks.
+/// Adds histories one by one, each in two passes over its transactions: the first finds the
+/// moments, the second fills the masks.
 class StandingsBuilder {
   public:
-    /// With room for so many items of histories.
+    /// Makes room for `entries` items of histories.
     StandingsBuilder(const HistoryIndex& index, const std::vector<bool>& relevant,
                      std::uint64_t window, std::size_t entries)
         : m_index(index), m_window(window), m_slotOf(index.itemCount()), m_table(64, NONE) {
@@ -100,7 +101,7 @@ class StandingsBuilder {
         }
     }
 
-    /// The standings so far, without the places of the items; leaves this empty.
+    /// Returns the standings so far, without the places of the items, and leaves this empty.
     Standings take() { return std::move(m_made); }
 
   private:
@@ -108,7 +109,7 @@ class StandingsBuilder {
     struct Transaction {
         std::uint64_t time;
         std::uint32_t end;
-        std::uint32_t moments;  // before it
+        std::uint32_t moments;  // the number of moments before it
         bool isMoment;
     };
 
@@ -166,7 +167,7 @@ class StandingsBuilder {
     template <bool ONE_WORD>
     void m_fillMasks() {
         const std::size_t words = ONE_WORD ? 1 : m_words;
-        std::size_t after = 0;  // the first transaction that is too late for the one at hand
+        std::size_t after = 0;  // the first transaction for which the current one is too old
         std::size_t occurrence = 0;
         for (const Transaction& now : m_transactions) {
             while (after < m_transactions.size() && m_within(now.time, m_transactions[after].time))
@@ -188,7 +189,8 @@ class StandingsBuilder {
         }
     }
 
-    /// Puts the slots of items that are new or recent at some moment into the order of the items.
+    /// Sorts the slots of the items that are new or recent at some moment into the order of the
+    /// items.
     void m_sortSlots() {
         m_order.clear();
         for (std::uint32_t slot = 0; slot < m_slotItems.size(); ++slot)
@@ -201,7 +203,7 @@ class StandingsBuilder {
             });
             return;
         }
-        // To count the lesser items takes no branches.
+        // Counting the lesser items takes no branches.
         std::array<std::uint32_t, FEW> items;
         std::array<std::uint32_t, FEW> slots;
         const std::size_t size = m_order.size();
@@ -217,7 +219,7 @@ class StandingsBuilder {
         }
     }
 
-    /// Adds the history, or a weight to one that is alike.
+    /// Adds the history, or its weight to a history with the same masks.
     void m_keep() {
         m_sortSlots();
         Standings::History added{0, 1, static_cast<std::uint32_t>(m_words), 0};
@@ -228,7 +230,7 @@ class StandingsBuilder {
         m_mergeLast(m_hashFrom(added.entry, added.mask));
     }
 
-    /// Adds a history of so many items, which are to follow with their masks.
+    /// Adds a history of `entries` items. The items and their masks are appended later.
     void m_place(Standings::History& added, std::size_t entries) {
         const std::size_t entry = m_made.m_items.size();
         if (entry + entries >= NONE)
@@ -245,10 +247,11 @@ class StandingsBuilder {
         to.insert(to.end(), from.data() + begin, from.data() + begin + size);
     }
 
-    /// Whether histories that are alike were merged up to here.
+    /// Whether merging has not stopped so far.
     bool m_areHashed() const { return m_hashes.size() == m_made.historyCount(); }
 
-    /// Drops the last history, of this hash, if there is one that is alike, which takes its weight.
+    /// If another history has the masks of the last one, adds the weight of the last one to it and
+    /// drops the last one. `hash` is that of the last one.
     void m_mergeLast(std::uint64_t hash) {
         const auto number = static_cast<std::uint32_t>(m_made.historyCount() - 1);
         const std::uint32_t alike = m_findOrAdd(hash, number);
@@ -265,7 +268,7 @@ class StandingsBuilder {
         m_hashes.resize(number);
     }
 
-    /// Appends the items with their masks, which begin at `entry` and `mask`.
+    /// Appends the items and their masks, which begin at `entry` and `mask`.
     void m_append(std::size_t entry, std::size_t mask) {
         m_made.m_items.resize(entry + m_order.size());
         m_made.m_masks.resize(2 * (mask + m_order.size() * m_words));
@@ -289,8 +292,9 @@ class StandingsBuilder {
             present = std::copy_n(m_masksOf(slot) + 2 * m_words, m_words, present);
     }
 
-    /// Without a window an item is new at one moment at most: that of its first occurrence, unless
-    /// it is in the first transaction.
+    /// The order of an item (see `Standings::order`). Without a window, an item that is not in the
+    /// first transaction is new at one moment, that of its first occurrence; others are never new
+    /// at a moment.
     std::uint8_t m_orderOf(const std::uint64_t* fresh) const {
         const std::size_t words = std::min(m_words, Standings::ORDERED_WORDS);
         for (std::size_t word = 0; word < words; ++word)
@@ -317,7 +321,8 @@ class StandingsBuilder {
         hash ^= hash >> 32;
     }
 
-    /// The number of a history that is alike, or that of the new one, which stands last.
+    /// Returns the history with the masks of the last one; if there is none, adds the last one,
+    /// `number`, and returns it.
     std::uint32_t m_findOrAdd(std::uint64_t hash, std::uint32_t number) {
         if (2 * m_made.historyCount() > m_table.size())
             m_growTable();
@@ -361,13 +366,12 @@ class StandingsBuilder {
     const HistoryIndex& m_index;
     std::uint64_t m_window;
 
-    // Of the history at hand. Its distinct items have slots, in the order of their first
-    // occurrence.
+    // The current history. Its distinct items have slots, in the order of their first occurrence.
     std::vector<std::uint32_t> m_slotOf;  // by rank, or NONE, or IRRELEVANT
     std::vector<Rank> m_slotItems;
-    std::vector<Occurrence> m_occurrences;  // of its transactions
+    std::vector<Occurrence> m_occurrences;  // of all its transactions
     std::vector<Transaction> m_transactions;
-    std::vector<std::uint64_t> m_last;  // by slot: the last time of it
+    std::vector<std::uint64_t> m_last;  // by slot: its last time
     std::size_t m_moments = 0;
     std::size_t m_words = 0;
     std::vector<std::uint64_t> m_slotMasks;
@@ -385,7 +389,7 @@ Standings::Standings(const Shard& shard, const std::vector<bool>& relevant, std:
     for (std::uint32_t item = 0; item < relevant.size(); ++item)
         if (relevant[item])
             entries += shard.index->count(Rank{item});
-    // Room that is not used costs nothing, but growing does.
+    // Unused room costs nothing, but growing does.
     entries = std::min(entries, shard.index->occurrenceCount());
     std::vector<std::optional<StandingsBuilder>> builders(threads);
     workOnParts(threads, step, [&](std::size_t part) {
@@ -408,7 +412,7 @@ Standings::Standings(const Shard& shard, const std::vector<bool>& relevant, std:
 }
 
 void Standings::m_listPlaces(std::size_t items, unsigned threads, Step& step) {
-    /// By item: the places in each part of the histories, then where the next one goes.
+    /// By part of the histories and by item: the number of places, then where the next one goes.
     std::vector<std::vector<std::uint32_t>> next(threads);
     const auto onHistories = [&](std::size_t part, auto each) {
         const auto [begin, end] = partOf(historyCount(), part, threads);

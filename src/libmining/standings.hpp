@@ -13,56 +13,58 @@
 
 namespace quarvis::mining {
 
-/// How the items of histories stand at the moments that rules can hold at.
+/// The histories in the form in which rules are counted: bit masks over moments.
 ///
-/// A rule "A => S" is met at a transaction at which every item of S is new and every item of A is
-/// recent: an item is recent at a time when it occurred before, within the window, and new when it
-/// occurs and is not recent. The moments of a history are its transactions at which some item is
-/// new and some item is recent; no rule is met at any other. For each item that is new or recent at
-/// a moment there are three masks over the moments of the history: new, recent, and present, where
-/// it is recent and occurs as well. So a set of items is met by the intersections of masks.
+/// At a transaction, an item is recent if it occurred before, within the window, and new if it
+/// occurs and is not recent. A rule "A => S" is met at a transaction if every item of A is recent
+/// and every item of S is new. The moments of a history are the transactions at which some item is
+/// new and some item is recent; no rule is met at any other. Each item that is new or recent at
+/// some moment has three masks with a bit for each moment: new, recent, and present, which is
+/// recent and occurring. So the moments at which a rule is met are an intersection of masks.
 ///
-/// Histories that are alike in all masks are kept once, with a weight. Event logs shrink by that to
-/// their variants. An item of a history takes 20 to 28 bytes for each 64 moments, and without a
-/// window one more.
+/// Histories with the same masks are kept once, with a weight; an event log shrinks to its
+/// variants. An item of a history takes 12 bytes, and 16 bytes for each 64 moments, or 24 if any
+/// item is present anywhere; without a window it takes one byte more. Making them takes two passes
+/// over the shard. Threads may share them.
 class Standings {
   public:
-    /// Masks of one item in one history, `words` words each.
+    /// The masks of an item in a history, of `words` words each.
     struct Masks {
-        const std::uint64_t* fresh;    ///< The others stand behind.
-        const std::uint64_t* present;  ///< Null where no item is present anywhere.
+        const std::uint64_t* fresh;    ///< The new mask; the recent one follows.
+        const std::uint64_t* present;  ///< Null if no item is present anywhere.
         std::size_t words;
 
         const std::uint64_t* recent() const { return fresh + words; }
 
-        /// Those of a later item of the history, by the number of entries between.
+        /// The masks of the item that is `entries` entries later in the history.
         Masks after(std::size_t entries) const {
             return {fresh + 2 * words * entries,
                     present == nullptr ? nullptr : present + words * entries, words};
         }
     };
 
-    /// An item in a history.
+    /// Where an item is in a history.
     struct Place {
         std::uint32_t history;
         std::uint32_t entry;
     };
 
-    /// Of the items of the index that `relevant` tells, by rank. A window of 0 is none: whatever
-    /// occurred before is recent. Made in `threads` threads of a step.
+    /// Takes the items that are `relevant`, by rank. With a window of 0 all that occurred before is
+    /// recent. Works in `threads` threads of a step.
     Standings(const Shard& shard, const std::vector<bool>& relevant, std::uint64_t window,
               unsigned threads, Step& step);
 
-    /// The items of the index.
+    /// The number of items of the index.
     std::size_t itemCount() const { return m_begin.size() - 1; }
 
-    /// Histories that differ.
+    /// The number of histories that are kept. Some may be equal, since merging stops where it does
+    /// not pay.
     std::size_t historyCount() const { return m_histories.size(); }
 
-    /// The number of histories that one stands for.
+    /// The number of histories that a kept one stands for.
     std::uint32_t weight(std::size_t history) const { return m_histories[history].weight; }
 
-    /// The words of each mask of a history.
+    /// The number of words of each mask of a history.
     std::size_t words(std::size_t history) const { return m_histories[history].words; }
 
     /// The places of an item, by ascending history.
@@ -70,7 +72,7 @@ class Standings {
         return {m_places.data() + m_begin[at(item)], m_begin[at(item) + 1] - m_begin[at(item)]};
     }
 
-    /// The items of a history stand at the entries up to this one, in ascending order.
+    /// The end of the entries of a history. Each entry is an item of the history; items ascend.
     std::size_t endEntry(std::size_t history) const {
         return history + 1 < m_histories.size() ? m_histories[history + 1].entry : m_items.size();
     }
@@ -92,7 +94,7 @@ class Standings {
                 of.words};
     }
 
-    /// Has the memory of an item in a history fetched, which is about to be read.
+    /// Prefetches an entry and its masks.
     void prefetch(std::size_t history, std::size_t entry) const {
         const History& of = m_histories[history];
         const std::uint64_t* const masks =
@@ -102,13 +104,13 @@ class Standings {
         __builtin_prefetch(m_items.data() + entry);
     }
 
-    /// Without a window: the order in which the item of an entry occurred first in its history, 0
-    /// in the first transaction and else 1 for the first moment and so on. The history has no more
-    /// than ORDERED_WORDS words.
+    /// The order of the first occurrence of an entry's item: 0 in the first transaction, 1 at the
+    /// first moment, and so on. Only without a window, and in a history of at most ORDERED_WORDS
+    /// words.
     std::uint8_t order(std::size_t entry) const { return m_orders[entry]; }
     static constexpr std::size_t ORDERED_WORDS = 3;
 
-    /// Has the order of an entry fetched, which is about to be read with the item.
+    /// Prefetches an entry and its order.
     void prefetchOrder(std::size_t entry) const {
         __builtin_prefetch(m_orders.data() + entry);
         __builtin_prefetch(m_items.data() + entry);
@@ -117,7 +119,7 @@ class Standings {
     /// Whether any item is present anywhere.
     bool anyPresent() const { return !m_present.empty(); }
 
-    /// The memory that they take.
+    /// The bytes that the standings take.
     std::size_t bytes() const {
         return sizeof(History) * m_histories.size() + sizeof(Rank) * m_items.size() +
                sizeof(std::uint64_t) * (m_masks.size() + m_present.size()) + m_orders.size() +
@@ -128,7 +130,7 @@ class Standings {
     friend class StandingsBuilder;
 
     struct History {
-        std::uint32_t entry;  // its first one
+        std::uint32_t entry;  // its first entry
         std::uint32_t weight;
         std::uint32_t words;
         std::size_t mask;  // where the masks of the first entry begin, in words
@@ -139,9 +141,9 @@ class Standings {
 
     std::vector<History> m_histories;
     LargeVector<Rank> m_items;             // by entry
-    LargeVector<std::uint64_t> m_masks;    // of the entries: new, then recent
-    LargeVector<std::uint64_t> m_present;  // of the entries, unless no item is present anywhere
-    LargeVector<std::uint8_t> m_orders;    // of the entries, without a window
+    LargeVector<std::uint64_t> m_masks;    // by entry: new, then recent
+    LargeVector<std::uint64_t> m_present;  // by entry; empty if no item is present anywhere
+    LargeVector<std::uint8_t> m_orders;    // by entry; only without a window
     std::vector<std::uint32_t> m_begin;    // by rank
     LargeVector<Place> m_places;
 };
