@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
 
-/// The histories of an item are far apart in memory, so this many are prefetched.
+/// The histories of an item are far apart in memory, so they are prefetched this many ahead.
 constexpr std::size_t AHEAD = 16;
 
 std::size_t wordsOf(std::size_t bits) {

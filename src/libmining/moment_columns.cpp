@@ -7,7 +7,7 @@ namespace quarvis::mining {
 
 namespace {
 
-/// The histories of an item lie far apart in memory, so they are fetched this many ahead.
+/// The histories of an item are far apart in memory, so they are prefetched this many ahead.
 constexpr std::size_t AHEAD = 8;
 
 }  // namespace
@@ -32,7 +32,8 @@ void MomentColumns::m_clear() {
     m_presentBits.release({});
 }
 
-/// Chooses the histories of the first item, and finds the items in them that have a column.
+/// Chooses the histories of the first item that hold two partners or more, and finds the partners
+/// in them.
 void MomentColumns::m_choosePlaces(Rank first) {
     m_places.clear();
     m_hitsEnd.clear();
@@ -117,7 +118,7 @@ void MomentColumns::fill(Rank first, std::span<const RuleCounter::Partner> partn
     const std::size_t words = m_words.words();
     Draft own = m_draft(first, words, true);
     for (Draft& draft : m_drafts) {
-        // A field of a word is one of a history, or one of several digits of its weight.
+        // Each history of the item has at most `mostFields` fields.
         const std::size_t most = std::min(draft.most * m_words.mostFields(), words);
         draft = m_draft(draft.item, 2 * most >= words ? words : most, 2 * most >= words);
         m_cost += 2 * most >= words ? words : 1;

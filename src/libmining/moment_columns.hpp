@@ -13,48 +13,49 @@
 
 namespace quarvis::mining {
 
-/// The masks of a first item and of the items after it, by the words of its moments.
+/// A first item and the items after it, with a column each: the masks of the item in the words of
+/// the first item (see `MomentWords`).
 ///
-/// An item that is in many of the words has a mask for each of them, in its place; of any other the
-/// words in which it is are listed. Both take no more than 28 bytes a word of the first item and a
-/// history of both items. Histories with fewer than two items that have a column are left out: they
-/// tell nothing about sets of three items and more.
+/// An item that is in many of the words has a dense column, with masks for every word: 16 bytes a
+/// word, or 24 if any item is present anywhere. Other columns list the words that the item is in,
+/// and take 4 bytes more for each. Histories with fewer than two items after the first are left
+/// out, since they hold no set of three items.
 class MomentColumns {
   public:
-    /// How an item stands in the moments of a word.
+    /// The masks of an item in a word.
     struct Standing {
         std::uint64_t fresh = 0;
         std::uint64_t recent = 0;
     };
 
     struct Column {
-        /// The words in which the item is, ascending; null where it has a place for every word.
+        /// The words that the item is in, ascending; null in a dense column.
         const std::uint32_t* word;
         const Standing* standing;
-        const std::uint64_t* present;  ///< Null where no item is present anywhere.
+        const std::uint64_t* present;  ///< Null if no item is present anywhere.
         std::size_t size;
 
         bool isDense() const { return word == nullptr; }
 
-        /// The place of a word, or the size where the item is not in it.
+        /// The place of a word in the column, or `size` if the item is not in the word.
         std::size_t find(std::uint32_t of) const;
     };
 
     explicit MomentColumns(const Standings& standings);
 
-    /// Fills the columns of a first item and its partners; columns of before are gone.
+    /// Fills the columns of a first item and its partners. Earlier columns are gone.
     void fill(Rank first, std::span<const RuleCounter::Partner> partners);
 
     const MomentWords& words() const { return m_words; }
 
-    /// The first item, in all words.
+    /// The column of the first item, which is dense.
     const Column& first() const { return m_first; }
 
     /// The column of an item that has one.
     const Column& of(Rank item) const { return m_columns[m_numbers[at(item)]]; }
     bool has(Rank item) const { return m_numbers[at(item)] != NONE; }
 
-    /// What the last filling cost, in nanoseconds or so.
+    /// The cost of the last `fill`, in units of work.
     std::size_t cost() const { return m_cost; }
 
   private:
@@ -70,10 +71,10 @@ class MomentColumns {
         std::size_t size;
     };
 
-    /// An item with a column in a history of the first item.
+    /// A partner in a history of the first item.
     struct Hit {
         std::uint32_t number;  // of the column
-        std::uint32_t after;   // how many entries after the first item
+        std::uint32_t after;   // entries from the first item to this one
     };
 
     void m_clear();
@@ -88,7 +89,7 @@ class MomentColumns {
     std::vector<Column> m_columns;
     Column m_first{};
     std::vector<Standings::Place> m_places;
-    std::unique_ptr<Hit[]> m_hits;  // of one history after the other
+    std::unique_ptr<Hit[]> m_hits;  // by history
     std::size_t m_hitRoom = 0;
     std::vector<std::uint32_t> m_hitsEnd;  // by place
     std::size_t m_cost = 0;

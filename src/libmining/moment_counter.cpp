@@ -66,7 +66,7 @@ void MomentCounter::m_align(const Moments& from, const MomentColumns::Column& co
         for (std::size_t i = 0; i < words; ++i)
             share(i, column.standing[from.word[i]]);
     } else if (words == m_columns.words().words()) {
-        // The set has all words, so each stands in its own place.
+        // The set has all words, so the place of a word is its number.
         for (std::size_t i = 0; i < column.size; ++i)
             share(column.word[i], column.standing[i]);
     } else {
@@ -83,7 +83,8 @@ void MomentCounter::m_align(const Moments& from, const MomentColumns::Column& co
     m_shared.resize(n);
 }
 
-/// The bits of a set in the words that it shares with the column; `words` are all of the set.
+/// The bits of a set in the words that it shares with the column. `words` is the number of words of
+/// the set.
 const std::uint64_t* MomentCounter::m_gather(const std::uint64_t* bits, std::size_t words) {
     if (m_shared.size() == words)
         return bits;
@@ -145,8 +146,8 @@ const RuleCounter::Kept* MomentCounter::extend(const Kept& kept, const Extension
     return made;
 }
 
-/// The histories in which a rule that is met at some moments counts: at one of them at least, some
-/// item of the antecedent is not present.
+/// The number of histories in which a rule counts: at some of the `moments` at which it is met, not
+/// all of the antecedent is present. `met` is the number of histories in which the rule is met.
 std::uint32_t MomentCounter::m_counted(const Moments& made, const SplitSet& rule,
                                        const std::uint64_t* moments, std::uint32_t met) {
     if (!m_standings.anyPresent())
@@ -172,7 +173,8 @@ std::uint32_t MomentCounter::m_counted(const Moments& made, const SplitSet& rule
                                        m_single);
 }
 
-/// Drops the words in which the set has no moments. Weights and tops are those of a shorter life.
+/// Drops the words in which the set has no moments. The weights and tops are not moved along, since
+/// nothing is counted with them any more.
 void MomentCounter::s_squeeze(Moments& made) {
     std::size_t kept = 0;
     for (std::size_t word = 0; word < made.words.size; ++word) {

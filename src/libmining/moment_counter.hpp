@@ -14,15 +14,15 @@ namespace quarvis::mining {
 
 /// Counts rules by the moments at which they are met, with a window or without.
 ///
-/// At any moment a set meets one rule at most: its subsequent are the items that are new, its
-/// antecedent those that are recent, and no item may be neither. So a set has for each of its rules
-/// the moments at which it is met, and those at which all items are new, and all recent, from which
-/// rules of larger sets begin. Those of a set with one item more are the intersections of these
-/// with the masks of the item (see `Standings`).
+/// At any moment a set meets at most one rule: its subsequent is what is new, its antecedent what
+/// is recent, and no item may be neither. A set keeps the moments at which each of its rules is
+/// met. It also keeps those at which all of its items are new and those at which all are recent,
+/// since an added item makes a first rule there. For a set with one item more, these are
+/// intersected with the masks of the item (see `Standings`).
 class MomentCounter : public RuleCounter {
   public:
-    /// `single` tells that no history of the standings meets a rule at more than one moment, as it
-    /// is without a window. All references must outlive the counter.
+    /// `single` promises that no history meets a rule at more than one moment, which holds without
+    /// a window. All references must outlive the counter.
     MomentCounter(const Standings& standings, const ItemSets& sets, bool single,
                   const RulePartners& partners, RuleLedger& ledger, Splits splits, Work& work)
         : RuleCounter(partners, ledger, splits, work),
@@ -31,7 +31,7 @@ class MomentCounter : public RuleCounter {
           m_single(single),
           m_columns(standings) {}
 
-    /// Every first item suits it.
+    /// Suits every first item.
     bool begin(Rank first, std::span<const Partner> partners) override;
     const Kept* pair(Rank partner, bool forward, bool backward) override;
     const Kept* extend(const Kept& from, const Extension& to) override;
@@ -46,12 +46,12 @@ class MomentCounter : public RuleCounter {
     }
 
   private:
-    /// The moments of a set, in those words of the first item's in which it has any. Of each rule
-    /// and of the two beginnings the bits of all these words stand one after the other. It costs as
-    /// much to extend it as it has words.
+    /// The moments of a set, in those words of the first item in which it has any. Its bits for a
+    /// rule, `allNew` and `allRecent` each have one word for each of these. The cost of extending
+    /// the set is the number of these words.
     struct Moments : Kept {
         MomentWords::Selection words;
-        std::uint32_t* word = nullptr;  // those of `words`
+        std::uint32_t* word = nullptr;  // the words of `words`
         std::uint64_t* allNew = nullptr;
         std::uint64_t* allRecent = nullptr;
     };
@@ -66,7 +66,7 @@ class MomentCounter : public RuleCounter {
     const ItemSets& m_sets;
     bool m_single;
     MomentColumns m_columns;
-    // Of the words that a set and a column share: their places in the set, and what the column has.
+    // The words that a set and a column share: their places in the set, and the column's masks.
     std::vector<std::uint32_t> m_shared;
     std::vector<std::uint64_t> m_fresh;
     std::vector<std::uint64_t> m_recent;

@@ -10,13 +10,13 @@ namespace quarvis::mining {
 
 namespace {
 
-/// The first and the last of the bits that are set; there is one.
+/// The first and the last bit that is set; there must be one.
 struct Extent {
     std::size_t first;
     std::size_t last;
 };
 
-/// The moments at which the item is new or recent.
+/// The extent of the moments at which the item is new or recent.
 Extent extentOf(const Standings::Masks& masks) {
     Extent extent{masks.words * 64, 0};
     for (std::size_t word = 0; word < masks.words; ++word) {
@@ -76,7 +76,7 @@ inline void MomentWords::Digit::add(Field field) {
     fields.push_back(field);
 }
 
-/// Takes over the words of the digits, one digit after the other.
+/// Appends the words of the digits, one digit after the other.
 void MomentWords::m_addDigits() {
     for (std::size_t i = 0; i < m_digits.size(); ++i) {
         Digit& digit = m_digits[i];
@@ -98,7 +98,7 @@ void MomentWords::m_addDigits() {
     m_shared = words();
 }
 
-/// Adds words for the histories that have words of their own.
+/// Appends the words of the histories with more than 64 moments.
 void MomentWords::m_addWide(const Standings& standings, std::span<const Standings::Place> places) {
     m_owners.assign(m_shared, 0);
     for (const std::uint32_t place : m_wide) {

@@ -9,19 +9,19 @@
 
 namespace quarvis::mining {
 
-/// The moments of histories that hold one item, packed into words of 64 bits: a bit for each moment
-/// from the first to the last at which the item is new or recent.
+/// The histories of one item, packed into words of 64 bits, so that many are counted at once.
 ///
-/// The moments of a history stand next to each other, a field, and fields share words. A history
-/// that stands for several is packed once for each binary digit of its weight, and all fields of a
-/// word have one weight; so a count of histories is a sum of bit counts times the weights of words.
-/// Histories with more than 64 moments have words of their own, after all others.
+/// A history has a field: adjacent bits, one for each of its moments from the first to the last at
+/// which the item is new or recent. Fields share words. A history of a weight above 1 has a field
+/// for each bit that is set in the weight, and all fields of a word have one weight. So a number of
+/// histories is a sum over words of a number of bits times a weight. Histories with more than 64
+/// moments have words of their own, after all others.
 class MomentWords {
   public:
-    /// A piece of the moments of a history: `bits` moments from `from` on, of the masks' word
-    /// `source`, which stand from `to` on in the word `word`.
+    /// A piece of the moments of a history: `bits` bits, from bit `from` of the masks' word
+    /// `source` to bit `to` of the word `word`.
     struct Field {
-        std::uint32_t place;  ///< Of the item, by its number among those that were packed.
+        std::uint32_t place;  ///< The number of the item's place among those packed.
         std::uint32_t word;
         std::uint32_t source;
         std::uint8_t from;
@@ -29,44 +29,47 @@ class MomentWords {
         std::uint8_t bits;
     };
 
-    /// Packs the moments of these places of one item.
+    /// Packs the histories of these places of one item. What was packed before is gone.
     void make(const Standings& standings, std::span<const Standings::Place> places);
 
     const std::vector<Field>& fields() const { return m_fields; }
     std::size_t words() const { return m_weights.size(); }
 
-    /// The fields of one history at most.
+    /// The greatest number of fields of a history.
     std::size_t mostFields() const { return m_mostFields; }
 
-    /// The bits of a field where it stands, from one of the masks of an item of its history.
+    /// The bits of a field, moved to where the field is in its word. `mask` is a mask of an item of
+    /// its history.
     static std::uint64_t moved(const std::uint64_t* mask, const Field& field) {
         return (mask[field.source] >> field.from & ~std::uint64_t{0} >> (64 - field.bits))
                << field.to;
     }
 
-    /// A number of words, ascending, with what counting asks of them.
+    /// Some of the words, ascending, with what counting needs of them.
     struct Selection {
         std::size_t size = 0;
-        std::size_t shared = 0;  ///< How many of them histories share.
+        std::size_t shared = 0;  ///< The number of shared words; they come first.
         const std::uint32_t* word = nullptr;
         const std::uint32_t* weight = nullptr;
         const std::uint64_t* top = nullptr;
     };
 
-    /// Fills in weights and tops of the words of `selection`, which are given, to arrays with room.
+    /// Fills in the weights and tops of the selected words, and `shared`. The arrays have room for
+    /// `size` elements and must outlive the selection.
     void describe(Selection& selection, std::uint32_t* weights, std::uint64_t* tops) const;
 
-    /// Intersects `bits` of the words of a selection with `mask`, word by word, into `result`: the
-    /// histories that have one of these bits. With `single`, no history has more than one.
+    /// Intersects `bits` with `mask`, word by word of a selection, into `result`. Returns the
+    /// number of histories that have a bit of the result. `single` promises that none has more than
+    /// one.
     std::uint32_t intersect(const Selection& words, const std::uint64_t* bits,
                             const std::uint64_t* mask, std::uint64_t* result, bool single) const;
 
   private:
-    /// The fields of the histories whose weights have one binary digit, in words of their own.
+    /// The fields of one binary digit of the weights, in words of their own.
     struct Digit {
         std::vector<Field> fields;
         std::vector<std::uint64_t> tops;  // by word
-        std::size_t used = 64;            // bits of the last word
+        std::size_t used = 64;            // bits that are taken of the last word
 
         void add(Field field);
     };

@@ -8,12 +8,13 @@ namespace quarvis::mining {
 
 namespace {
 
-/// What the tests of a transaction give when all of them are passed.
+/// The result of a transaction that passes all tests.
 constexpr int PASSED = static_cast<int>(Miss::ANTECEDENT_PRESENT) + 1;
 
 }  // namespace
 
-/// Goes through the histories with the items of a rule numbered: those of the antecedent first.
+/// Tests each history for a rule. The items of the rule are numbered, those of the antecedent
+/// first.
 class OccurrenceSearch {
   public:
     OccurrenceSearch(const HistoryIndex& index, std::span<const Rank> antecedent,
@@ -43,14 +44,15 @@ class OccurrenceSearch {
   private:
     static constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
 
-    /// An item of the rule, in the history at hand.
+    /// An item of the rule, in the current history.
     struct Item {
-        bool occurred = false;  // before the transaction at hand
-        bool isThere = false;   // in it
+        bool occurred = false;  // before the current transaction
+        bool isThere = false;   // in the current transaction
         std::uint64_t last = 0;
     };
 
-    /// The items [begin, end) are one side of the rule; a direction takes one as the antecedent.
+    /// The items [begin, end) of one side of the rule. For the reverse rule the sides change
+    /// places.
     struct Side {
         const Item* begin;
         const Item* end;
@@ -102,7 +104,7 @@ class OccurrenceSearch {
         m_found.m_reverseCount += reverseCounts ? 1 : 0;
     }
 
-    /// Marks what of the rule is in a transaction; whether there is anything.
+    /// Marks the items of the rule that a transaction holds. Returns whether there are any.
     bool m_enter(std::size_t place) {
         bool any = false;
         for (const Rank rank : m_index.items(place))
@@ -123,7 +125,7 @@ class OccurrenceSearch {
         return item.occurred && (m_window == 0 || time - item.last <= m_window);
     }
 
-    /// The first test that the transaction at hand fails, as a Miss; or PASSED.
+    /// The first test that the current transaction fails, as a Miss; or PASSED.
     int m_test(const Side& antecedent, const Side& subsequent, std::uint64_t time) const {
         const auto isThere = [](const Item& item) { return item.isThere; };
         const auto occurred = [](const Item& item) { return item.occurred; };

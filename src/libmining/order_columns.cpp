@@ -7,11 +7,11 @@ namespace quarvis::mining {
 
 namespace {
 
-/// The histories of an item lie far apart in memory, so they are fetched this many ahead.
+/// The histories of an item are far apart in memory, so they are prefetched this many ahead.
 constexpr std::size_t AHEAD = 8;
 
-/// Lanes for each history that two items share, at most. So many are compared at the cost of one
-/// history in `MomentColumns`.
+/// The greatest number of lanes for each history that two items share. Comparing this many lanes
+/// costs as much as a history costs in `MomentColumns`.
 constexpr std::size_t MOST_LANES = 64;
 
 }  // namespace
@@ -38,7 +38,7 @@ bool OrderColumns::fill(Rank first, std::span<const RuleCounter::Partner> partne
     return true;
 }
 
-/// Gives each digit of the weights its lanes.
+/// Lays out the lanes, digit by digit of the weights. Returns what `fill` returns.
 bool OrderColumns::m_layOut(Rank first, std::span<const RuleCounter::Partner> partners) {
     std::array<std::size_t, 32> lanes{};
     for (const Standings::Place& place : m_standings.places(first)) {

@@ -14,31 +14,31 @@
 
 namespace quarvis::mining {
 
-/// The orders in which the histories of a first item first meet the item and those after it, where
-/// there is no window.
+/// For a first item and the items after it: the order of their first occurrences in each history of
+/// the first item, where there is no window.
 ///
-/// The order of an item in a history is the number of moments up to its first occurrence: 0 where
-/// it is in the first transaction, the same for items that come at once. Each item has a byte for
-/// each history of the first item, its lane; 64 lanes make a word. A history that stands for
-/// several has a lane for each binary digit of its weight, and all lanes of a word have one weight.
-/// Histories with fewer than two partners have no lane: they tell nothing about sets of three items
-/// and more.
+/// The order of an item in a history is 0 in the first transaction, and from there on the number of
+/// moments up to its first occurrence. Items that first occur together have the same order. A
+/// column has a byte, a lane, for each history of the first item, and 64 lanes are a word. A
+/// history of a weight above 1 has a lane for each bit that is set in the weight, and all lanes of
+/// a word have one weight. Histories with fewer than two partners have no lane, since they hold no
+/// set of three items.
 class OrderColumns {
   public:
-    /// Of standings without a window.
+    /// The standings must be made without a window and must outlive the columns.
     explicit OrderColumns(const Standings& standings)
         : m_standings(standings), m_numbers(standings.itemCount(), NONE) {}
 
-    /// Fills the columns of a first item and its partners. False, with nothing filled, when a
-    /// history has more moments than a byte tells, or when most of the lanes would be empty.
+    /// Fills the columns of a first item and its partners. Returns false, and fills nothing, if a
+    /// history has too many moments for a byte or if most lanes would be empty.
     bool fill(Rank first, std::span<const RuleCounter::Partner> partners);
 
     std::size_t words() const { return m_weights.size(); }
 
-    /// By word.
+    /// The weight of each word.
     const std::uint32_t* weights() const { return m_weights.data(); }
 
-    /// By lane. Those of the first item.
+    /// The orders of the first item and of a partner, by lane.
     const std::uint8_t* first() const { return m_orders.data(); }
     const std::uint8_t* of(Rank partner) const {
         assert(m_numbers[at(partner)] != NONE);
@@ -48,13 +48,13 @@ class OrderColumns {
     /// The history of a lane, and the entry of the first item in it.
     const Standings::Place& place(std::size_t lane) const { return m_places[lane]; }
 
-    /// What the last filling cost, in nanoseconds or so.
+    /// The cost of the last `fill`, in units of work.
     std::size_t cost() const { return m_cost; }
 
   private:
     static constexpr std::uint32_t NONE = static_cast<std::uint32_t>(-1);
 
-    /// An item with a column in the history at hand.
+    /// A partner in the current history.
     struct Hit {
         std::uint32_t number;
         std::uint8_t order;

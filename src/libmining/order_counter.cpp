@@ -110,8 +110,8 @@ const RuleCounter::Kept* OrderCounter::extend(const Kept& kept, const Extension&
     return set;
 }
 
-/// The histories in which a rule that is met counts: not all items of the antecedent are present
-/// when the last items come.
+/// The number of histories in which a rule counts: it is met, and not all of the antecedent is
+/// present when the last items come.
 std::uint32_t OrderCounter::m_counted(const SplitSet& rule, const std::uint64_t* met,
                                       const std::uint8_t* item, const std::uint8_t* set) {
     m_items.resize(rule.size);
@@ -133,7 +133,8 @@ std::uint32_t OrderCounter::m_counted(const SplitSet& rule, const std::uint64_t*
     return counted;
 }
 
-/// Whether an item of the history of `first`, after that one or itself, is present at a moment.
+/// Whether an item is present at a moment of the history of `first`. It is the item of that place,
+/// or a later one.
 bool OrderCounter::m_isPresent(const Standings::Place& first, Rank item, std::size_t moment) const {
     const std::size_t entry = m_standings.entryOf(first, item);
     const std::uint64_t* const present = m_standings.masks(first.history, entry).present;

@@ -12,17 +12,16 @@
 
 namespace quarvis::mining {
 
-/// Counts rules where there is no window, by the order of first occurrences.
+/// Counts rules without a window, by the order of first occurrences.
 ///
-/// Without a window a set meets at most one rule in a history: its subsequent are the items that
-/// come last, all at once, and its antecedent are the others. So for a set there are the latest
-/// order of its items in each history and, for each rule, a bit for each history that meets it. An
-/// item that is added comes before the latest ones and joins the antecedent, comes with them and
-/// joins the subsequent, or comes after them and is the subsequent of all others: 64 histories are
-/// compared at a time.
+/// Without a window a set meets at most one rule in a history: its subsequent is what comes last,
+/// all at once, and its antecedent is all else. A set keeps the latest order of its items in each
+/// history and, for each rule, a bit for each history that meets it. An added item comes before the
+/// latest ones and joins the antecedent, comes with them and joins the subsequent, or comes after
+/// them and is the subsequent of all others. 64 histories are compared at a time.
 class OrderCounter : public RuleCounter {
   public:
-    /// Of standings without a window. All references must outlive the counter.
+    /// The standings must be made without a window. All references must outlive the counter.
     OrderCounter(const Standings& standings, const ItemSets& sets, const RulePartners& partners,
                  RuleLedger& ledger, Splits splits, Work& work)
         : RuleCounter(partners, ledger, splits, work),
@@ -60,7 +59,7 @@ class OrderCounter : public RuleCounter {
     const Standings& m_standings;
     const ItemSets& m_sets;
     OrderColumns m_columns;
-    // By word: the lanes in which an item comes before, with and after the latest ones of a set.
+    // By word: the lanes in which an item comes before, with and after the latest items of a set.
     std::vector<std::uint64_t> m_before;
     std::vector<std::uint64_t> m_with;
     std::vector<std::uint64_t> m_after;

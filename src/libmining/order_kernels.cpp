@@ -30,8 +30,8 @@ void comparePortable(const std::uint8_t* item, const std::uint8_t* set, std::siz
 
 #if defined(__x86_64__)
 
-// There is no comparison of unsigned bytes before AVX-512; a byte is not above another one if it is
-// the minimum of both.
+// AVX2 has no comparison of unsigned bytes. A byte is not above another one if it is the minimum of
+// both.
 
 /// The highest bits of 32 bytes.
 __attribute__((target("avx2"))) inline std::uint64_t maskOf(__m256i bytes) {

@@ -4,8 +4,8 @@ namespace quarvis::mining {
 
 namespace {
 
-/// Intersects word by word; the sum of the bits times the weights of their words. With `tops`, of
-/// each field one bit at most counts.
+/// The loop of `intersectWeighted`, inlined into functions that are compiled for different
+/// processors.
 inline __attribute__((always_inline)) std::uint32_t intersectLoop(
     const std::uint64_t* bits, const std::uint64_t* mask, const std::uint64_t* tops,
     const std::uint32_t* weights, std::size_t n, std::uint64_t* result) {
@@ -14,7 +14,8 @@ inline __attribute__((always_inline)) std::uint32_t intersectLoop(
         std::uint64_t counted = bits[i] & mask[i];
         result[i] = counted;
         if (tops != nullptr)
-            // A sum carries into the top of a field exactly if one of its lower bits is set.
+            // The sum carries into the top of a field exactly if one of the field's lower bits is
+            // set.
             counted = (((counted & ~tops[i]) + ~tops[i]) | counted) & tops[i];
         sum += static_cast<std::uint64_t>(__builtin_popcountll(counted)) * weights[i];
     }

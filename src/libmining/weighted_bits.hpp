@@ -5,9 +5,9 @@
 
 namespace quarvis::mining {
 
-/// Intersects `n` words of `bits` and `mask` into `result`, and sums the bits that are left, each
-/// times the weight of its word. `tops`, unless null, has the highest bit of each field of the
-/// words: then of each field one bit at most counts.
+/// Intersects `n` words of `bits` and `mask` into `result`. Returns the sum of the bits of the
+/// result, each times the weight of its word. If `tops` is not null, it has the highest bit of each
+/// field of the words, and a field counts at most one bit.
 std::uint32_t intersectWeighted(const std::uint64_t* bits, const std::uint64_t* mask,
                                 const std::uint64_t* tops, const std::uint32_t* weights,
                                 std::size_t n, std::uint64_t* result);
