@@ -18,12 +18,12 @@ namespace {
 
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
-/// A set of items, bit i for the i-th item of the table in byte order.
+/// A set of items: bit i stands for item i of the table in byte order.
 using Set = std::uint32_t;
 
 constexpr std::size_t MOST_ITEMS = std::numeric_limits<Set>::digits - 1;
 
-/// The sets of items by time.
+/// The set of items at each time.
 using SetHistory = std::map<Time, Set>;
 
 /// Antecedent and subsequent.
@@ -64,7 +64,7 @@ Problem numbered(const Table& table) {
     return problem;
 }
 
-/// The number of histories that hold the set, at one time or over several.
+/// The number of histories that hold the set, at whatever times.
 std::size_t countOf(Set set, const Problem& problem) {
     return static_cast<std::size_t>(std::count_if(
         problem.histories.begin(), problem.histories.end(), [set](const SetHistory& history) {
@@ -75,8 +75,9 @@ std::size_t countOf(Set set, const Problem& problem) {
         }));
 }
 
-/// The frequent sets of `size` items. That they are what joining the frequent sets of one item less
-/// gives follows: all subsets of a frequent set are frequent, and any two of size - 1 make it up.
+/// The frequent sets of `size` items. They are what joining the frequent sets of one item less
+/// gives, because every subset of a frequent set is frequent, and two of these subsets make up the
+/// set.
 std::map<Set, std::size_t> frequentSets(int size, std::size_t minCount, const Problem& problem) {
     std::map<Set, std::size_t> frequent;
     const Set end = Set{1} << problem.items.size();
@@ -87,8 +88,7 @@ std::map<Set, std::size_t> frequentSets(int size, std::size_t minCount, const Pr
     return frequent;
 }
 
-/// The rules by runs: any run of neighbours among the items of a set implies the others, of which
-/// there must be some.
+/// The rules whose antecedent is a contiguous run of the items of a set, but not all of them.
 std::vector<Rule> rulesByRuns(const std::map<Set, std::size_t>& sets) {
     std::vector<Rule> rules;
     for (const auto& [set, count] : sets)
@@ -101,8 +101,8 @@ std::vector<Rule> rulesByRuns(const std::map<Set, std::size_t>& sets) {
     return rules;
 }
 
-/// All rules: any part of a set implies the rest. Counting down through the numbers whose bits are
-/// in the set passes all its parts.
+/// The rules whose antecedent is any part of a set. Counting down through the numbers that have
+/// only bits of the set visits all its parts.
 std::vector<Rule> allRules(const std::map<Set, std::size_t>& sets) {
     std::vector<Rule> rules;
     for (const auto& [set, count] : sets)
@@ -111,7 +111,8 @@ std::vector<Rule> allRules(const std::map<Set, std::size_t>& sets) {
     return rules;
 }
 
-/// Whether the item occurs before `time`, at most the window before it; 0 is no window.
+/// Whether the item occurs before `time` and at most `window` earlier. A window of 0 is the whole
+/// past.
 bool occursBefore(Time time, Set item, const SetHistory& history, Time window) {
     return std::any_of(history.begin(), history.end(), [&](const auto& transaction) {
         return transaction.first < time && isWithin(item, transaction.second) &&
@@ -119,8 +120,9 @@ bool occursBefore(Time time, Set item, const SetHistory& history, Time window) {
     });
 }
 
-/// Whether the rule holds at some time: everything of the subsequent is there and nothing of it was
-/// before, the antecedent is not all there and everything of it was before.
+/// Whether the rule holds at some time: all of the subsequent occurs and none of it occurred
+/// before, all of the antecedent occurred before and not all of it occurs. "Before" is within the
+/// window.
 bool holds(const Rule& rule, const SetHistory& history, Time window) {
     const std::vector<Set> as = singleItems(rule.first);
     const std::vector<Set> ss = singleItems(rule.second);
@@ -135,8 +137,8 @@ bool holds(const Rule& rule, const SetHistory& history, Time window) {
     });
 }
 
-/// The item sets compare like these: by the items' numbers, where the end of a set counts as
-/// greater than any item, so that a set comes before its own beginnings.
+/// Item sets compare by the numbers of their items. The end of a set counts as greater than any
+/// item, so a set comes before its own prefixes.
 std::vector<int> sortKey(Set set) {
     std::vector<int> key;
     for (const Set item : singleItems(set))
@@ -240,8 +242,8 @@ class Run {
         }
     }
 
-    /// Goes through the sets of `order` + 1 items and their rules; the number of the sets. Only the
-    /// first level ends where it has nothing to deduce.
+    /// Mines the sets of `order` + 1 items and their rules, and returns the number of sets. Only
+    /// the first level ends when it has no rules to deduce.
     std::size_t m_level(int order) {
         const auto sets = m_recordFrequent(order + 1);
         const std::vector<Rule> rules = m_settings.allSplits ? allRules(sets) : rulesByRuns(sets);
@@ -258,7 +260,7 @@ class Run {
         return sets.size();
     }
 
-    /// A rule that holds nowhere is none, whatever the least count.
+    /// A rule that holds nowhere is not listed, whatever the least count.
     void m_deduce(const Rule& rule) {
         const auto count = static_cast<std::size_t>(std::count_if(
             m_problem.histories.begin(), m_problem.histories.end(), [&](const SetHistory& history) {

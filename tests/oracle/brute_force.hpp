@@ -6,10 +6,10 @@
 
 namespace oracle {
 
-/// What a run must yield, straight from the definitions: every subset of the items is looked at,
-/// and every rule is tested at every transaction by searching the transactions before it. The plain
-/// miner shares nothing with it but the types of table and outcome. The cost doubles with each
-/// item, so it is for a dozen of them; more than 31 throw `std::invalid_argument`.
+/// What a run must yield, by brute force from the definitions. Every subset of the items is looked
+/// at, and every rule is tested at every transaction by searching the transactions before it. Only
+/// the types of table and outcome are shared with the plain miner. The cost doubles with each item,
+/// so use a dozen items at most. Throws `std::invalid_argument` for more than 31.
 Outcome bruteForce(const Settings& settings, const Table& table);
 
 }  // namespace oracle

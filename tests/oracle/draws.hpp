@@ -6,7 +6,7 @@
 
 namespace oracle {
 
-/// Draws that the standard fixes for every platform, unlike those of its distributions.
+/// Draws that the standard fixes for every platform, unlike its distributions.
 class Draws {
   public:
     explicit Draws(std::uint64_t seed) : m_engine(seed) {}

@@ -20,7 +20,7 @@ TEST(AllHistories, HaveAnyItemsAtSomeOfTheTimes) {
 
 TEST(AllHistories, AreDifferent) {
     const std::vector<History> histories = allHistories({1, 2, 3}, {"a", "b"});
-    // Nothing or one of four sets at each of the times, and something at one of them.
+    // Each time has nothing or one of four sets, and some time has a set.
     EXPECT_EQ(5U * 5U * 5U - 1U, histories.size());
     EXPECT_EQ(histories.size(), std::set<History>(histories.begin(), histories.end()).size());
 }

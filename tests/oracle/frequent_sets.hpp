@@ -7,8 +7,7 @@
 
 namespace oracle {
 
-/// An item set and the histories that have all its items, at whatever times, in ascending order.
-/// Their number is the count of the set.
+/// An item set and the histories that hold it, ascending. Their number is the count of the set.
 struct FrequentSet {
     NumberedItems items;
     std::vector<std::size_t> histories;
@@ -19,11 +18,11 @@ struct FrequentSet {
 /// The frequent sets of one size, in lexicographic order of their items.
 using Level = std::vector<FrequentSet>;
 
-/// The items that are in `minCount` histories or more.
+/// The items that at least `minCount` histories hold, as sets.
 Level firstLevel(const NumberedTable& table, std::size_t minCount);
 
-/// The frequent sets with one item more than those of `level`. Two sets that differ in their last
-/// item alone make one; each frequent set is made once, since all that it contains are frequent.
+/// The frequent sets with one item more than those of `level`. Two sets that differ only in their
+/// last item make one. Each frequent set is made once, because all its subsets are frequent.
 Level nextLevel(const Level& level, std::size_t minCount);
 
 }  // namespace oracle

@@ -4,7 +4,7 @@
 
 namespace oracle {
 
-/// Numbers of histories: those that a rule counts in, those that have its items, and all.
+/// The numbers of histories that a rule counts in, that hold its items, and of all histories.
 struct RuleCounts {
     std::size_t rule;
     std::size_t both;
@@ -22,8 +22,8 @@ struct Measures {
     double certainty;
 };
 
-/// The measures of a rule. The quotients are of supports, not of counts, since their roundings are
-/// part of the result.
+/// The measures of a rule. Quotients are taken of supports, not of counts, because the result
+/// includes their rounding.
 Measures measuresOf(const RuleCounts& counts);
 
 }  // namespace oracle

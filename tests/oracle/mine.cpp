@@ -60,7 +60,7 @@ class Miner {
     }
 
   private:
-    /// In the order of the item-set file.
+    /// The order of the item-set file.
     struct InOrder {
         bool operator()(const NumberedItems& a, const NumberedItems& b) const {
             return precedes(a, b);
@@ -71,7 +71,8 @@ class Miner {
     void m_say(const std::string& text) { m_messages += "\t ... " + text + '\n'; }
 
     /// Only the first order ends the search when it has no rules. Without a greatest order the
-    /// search ends after a level of two sets or less, although two may still make one.
+    /// search ends after a level of at most two sets, although two sets may still make a larger
+    /// one.
     void m_search() {
         m_level = firstLevel(m_table, m_settings.minCount);
         m_recordLevel();
@@ -95,7 +96,7 @@ class Miner {
         return m_settings.maxOrder == 0 ? m_level.size() > 2 : order <= m_settings.maxOrder;
     }
 
-    /// The number of rules that are proposed for the sets of `size` items.
+    /// Goes to the sets of `size` items. Returns the number of rules that are proposed for them.
     std::size_t m_goUp(std::size_t size) {
         m_level = nextLevel(m_level, m_settings.minCount);
         m_recordLevel();
@@ -122,7 +123,7 @@ class Miner {
         }
     }
 
-    /// A rule that counts nowhere is none, whatever the least count.
+    /// A rule that counts nowhere is not listed, whatever the least count.
     void m_addRule(const FrequentSet& set, Split split, std::size_t count) {
         if (count == 0)
             return;
@@ -142,7 +143,7 @@ class Miner {
     const Settings& m_settings;
     const NumberedTable m_table;
     Level m_level;
-    std::vector<Split> m_splits;  ///< Of the sets of the level.
+    std::vector<Split> m_splits;  ///< The splits of each set of the level.
     Counts m_counts;
     std::vector<MinedRule> m_rules;
     std::string m_messages;

@@ -172,7 +172,7 @@ TEST_P(MinersOfTheOracle, AgreeOnRandomTables) {
                                                                     << drawn.table;
         withRules += outcome.rules.empty() ? 0 : 1;
     }
-    // Agreement means little where there is nothing to agree on.
+    // Agreement means little if there is nothing to agree on.
     EXPECT_GT(withRules, 100U);
 }
 

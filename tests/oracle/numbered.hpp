@@ -10,7 +10,7 @@
 
 namespace oracle {
 
-/// An item of a table, as its place among all items of the table in byte order.
+/// An item of a table: its place among all items of the table in byte order.
 using ItemNumber = std::uint32_t;
 
 /// Numbers of items, ascending.
@@ -21,14 +21,14 @@ using Times = std::vector<Time>;
 
 /// A table as the times at which each item occurs.
 struct NumberedTable {
-    std::vector<std::string> names;  ///< Of the items, by number.
+    std::vector<std::string> names;  ///< The names of the items, by number.
     std::vector<std::map<ItemNumber, Times>> histories;
 };
 
 NumberedTable numbered(const Table& table);
 
-/// Whether item set `a` comes before `b` in the files: at the first difference the smaller item
-/// decides, and a set comes before the sets that it begins with.
+/// Whether item set `a` comes before `b` in the files. At the first difference the lesser item
+/// decides, and a set comes before its own prefixes.
 bool precedes(const NumberedItems& a, const NumberedItems& b);
 
 /// "{a,b}".

@@ -21,7 +21,7 @@ std::optional<Time> lastBefore(Time time, const std::string& item, const History
     return last;
 }
 
-/// Whether the item occurs before `time` and at most the window before it.
+/// Whether the item occurs before `time` and at most the window earlier.
 bool isWithin(Time window, Time time, const std::string& item, const History& history) {
     const std::optional<Time> last = lastBefore(time, item, history);
     return last.has_value() && (window == 0 || time - *last <= window);

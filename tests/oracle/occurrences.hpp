@@ -9,27 +9,28 @@
 
 namespace oracle {
 
-/// A rule, whether it is listed anywhere or not.
+/// A rule, which need not be in any result.
 struct Implication {
     Items antecedent;
     Items subsequent;
 };
 
-/// Why a history that has all items of a rule does not count for it: the first that holds of the
-/// transaction that gets furthest in this list.
+/// Why a history that has all items of a rule does not count for it. Each transaction has the first
+/// of these reasons that holds for it; the history has the last reason of its transactions in this
+/// order.
 enum class Reason {
-    SUBSEQUENT_APART,    ///< It does not have all of the subsequent.
-    OTHER_ORDER,         ///< Not all of the antecedent had occurred by then, nor did it then.
-    SAME_TIME,           ///< Something of the antecedent occurred then for the first time.
-    TOO_LATE,            ///< Something of the antecedent was last there longer ago than the window.
-    NOT_NEW,             ///< Something of the subsequent was there within the window before.
-    ANTECEDENT_PRESENT,  ///< It has all of the antecedent too.
+    SUBSEQUENT_APART,    ///< Not all of the subsequent is there.
+    OTHER_ORDER,         ///< Some of the antecedent has not occurred by then.
+    SAME_TIME,           ///< Some of the antecedent occurs then for the first time.
+    TOO_LATE,            ///< Some of the antecedent last occurred longer ago than the window.
+    NOT_NEW,             ///< Some of the subsequent occurred within the window before.
+    ANTECEDENT_PRESENT,  ///< All of the antecedent is there too.
 };
 
 /// How a history counts.
 struct Counted {
-    Time time;                    ///< Of the first transaction that the rule counts in.
-    std::vector<Time> lastTimes;  ///< The last before it of each item of the antecedent, in order.
+    Time time;                    ///< The first time at which the rule counts.
+    std::vector<Time> lastTimes;  ///< By item of the antecedent: its last time before that.
 
     bool operator==(const Counted&) const = default;
 };
@@ -45,12 +46,12 @@ struct Occurrence {
 
 struct Occurrences {
     std::vector<Occurrence> histories;  ///< In the order of the table.
-    std::size_t count;                  ///< Histories that count for the rule,
-    std::size_t reverseCount;           ///< and for the one with the sides exchanged.
+    std::size_t count;                  ///< Histories that count for the rule.
+    std::size_t reverseCount;  ///< Histories that count for the rule with the sides exchanged.
 };
 
-/// Goes through the table from the definition. A window of 0 is the whole past. Throws
-/// `std::invalid_argument` when a side is empty or both have an item in common.
+/// Tests each history by the definition. A window of 0 is the whole past. Throws
+/// `std::invalid_argument` when a side is empty or the sides share an item.
 Occurrences occurrencesOf(const Implication& rule, const Table& table, Time window);
 
 /// "0 at 5 after 1,3", or "0 TOO_LATE".

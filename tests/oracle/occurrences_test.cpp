@@ -69,7 +69,7 @@ TEST(Occurrences, CountedTellTheFirstTimeAndTheLastOfEachItemBefore) {
         // The times are in the order of the items, not in their own.
         {"1:c 2:a 4:b,d 6:e", "a,b,c", "e", 0, "at 6 after 2,4,1"},
         {"1:a,c 2:a 3:c 4:b", "a,c", "b", 0, "at 4 after 2,3"},
-        // Part of the antecedent may be in the transaction, and it must have been there before.
+        // Part of the antecedent may be in the transaction, if it occurred before as well.
         {"1:a,b 2:b,c", "a,b", "c", 0, "at 2 after 1,1"},
         {"1:a 2:b,c", "a", "b,c", 0, "at 2 after 1"},
         // The ends of time.
@@ -90,10 +90,10 @@ TEST(Occurrences, OtherOrder) {
     expectOutcomes({
         {"1:b 2:a", "a", "b", 0, "OTHER_ORDER"},
         {"1:b 2:a", "a", "b", 5, "OTHER_ORDER"},
-        // Only a part of the antecedent was there by then.
+        // Only a part of the antecedent has occurred by then.
         {"1:a 2:c 3:b", "a,b", "c", 0, "OTHER_ORDER"},
         {"1:b 2:b,c 3:a", "a,b", "c", 0, "OTHER_ORDER"},
-        // The transaction at 3 has not all of the subsequent.
+        // The transaction at 3 does not have all of the subsequent.
         {"1:b,c 2:a 3:b", "a", "b,c", 0, "OTHER_ORDER"},
     });
 }
@@ -103,9 +103,10 @@ TEST(Occurrences, SameTime) {
         {"1:a,b", "a", "b", 0, "SAME_TIME"},
         {"1:a,b", "a", "b", 5, "SAME_TIME"},
         {"1:a 2:b,c", "a,b", "c", 0, "SAME_TIME"},
-        // Later times of the antecedent do not matter, an earlier one of the subsequent neither.
+        // Later times of the antecedent do not matter, and neither does an earlier one of the
+        // subsequent.
         {"1:b 2:a,b 3:a", "a", "b", 0, "SAME_TIME"},
-        // What is beyond the window comes after what was never there.
+        // Item a is too old, but that is tested later.
         {"1:a 9:b,c", "a,b", "c", 2, "SAME_TIME"},
     });
 }
@@ -115,7 +116,7 @@ TEST(Occurrences, TooLate) {
         {"1:a 5:b", "a", "b", 3, "TOO_LATE"},
         // One item of two is too old.
         {"1:a 4:c 5:b", "a,c", "b", 3, "TOO_LATE"},
-        // At 5 it occurs again, which is not before.
+        // It occurs again at 5, which is not before 5.
         {"1:a 5:a,b", "a", "b", 3, "TOO_LATE"},
         // The subsequent is not new either, but that is tested later.
         {"1:a 5:b 6:b", "a", "b", 3, "TOO_LATE"},
@@ -178,8 +179,8 @@ TEST(Occurrences, OfWhatIsNoRuleAreRefused) {
     EXPECT_THROW(occurrences("a,b", "b,c", table), std::invalid_argument);
 }
 
-/// The side that has the items of one digit when the digits of `number`, to base 3, say of each
-/// item whether it is on no side, the first or the second.
+/// The items of side `digit`: the digits of `number` to base 3 say of each item whether it is on no
+/// side, the first or the second.
 NumberedItems sideOf(std::size_t number, std::size_t items, std::size_t digit) {
     NumberedItems side;
     for (std::size_t item = 0; item < items; ++item, number /= 3)
@@ -197,7 +198,7 @@ Items named(const NumberedItems& items, const std::vector<std::string>& names) {
 
 constexpr std::size_t MOST_ITEMS = 4;
 
-/// The counts of all rules and of all item sets of up to four items, by their texts.
+/// The counts of all rules and item sets of up to four items, by their texts.
 struct Counts {
     Counts(const Table& table, Time window) {
         Settings settings;
@@ -216,7 +217,7 @@ struct Counts {
     std::map<std::string, std::size_t> itemSets;
 };
 
-/// Compares the occurrences of all rules of up to four items; the number of the rules.
+/// Compares the occurrences of all rules of up to four items. Returns the number of rules.
 std::size_t compare(const Table& table, Time window) {
     Counts counts(table, window);
     const std::vector<std::string> names = numbered(table).names;
@@ -245,7 +246,8 @@ std::size_t compare(const Table& table, Time window) {
 }
 
 std::vector<TableShape> shapes() {
-    // The texts of odd names do not tell item sets apart, and those of fourteen items are too many.
+    // Texts of odd names do not tell item sets apart, and there are too many rules of fourteen
+    // items.
     std::vector<TableShape> all = tableShapes();
     std::erase_if(all, [](const TableShape& shape) {
         return shape.name == "OddNames" || shape.name == "Wide";

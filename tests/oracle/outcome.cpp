@@ -9,7 +9,7 @@ namespace oracle {
 
 namespace {
 
-/// Six significant digits, and none after the point that are zero.
+/// Six significant digits, without trailing zeros.
 std::string rounded(double value) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.6g", value);

@@ -31,7 +31,7 @@ struct Outcome {
 
     std::vector<Rule> rules;
     std::vector<ItemSet> itemSets;
-    std::string messages;  ///< What the search reports on standard error, whole.
+    std::string messages;  ///< What the search writes to standard error, whole.
 
     bool operator==(const Outcome&) const = default;
 
@@ -43,7 +43,7 @@ struct Outcome {
     std::string itemSetFile() const;
 };
 
-/// Every digit of the measures, unlike the rules file.
+/// The measures with every digit, unlike the rules file.
 std::ostream& operator<<(std::ostream& os, const Outcome::Rule& rule);
 std::ostream& operator<<(std::ostream& os, const Outcome::ItemSet& items);
 std::ostream& operator<<(std::ostream& os, const Outcome& outcome);

@@ -11,7 +11,7 @@ bool occursAt(Time time, const Times& times) {
     return std::binary_search(times.begin(), times.end(), time);
 }
 
-/// Whether one of the times is before `time` and no longer before than the window.
+/// Whether one of the times is before `time` and at most the window earlier.
 bool occursBefore(Time time, const Times& times, Time window) {
     const auto after = std::lower_bound(times.begin(), times.end(), time);
     return after != times.begin() && (window == 0 || time - *std::prev(after) <= window);

@@ -15,7 +15,8 @@ namespace {
 
 using testing::ElementsAre;
 
-/// How often the rule between these items counts in the histories, which have all of them.
+/// In how many of the histories the rule between these items counts. All histories have all of the
+/// items.
 std::size_t countOf(const Table& table, const char* antecedent, const char* subsequent,
                     Time window = 0) {
     const NumberedTable numbers = numbered(table);

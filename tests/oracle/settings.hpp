@@ -6,9 +6,9 @@
 
 namespace oracle {
 
-/// What a run is asked for. All bounds are inclusive.
+/// The settings of a run. All bounds are inclusive.
 struct Settings {
-    /// Histories that an item set must be in to be frequent, and that a rule must count in.
+    /// The least number of histories that hold a frequent item set, and that a rule counts in.
     std::uint32_t minCount = 5;
 
     double minSupport = 0;
@@ -19,8 +19,8 @@ struct Settings {
     std::uint32_t maxOrder = 0;    ///< Greatest order of a rule; 0: until the search runs out.
     std::uint64_t windowSize = 0;  ///< In units of time; 0: no window.
 
-    /// Whether every split of a frequent set into two sides is proposed, not only those whose
-    /// antecedent is a run of neighbours.
+    /// Whether every split of a frequent set is proposed, not only those whose antecedent is a
+    /// contiguous run of the items.
     bool allSplits = false;
 };
 

@@ -23,15 +23,15 @@ using History = std::map<Time, Items>;
 struct Table {
     std::vector<History> histories;
 
-    /// The names of the entities, or none: then `entityOf` makes them up.
+    /// The names of the entities. If empty, `entityOf` makes them up.
     std::vector<std::string> entities = {};
 };
 
-/// The name of a history's entity. Names that are made up are in byte order as the histories are.
+/// The name of a history's entity. Made-up names are in byte order as the histories are.
 std::string entityOf(const Table& table, std::size_t history);
 
-/// A table in short form, a text for each history: "1:a,b 5:c 7:" has a and b at time 1, c at 5 and
-/// a transaction without items at 7. No item is empty or holds a comma or a blank.
+/// A table from its short form, a text for each history: "1:a,b 5:c 7:" has a and b at time 1, c at
+/// 5 and a transaction without items at 7. Items must not be empty, nor contain a comma or a blank.
 Table tableOf(std::initializer_list<const char*> histories);
 
 /// The items of "a,b"; the empty text has none.

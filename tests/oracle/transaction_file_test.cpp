@@ -94,7 +94,7 @@ TEST(TransactionFile, SplitHasTheSameTransactionsInMoreRows) {
             EXPECT_EQ(expected, readBack(text));
             rows += linesOf(text).size() - 1;
         }
-    // Eight transactions in each of forty files, and two more rows at least in most of them.
+    // Forty files of eight transactions each; most files have at least two rows more.
     EXPECT_GT(rows, 40U * 10U);
 }
 
