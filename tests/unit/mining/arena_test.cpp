@@ -60,7 +60,7 @@ TEST(Arena, TakesTheEndOfAnArrayThatWasGivenBack) {
     EXPECT_EQ(array, arena.take(1));
 }
 
-/// A stack of marks and arrays, each filled with a number of its own.
+/// A stack of marks and arrays. Each array is filled with a number of its own.
 TEST(Arena, KeepsAllArraysOfNestedMarks) {
     struct Array {
         std::uint32_t* begin;

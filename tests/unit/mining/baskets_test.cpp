@@ -19,7 +19,7 @@ namespace {
 
 using mining_tests::makeBaskets;
 
-/// The conditional database of an item, by name, its histories sorted: "bc,c".
+/// The conditional database of an item, by name, with sorted histories: "bc,c".
 std::string conditionalOf(const Baskets& baskets, const WalkOrder& order, const HistoryIndex& index,
                           WalkItem item) {
     std::vector<std::string> histories;
@@ -48,7 +48,7 @@ TEST(Baskets, HaveForEachItemWhatComesAfterItInItsHistories) {
     EXPECT_EQ("- - - -", conditionalOf(baskets, order, index, order.item(Rank{0})));
 }
 
-/// What is left of a history counts, not what it once was.
+/// What counts is how many items of a history are walked, not how many it has.
 TEST(Baskets, LeaveOutHistoriesOfFewerThanTwoItems) {
     const HistoryIndex index =
         support::indexOf(oracle::tableOf({"1:a 9:a", "1:b,x", "1:a,b", "3:y", "1:x,y 4:b"}), 1);

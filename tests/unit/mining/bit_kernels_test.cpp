@@ -63,7 +63,7 @@ Joined naiveJoin(const Words& a, const Words& b, std::size_t n, std::uint32_t le
     return joined;
 }
 
-/// What the kernel yields, which has written nowhere else.
+/// What the kernel yields, once it is known to write nowhere else.
 Joined join(const BitKernels& kernels, const Words& a, const Words& b, std::size_t n,
             std::uint32_t least) {
     Joined joined;

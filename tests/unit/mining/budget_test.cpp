@@ -21,16 +21,17 @@ namespace {
 
 using Limit = BudgetExceeded::Limit;
 
-/// a, b, c, ab, ac, bc and abc are in two histories at least, and a => b and b => a in one each.
+/// The sets a, b, c, ab, ac, bc and abc are each in at least two histories. The rules a => b and b
+/// => a count in one each.
 HistoryIndex smallIndex() {
     return support::indexOf(oracle::tableOf({"1:a,b,c", "1:a,b,c", "1:a 2:b", "1:b 2:a", "1:a"}),
                             1);
 }
 
-/// How the runs are worked: whole, by three threads, over two shards.
+/// How a run is done: in one thread, in three threads, or over two shards.
 enum class Way { WHOLE, THREADS, SHARDS };
 
-/// What ends the run, if anything does.
+/// The exception that ends the run, if any.
 std::optional<BudgetExceeded> outcome(const HistoryIndex& index, MiningOptions options,
                                       Way way = Way::WHOLE) {
     Observer observer;
@@ -90,7 +91,7 @@ TEST_P(BudgetOf, LevelsEndsARunThatFindsALargerSet) {
     EXPECT_EQ(Limit::LEVELS, first->limit());
 }
 
-/// 7 sets of 28 bytes and 2 rules of 144, and something for the histories.
+/// 7 sets of 28 bytes, 2 rules of 144 bytes, and some bytes for the histories.
 TEST_P(BudgetOf, BytesEndsARunThatTakesMore) {
     for (const std::size_t bytes : {1U, 28 * 7U, 28 * 7 + 2 * 144U}) {
         const std::optional<BudgetExceeded> exceeded = outcomeOf({.bytes = bytes});
@@ -124,7 +125,7 @@ TEST(Budget, AdvisesTheLeastCountThatHalfOfTheSetsHave) {
         exceeded->what());
 }
 
-/// Without the budget there are most of 2^20 sets.
+/// Without the budget there would be almost 2^20 sets.
 TEST(Budget, AdviceLeadsToARunThatFits) {
     const HistoryIndex index = mining_tests::evenHistories(40, 20, 1);
     MiningOptions options;

@@ -22,7 +22,7 @@ namespace {
 using mining_tests::Account;
 using mining_tests::evenHistories;
 
-/// Cancels when it is asked for the n-th time, from 0 on.
+/// Cancels when it is asked for the n-th time, counted from 0.
 class Canceller : public Observer {
   public:
     explicit Canceller(std::size_t at) : m_at(at) {}
@@ -68,7 +68,7 @@ TEST(Cancelling, EndsARunThatWasCancelledBeforeHoweverSmallItIs) {
     EXPECT_THROW(findRules(index, sets, options, canceller), Cancelled);
 }
 
-/// Cancels as soon as it is told a level.
+/// Cancels as soon as a level is reported.
 class LevelCanceller : public Observer {
   public:
     void levelFound(std::size_t size, std::size_t) override { m_cancelled = size == 2; }
@@ -89,7 +89,7 @@ TEST(Cancelling, BetweenTheSearchAndTheRulesEndsTheRun) {
 }
 
 TEST(Cancelling, EndsTheIndexingOfColumnsAtAnyOfItsQuestions) {
-    // 300,000 rows of 10,000 histories, so that every step asks.
+    // With 300,000 rows of 10,000 histories every step asks.
     std::vector<std::uint32_t> entities;
     std::vector<std::uint32_t> times;
     std::vector<std::uint32_t> items;

@@ -37,7 +37,7 @@ void PrintTo(const Block& block, std::ostream* os) {
     *os << block.begin << " to " << block.end << ": " << block.count;
 }
 
-/// The blocks, of which no candidate is kept.
+/// All blocks; none of their candidates is kept.
 std::vector<Block> blocksOf(Candidates& candidates) {
     std::vector<Block> blocks;
     while (candidates.next()) {
@@ -47,7 +47,7 @@ std::vector<Block> blocksOf(Candidates& candidates) {
     return blocks;
 }
 
-/// Those of one item.
+/// The candidates of one first item.
 FoundSets items(std::size_t number) {
     FoundSets found;
     found.link(number);
@@ -87,7 +87,7 @@ TEST(Candidates, ThereIsNoBlockWithoutItems) {
     EXPECT_FALSE(candidates.finish());
 }
 
-/// Of items 0 to 3 the pairs 01, 02, 03, 12 and 23: only those that share the first item make
+/// Items 0 to 3 have the pairs 01, 02, 03, 12 and 23. Only pairs with the same first item make
 /// triples.
 TEST(Candidates, LargerOnesAreOfSetsThatDifferInTheLastItem) {
     FoundSets found = items(4);
@@ -117,8 +117,8 @@ TEST(Candidates, LargerOnesAreOfSetsThatDifferInTheLastItem) {
     EXPECT_EQ(3U, found.maxSize());
 }
 
-/// The frequent sets of an index, a level at a time in blocks of this size; and the largest number
-/// of blocks of a level.
+/// The frequent sets of an index, found level by level in blocks of this size, and the greatest
+/// number of blocks of a level.
 std::pair<ItemSets, std::size_t> foundInBlocks(const HistoryIndex& index,
                                                const MiningOptions& options, std::size_t block) {
     const WalkOrder order(index, options.minCount);

@@ -74,7 +74,7 @@ TEST(Dictionary, KeepsAllCodesAsItGrows) {
     Dictionary names;
     for (std::size_t i = 0; i < number; ++i) {
         ASSERT_EQ(Code(i), names.add("name" + std::to_string(i)));
-        // A name of the first half, right after a doubling too.
+        // A name of the first half, also right after the table doubles.
         ASSERT_EQ(Code(i / 2), names.add("name" + std::to_string(i / 2)));
     }
     EXPECT_EQ(number, names.size());
@@ -82,8 +82,8 @@ TEST(Dictionary, KeepsAllCodesAsItGrows) {
         ASSERT_EQ("name" + std::to_string(i), names.name(Code(i)));
 }
 
-/// Two names with the same hash, whatever the hash is. Of a million names some hundred pairs of
-/// 32 bits are alike.
+/// Two names with the same hash, whatever the hash function is: a million names have about a
+/// hundred pairs with equal hashes of 32 bits.
 std::pair<std::string, std::string> namesOfOneHash() {
     std::unordered_map<std::uint32_t, std::string> names;
     for (int i = 0; i < 1'000'000; ++i) {
@@ -117,8 +117,8 @@ TEST(Dictionary, GoesOnAsACopy) {
     EXPECT_EQ("c", names.name(Code{1}));
 }
 
-/// A name takes its bytes, eight for where it ends, and two to four entries of eight bytes in the
-/// hash table; arrays that grow have at most twice the room that they need.
+/// A name takes its bytes, eight bytes for where it ends, and two to four entries of eight bytes in
+/// the hash table. Growing arrays have at most twice the room that they need.
 TEST(Dictionary, TellsItsMemory) {
     constexpr std::size_t number = 100'000;
     constexpr std::size_t bytes = 20;
@@ -131,8 +131,8 @@ TEST(Dictionary, TellsItsMemory) {
     EXPECT_LE(names.memory(), number * (2 * bytes + 16 + 32));
 }
 
-/// Names of the same bytes in other places or with other lengths have other hashes, mostly: the
-/// table would be slow where they do not.
+/// Names that have the same bytes in other places or other lengths mostly have different hashes;
+/// otherwise the table would be slow.
 TEST(NameHash, DiffersForMostNames) {
     std::vector<std::string> all;
     for (std::size_t length = 0; length < 40; ++length)

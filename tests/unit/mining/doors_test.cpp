@@ -32,8 +32,8 @@
 #include "support/engine.hpp"
 #include "support/sanitized.hpp"
 
-/// Tables come into the engine by several ways, and runs go through it by several ways. Each of
-/// these doors must yield what the oracle yields.
+/// There are several ways to bring a table into the engine and to run it there. Each of these doors
+/// must yield what the oracle yields.
 namespace quarvis::mining {
 namespace {
 
@@ -44,7 +44,7 @@ using oracle::Table;
 using oracle::TableShape;
 using oracle::tableShapes;
 
-/// What a run finds, without messages; nothing where the door cannot take the table.
+/// What a run finds, without messages. Empty if the door cannot take the table.
 using Mine = std::function<std::optional<Outcome>(const Settings&, const Table&)>;
 
 struct Door {
@@ -127,7 +127,7 @@ std::optional<Outcome> throughWideRows(const Settings& settings, const Table& ta
     return minedIn(support::indexOf(table, settings.minCount, TimeWidth::BITS_64), settings);
 }
 
-/// The index has items that are too rare for the run.
+/// The index has items that are not frequent in the run.
 std::optional<Outcome> throughAnIndexOfAllItems(const Settings& settings, const Table& table) {
     return minedIn(support::indexOf(table, 0), settings);
 }
@@ -149,7 +149,7 @@ const std::vector<Door>& doors() {
     return DOORS;
 }
 
-/// To the last bit, and without the messages.
+/// Compares to the last bit, but without the messages.
 testing::AssertionResult isSame(const Outcome& expected, const Outcome& found) {
     if (found.rules == expected.rules && found.itemSets == expected.itemSets)
         return testing::AssertionSuccess();
@@ -201,7 +201,7 @@ TEST(Doors, TakeTheTablesThatTheirRowsCanHold) {
 
 class RandomTablesOfShape : public testing::TestWithParam<std::size_t> {};
 
-/// Half of the tables with every split, the others by runs.
+/// Half of the tables are mined with every split, the others by runs.
 TEST_P(RandomTablesOfShape, AreMinedAsByTheOracle) {
     const std::size_t shapes = tableShapes().size();
     const std::size_t tables = ADDRESS_SANITIZED ? 150 : 1820;
@@ -213,7 +213,7 @@ TEST_P(RandomTablesOfShape, AreMinedAsByTheOracle) {
         ASSERT_TRUE(agree(drawn.settings, drawn.table)) << "seed " << seed;
         withRules += oracle::mine(drawn.settings, drawn.table).rules.empty() ? 0 : 1;
     }
-    // Agreement means little where there is nothing to agree on.
+    // Agreement means little if there is nothing to agree on.
     EXPECT_GE(withRules, tables / 10);
 }
 
@@ -241,8 +241,8 @@ std::string nameOf(const testing::TestParamInfo<Setting>& setting) {
 
 class EveryTable : public testing::TestWithParam<Setting> {
   protected:
-    /// The number of tables of up to `number` of the histories; it stops at the first that does not
-    /// agree.
+    /// Returns the number of tables of up to `number` of the histories. Stops at the first one that
+    /// does not agree.
     static std::size_t upTo(std::size_t number, const std::vector<oracle::History>& histories) {
         Settings settings;
         settings.minCount = GetParam().minCount;
@@ -290,7 +290,7 @@ INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfThreeHistories,
 class EveryLongHistory : public EveryTable {};
 
 TEST_P(EveryLongHistory, IsMinedAsByTheOracle) {
-    // 9 possibilities at each of 4 times; no transaction at all stands for the empty table.
+    // Each of 4 times has 9 possibilities. No transaction at all is the empty table.
     EXPECT_EQ(6'561U, upTo(1, oracle::allHistories({0, 1, 3, 4}, {"p", "q", "r"})));
 }
 
@@ -303,7 +303,7 @@ INSTANTIATE_TEST_SUITE_P(Settings, EveryLongHistory,
 class EveryHistoryOfFourItems : public EveryTable {};
 
 TEST_P(EveryHistoryOfFourItems, IsMinedAsByTheOracle) {
-    // 17 possibilities at each of 2 times.
+    // Each of 2 times has 17 possibilities.
     EXPECT_EQ(289U, upTo(1, oracle::allHistories({1, 3}, {"p", "q", "r", "s"})));
 }
 
@@ -320,7 +320,7 @@ std::vector<std::string> names(std::size_t number) {
     return all;
 }
 
-/// Tables of a shape, as many as take a second or so.
+/// As many tables of a shape as take about a second.
 struct Series {
     TableShape shape;
     std::size_t tables;
@@ -330,7 +330,7 @@ std::ostream& operator<<(std::ostream& os, const Series& series) {
     return os << series.shape;
 }
 
-/// Tables whose bitmaps, masks and weights are of more than one word or digit.
+/// Tables whose bitmaps, masks and weights have more than one word or digit.
 std::vector<Series> largeTables() {
     // Histories, transactions, items of a transaction, last time, least count.
     return {
@@ -371,11 +371,11 @@ INSTANTIATE_TEST_SUITE_P(Shapes, LargeTablesOfShape, testing::ValuesIn(largeTabl
                          });
 
 /// Real histories, from the folder that the environment variable QUARVIS_DATA names. They are too
-/// many and too large to be part of this project.
+/// large to be part of this project.
 struct RealRun {
     std::string name;
     std::string file;
-    std::size_t histories;  ///< The first of the file, or ALL.
+    std::size_t histories;  ///< How many of the file, from the first on, or ALL.
     Settings settings;
 };
 
@@ -385,7 +385,7 @@ std::ostream& operator<<(std::ostream& os, const RealRun& run) {
     return os << run.file << " with " << run.settings;
 }
 
-/// The rows of the first `number` entities of a transaction file, and its header.
+/// The header of a transaction file and the rows of its first `number` entities.
 std::string rowsOf(std::istream& file, std::size_t number) {
     std::set<std::string> entities;
     std::string rows;

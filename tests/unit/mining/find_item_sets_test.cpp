@@ -54,7 +54,7 @@ TEST(FindItemSets, FindsAllSubsetsWhereNoHistoryIsNeeded) {
               setsOf(findItemSets(index, atLeast(0), observer)));
 }
 
-/// Writes down of each level whether there was work after the one before: 'w' or '-'.
+/// Records for each level whether there was work after the one before: 'w' or '-'.
 class LevelWatcher : public Observer {
   public:
     void levelFound(std::size_t size, std::size_t) override {
@@ -77,8 +77,8 @@ CountedSets multiplied(CountedSets sets, std::uint32_t factor) {
     return sets;
 }
 
-/// More sets than a thread puts into one block. Sets in ascending order are different, and as many
-/// different sets as there can be are all.
+/// More sets than a thread puts into one block. Ascending sets are all different, and as many
+/// different sets as are possible are all sets.
 TEST(FindItemSets, FindsMillionsOfSets) {
     constexpr std::size_t items = 21;
     const char* const history = "1:a,b,c,d,e,f,g,h,i,j,k,l,m,n,o,p,q,r,s,t,u";
@@ -86,7 +86,7 @@ TEST(FindItemSets, FindsMillionsOfSets) {
     Observer observer;
     const ItemSets sets = findItemSets(index, atLeast(2), observer);
     ASSERT_EQ(items, sets.levels());
-    std::size_t subsets = items;  // of a size, at first of 1
+    std::size_t subsets = items;  // of the current size, which begins at 1
     for (std::size_t size = 2; size <= items; ++size) {
         subsets = subsets * (items + 1 - size) / size;
         ASSERT_EQ(subsets, sets.count(size));
@@ -103,9 +103,9 @@ TEST(FindItemSets, FindsMillionsOfSets) {
     }
 }
 
-/// What takes one walk over a few histories takes a walk for each level over many copies of them,
-/// until there are fewer sets of a size than of the size before; the rest is one walk again. Here
-/// size 7 is the first with fewer sets, and there are sets of up to 9 items.
+/// A search that is one walk over a few histories takes a walk for each level over many copies of
+/// them, until a size has fewer sets than the one before; one more walk does the rest. Here size 7
+/// is the first with fewer sets, and there are sets of up to 9 items.
 TEST(FindItemSets, FindsTheSameInALongSearchLevelByLevel) {
     constexpr std::size_t histories = 500;
     constexpr std::uint32_t items = 26;
@@ -122,7 +122,7 @@ TEST(FindItemSets, FindsTheSameInALongSearchLevelByLevel) {
     const HistoryIndex index = evenHistories(histories, items, copies);
     LevelWatcher watcher;
     MiningOptions options = atLeast(minCount * copies);
-    // What a first attempt found and threw away is not counted twice.
+    // The sets that a first attempt found and threw away are not counted twice.
     options.budget.sets = few.size();
     EXPECT_TRUE(expected == setsOf(findItemSets(index, options, watcher)));
     EXPECT_EQ("-wwwwwww--", watcher.levels());

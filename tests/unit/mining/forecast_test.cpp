@@ -27,7 +27,7 @@ TEST(MostLarger, OfItemsAreAllPairs) {
     EXPECT_EQ(499999500000U, mostLarger(1, 1000000));
 }
 
-/// 7 pairs are the 6 of four items and one more, which is in no triple.
+/// 7 pairs are the 6 pairs of four items and one more, which is in no triple.
 TEST(MostLarger, IsWorkedOutFromSumsOfBinomials) {
     EXPECT_EQ(0U, mostLarger(2, 2));
     EXPECT_EQ(1U, mostLarger(2, 3));
@@ -37,7 +37,7 @@ TEST(MostLarger, IsWorkedOutFromSumsOfBinomials) {
     EXPECT_EQ(126U, mostLarger(4, 126));
 }
 
-/// The most triangles of a graph with five corners, over all graphs of so many edges.
+/// The greatest number of triangles over all graphs with five corners and this many edges.
 TEST(MostLarger, IsTheMostThatAnyPairsHave) {
     std::array<std::size_t, 11> most{};
     const auto edge = [](std::size_t a, std::size_t b) {
@@ -89,7 +89,7 @@ TEST(Forecast, ComesBeforeEachLevelOfARunOverShards) {
     EXPECT_EQ("1:4 2:<=6 2:3 3:<=1 3:1 4:<=0 4:0 ", told.text);
 }
 
-/// Three pairs of four items, ab, ac and bd: abc is the one that two of them make.
+/// Four items have the pairs ab, ac and bd. Only abc is made of two of them.
 TEST(Forecast, IsTheNumberOfJoinsWhereThatIsLess) {
     FoundSets found;
     found.add(2, 0, WalkItem{1}, 9);

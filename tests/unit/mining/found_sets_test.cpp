@@ -121,8 +121,8 @@ bool areEqual(const FoundSets& a, const FoundSets& b) {
     return true;
 }
 
-/// The sets that begin with an item, as a walk finds them: a trie of random shape. Those of fewer
-/// than `begin` items are known, and of the least size `begin` the parents are places among them.
+/// The sets that begin with an item, as a walk finds them: a trie of random shape. Sets of fewer
+/// than `begin` items are known, and the parents of the smallest sets here are places among them.
 void addRandom(FoundSets& sets, std::size_t item, std::size_t begin, oracle::Draws& draws) {
     std::vector<std::size_t> below = {item};
     for (std::size_t size = begin; size < begin + 4; ++size) {
@@ -137,8 +137,8 @@ void addRandom(FoundSets& sets, std::size_t item, std::size_t begin, oracle::Dra
     }
 }
 
-/// Several finders take turns with the items; what they find is put together in the order of the
-/// items, as if one had found it all.
+/// Several finders take turns with the items. What they find is put together in the order of the
+/// items, as if one finder had found it all.
 TEST(FoundSets, AppendPutsTogetherWhatSeveralFound) {
     for (std::uint64_t seed = 0; seed < 200; ++seed) {
         constexpr std::size_t finders = 3;
@@ -169,13 +169,13 @@ TEST(FoundSets, AppendPutsTogetherWhatSeveralFound) {
     }
 }
 
-/// So many items and so few sets that the order is made by comparing, and the other way round.
+/// The numbers of items and sets are such that sets are sorted by comparing and by counting.
 TEST(FoundSets, AreOrderedHoweverManyItemsThereAre) {
     for (const std::size_t items : {5U, 100U, 130U, 20'000U})
         for (const std::size_t pairs : {1U, 20U, 4000U}) {
             oracle::Table table;
             for (std::size_t item = 0; item < items; ++item) {
-                // Items of great rank are rare, so the walk goes through them backwards.
+                // Items of high rank are rare, so the walk takes the items backwards.
                 const std::string digits = std::to_string(item);
                 const std::string name = std::string(6 - digits.size(), '0') + digits;
                 table.histories.resize(3);

@@ -8,7 +8,7 @@
 
 namespace mining_tests {
 
-/// A step of a run that nothing ends.
+/// A step of a run that is never ended.
 struct FreeStep {
     quarvis::mining::Observer observer;
     quarvis::mining::Meter meter{quarvis::mining::Budget()};

@@ -73,8 +73,8 @@ TEST(Slice, OutlivesTheWhole) {
     EXPECT_EQ("1:a,b 5:c", historiesOf(slice));
 }
 
-/// Four bytes a history, eight a transaction, four an item of a transaction; with times of 64 bits
-/// four more a transaction.
+/// Four bytes a history, eight a transaction and four an item of a transaction. With times of 64
+/// bits a transaction takes four more.
 TEST(HistoryIndex, TellsItsMemory) {
     EXPECT_GE(fourHistories().memory(), 4 * 4U + 6 * 8U + 8 * 4U);
     EXPECT_GE(fourHistories(TimeWidth::BITS_64).memory(), 4 * 4U + 6 * 12U + 8 * 4U);

@@ -100,7 +100,7 @@ TEST(IndexBuilder, KeepsTheItemsThatAreInEnoughHistories) {
         const char* histories;
         std::size_t occurrences;
     };
-    // Item a is in three histories, b in two, c in one, though there three times.
+    // Item a is in three histories, b in two, and c in one, which has it three times.
     const Row rows[] = {
         {0, "a 3, b 2, c 1", "1:a,b 2:c 3:c 4:c | 1:a 2:a,b | 1:a | ", 9},
         {1, "a 3, b 2, c 1", "1:a,b 2:c 3:c 4:c | 1:a 2:a,b | 1:a | ", 9},
@@ -196,7 +196,7 @@ TEST(IndexBuilder, IsWithoutRowsAfterFreezingButKeepsItsEntities) {
               textOf(builder.freeze(0)));
 }
 
-/// The row that was begun before freezing is done with.
+/// Freezing ends the row that was begun before.
 TEST(IndexBuilder, BeginsItsFirstRowAfterFreezingAnew) {
     IndexBuilder builder;
     builder.add("ann", 1, "a");
@@ -208,8 +208,8 @@ TEST(IndexBuilder, BeginsItsFirstRowAfterFreezingAnew) {
 
 class IndexBuilderOfWidth : public testing::TestWithParam<TimeWidth> {};
 
-/// A row of n items is n + 2 words, or n + 3 with wide times, and blocks are of 65,536 words. Rows
-/// of several lengths let blocks end after every kind of word.
+/// A row of n items has n + 2 words, or n + 3 with wide times, and a block has 65,536 words. With
+/// rows of several lengths, blocks end after every kind of word.
 TEST_P(IndexBuilderOfWidth, KeepsRowsThatGoOnInANewBlock) {
     constexpr std::size_t number = 200'000;
     constexpr std::uint64_t wide = std::uint64_t{7} << 32;
@@ -243,7 +243,7 @@ TEST_P(IndexBuilderOfWidth, KeepsRowsThatGoOnInANewBlock) {
     }
 }
 
-/// One row alone has more words than a block.
+/// A single row has more words than a block.
 TEST_P(IndexBuilderOfWidth, KeepsARowThatIsLongerThanABlock) {
     constexpr std::size_t number = 150'000;
     IndexBuilder builder(GetParam());

@@ -21,7 +21,7 @@ using mining_tests::IndexFile;
 using oracle::Table;
 using oracle::tableOf;
 
-/// The bytes that hexadecimal digits stand for; blanks are left out.
+/// The bytes that hexadecimal digits stand for; blanks are skipped.
 std::string bytesOf(const std::string& digits) {
     std::string bytes;
     bool isUpper = true;
@@ -49,7 +49,7 @@ HistoryIndex smallIndex() {
     return builder.freeze(1);
 }
 
-/// All that can be asked of them is the same.
+/// Whether all that they tell is the same.
 testing::AssertionResult areSame(const HistoryIndex& a, const HistoryIndex& b) {
     if (a.historyCount() != b.historyCount() || a.itemCount() != b.itemCount() ||
         a.occurrenceCount() != b.occurrenceCount() || a.timeWidth() != b.timeWidth() ||
@@ -140,7 +140,7 @@ TEST(IndexBytes, OfHistoriesWithoutItemsComeBack) {
     EXPECT_TRUE(comesBack(index));
 }
 
-/// Names whose length fills up the last 8 bytes, or does not.
+/// Names whose length is a multiple of 8, or is not.
 TEST(IndexBytes, OfAnyNamesComeBack) {
     std::string everyByte;
     for (int byte = 0; byte < 256; ++byte)
@@ -161,7 +161,7 @@ TEST(IndexBytes, OfSlicesComeBack) {
                 << begin << " to " << end;
 }
 
-/// Bytes depend on the index alone, not on how it came to be.
+/// Bytes depend on the index alone, not on how it was made.
 TEST(IndexBytes, OfASliceOfAllAreThoseOfTheIndex) {
     const HistoryIndex index = indexed(tableOf({"1:a 2:b", "4:c 5:a,b,c"}));
     EXPECT_EQ(indexToBytes(index), indexToBytes(index.slice(HistoryId{0}, HistoryId{2})));

@@ -27,7 +27,7 @@ Dictionary namesOf(std::initializer_list<const char*> names) {
     return made;
 }
 
-/// Rows as columns. The times are those of a row's width.
+/// Rows as columns. A time has the width of its column.
 template <class Time>
 struct Columns {
     std::vector<std::uint32_t> entities;
@@ -65,7 +65,7 @@ TEST(Columns, RowsMayRepeat) {
               textOf(rows.index(1, namesOf({"a"}), 1)));
 }
 
-/// A name is an item only where a row has it, even where no row is needed.
+/// A name is an item only if a row has it, even if the least count is 0.
 TEST(Columns, NamesThatNoRowHasAreNoItems) {
     const Columns<std::uint32_t> rows{{0}, {1}, {1}};
     EXPECT_EQ("minCount 0, 32 bits, 1 transactions, 1 occurrences\nb 1\n1:b",
@@ -105,7 +105,8 @@ TEST(Columns, OfMoreHistoriesThanThereAreNumbersAreRefused) {
                  std::length_error);
 }
 
-/// Random rows, as columns and through the builder, which meets the entities in their order.
+/// Random rows, as columns and through the builder, which meets the entities in the order of their
+/// numbers.
 template <class Time>
 void expectSameIndexes(std::uint64_t seed, TimeWidth width) {
     oracle::Draws draws(seed);

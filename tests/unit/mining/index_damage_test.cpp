@@ -15,7 +15,7 @@
 #include "index_file.hpp"
 #include "support/sanitized.hpp"
 
-/// What is no index, or no longer one.
+/// Bytes that are not an index, or are a damaged one.
 namespace quarvis::mining {
 namespace {
 
@@ -31,7 +31,7 @@ std::string contentOf(const IndexFile& file) {
     return bytes.substr(0, bytes.size() - CHECKSUM);
 }
 
-/// What is said of the bytes; nothing of an index.
+/// The message of the exception; empty if the bytes are an index.
 std::string refusalOf(const std::string& bytes) {
     try {
         indexFromBytes(bytes);
@@ -66,7 +66,7 @@ TEST(IndexDamage, EveryBitThatFlipsIsNoticed) {
     }
 }
 
-/// Some flips make another index: a name, a time, a count.
+/// Some flips make a valid index: those of a name, a time or a count.
 TEST(IndexDamage, BitsThatFlipUnnoticedMakeAnIndexOrNone) {
     const std::string content = contentOf({});
     std::size_t indexes = 0;
@@ -79,8 +79,8 @@ TEST(IndexDamage, BitsThatFlipUnnoticedMakeAnIndexOrNone) {
             ++indexes;
         }
     }
-    // Any bit of the three times but those that put 7 before 5: 29 of the first and 30 of the
-    // second do not, and all 32 of the third.
+    // All bits of the three times make one, except those that put 7 before 5: 29 bits of the first
+    // time, 30 of the second and 32 of the third do.
     EXPECT_GT(indexes, 90U);
     EXPECT_LT(indexes, 400U);
 }
@@ -229,7 +229,7 @@ INSTANTIATE_TEST_SUITE_P(
                [](auto& f) { f.occurrences[3] = std::uint32_t(LARGEST_32); }}),
     nameOf);
 
-/// While it lives, the program gets no more than so many bytes on top of what it has.
+/// Limits the data that the program may have to this many bytes, as long as it lives.
 class MemoryLimit {
   public:
     explicit MemoryLimit(rlim_t bytes) {
@@ -246,7 +246,7 @@ class MemoryLimit {
     rlimit m_before{};
 };
 
-/// The sizes are refused, not tried: there is no memory for the arrays that they stand for.
+/// The sizes are refused before memory is taken: there is none for such arrays.
 TEST(IndexDamage, SizesOfMoreThanThereIsAreRefusedWithoutMemoryForThem) {
     if (ADDRESS_SANITIZED)
         GTEST_SKIP() << "The address sanitizer reserves more than any limit leaves.";

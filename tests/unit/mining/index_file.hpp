@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-/// The bytes of an index, from the description of their format alone.
+/// The bytes of an index, made from the description of the format alone.
 namespace mining_tests {
 
-/// Appends numbers, lowest byte first.
+/// Appends numbers in little-endian order.
 template <class Number>
 void append(std::string& bytes, const std::vector<Number>& numbers) {
     for (const Number number : numbers)
@@ -17,7 +17,7 @@ void append(std::string& bytes, const std::vector<Number>& numbers) {
             bytes += static_cast<char>(static_cast<std::uint64_t>(number) >> (8 * i) & 0xff);
 }
 
-/// The bytes with their checksum behind them. What lacks to a multiple of 8 counts as zeros.
+/// The bytes, followed by their checksum. The last group of 8 is padded with zeros.
 inline std::string sealed(std::string bytes) {
     std::uint64_t sum = bytes.size();
     for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -36,7 +36,7 @@ inline std::string sealed(std::string bytes) {
 ///     history 0: a at 5; b and cd at 7
 ///     history 1: b at 5; nothing at 9
 struct IndexFile {
-    /// After the letters, in the order of the file.
+    /// The numbers of the header after its letters, in the order of the file.
     struct Head {
         std::uint64_t version = 1;
         std::uint64_t timeBytes = 4;
@@ -58,7 +58,7 @@ struct IndexFile {
     std::vector<std::uint64_t> times = {5, 7, 5};
     std::vector<std::uint32_t> itemBegin = {0, 1, 3, 4};
     std::vector<std::uint32_t> occurrences = {0, 1, 2, 1};
-    char fill = '\0';  ///< What fills up arrays.
+    char fill = '\0';  ///< The padding of arrays.
 
     std::string bytes() const {
         std::string bytes = letters;

@@ -13,7 +13,7 @@
 #include "oracle/settings.hpp"
 #include "oracle/table.hpp"
 
-/// Tables of the oracle as indexes, and what is found in them in the words of the oracle.
+/// Tables of the oracle as indexes, and what is found in them in the terms of the oracle.
 namespace mining_tests {
 
 /// Each history of the table has a transaction.
@@ -30,7 +30,7 @@ inline quarvis::mining::HistoryIndex indexed(
     return builder.freeze(minCount);
 }
 
-/// The settings name the order of rules, the options the items of their sets.
+/// Settings have the order of rules, options the size of their item sets.
 inline quarvis::mining::MiningOptions optionsLike(const oracle::Settings& settings) {
     quarvis::mining::MiningOptions options;
     options.minCount = settings.minCount;

@@ -33,7 +33,7 @@ using mining_tests::setsOf;
 
 using WalkSet = std::vector<WalkItem>;
 
-/// Sets as the walk knows them, in the order of their walk items.
+/// Sets as the walk has them, in the order of their walk items.
 std::map<WalkSet, std::uint32_t> inWalkOrder(const CountedSets& sets, const WalkOrder& order) {
     std::map<WalkSet, std::uint32_t> walked;
     for (const auto& [set, count] : sets) {
@@ -46,7 +46,7 @@ std::map<WalkSet, std::uint32_t> inWalkOrder(const CountedSets& sets, const Walk
     return walked;
 }
 
-/// The sets of `size` items at most, as an earlier walk would have found them.
+/// The sets of at most `size` items, as an earlier walk would have found them.
 FoundSets knownSets(const CountedSets& sets, const WalkOrder& order, std::size_t size) {
     FoundSets known;
     std::map<WalkSet, std::size_t> places;
@@ -63,7 +63,7 @@ FoundSets knownSets(const CountedSets& sets, const WalkOrder& order, std::size_t
     return known;
 }
 
-/// What the walk finds beside the sets of `knownSize` items at most.
+/// What the walk finds besides the sets of at most `knownSize` items.
 CountedSets walked(const HistoryIndex& index, std::uint32_t minCount, const CountedSets& sets,
                    std::size_t knownSize, std::size_t maxSize) {
     const WalkOrder order(index, minCount);
@@ -91,7 +91,7 @@ CountedSets upTo(const CountedSets& sets, std::size_t maxSize) {
     return chosen;
 }
 
-/// Each known set of `size` items with the last item of each later one that shares all but the
+/// Each known set of `size` items and the last item of each later set that shares all items but the
 /// last.
 std::vector<WalkSet> candidates(const CountedSets& sets, const WalkOrder& order, std::size_t size) {
     std::vector<WalkSet> known;
@@ -140,13 +140,14 @@ void expectCandidatesCounted(const HistoryIndex& index, std::uint32_t minCount,
     ASSERT_EQ(expected, counts) << knownSize << " known";
 }
 
-/// Tables of histories of a few kinds: how likely an item is depends on the kind, so items go
-/// together or shun each other.
+/// Tables of histories of a few kinds. How likely an item is depends on the kind of a history, so
+/// some items go together and others avoid each other.
 struct Shape {
     const char* name;
     std::size_t histories;
     std::size_t items;
-    std::vector<std::uint64_t> shares;  ///< Of a thousand histories of a kind, to draw from.
+    std::vector<std::uint64_t>
+        shares;  ///< To draw from: in how many of a thousand histories of a kind an item is.
     std::uint32_t minCount;
     std::size_t maxSize = 64;
 };
@@ -227,8 +228,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Shape{"ManyItemsHardlyTogether", 1000, 100, SPARSE, 12, 4}),
     [](const testing::TestParamInfo<Shape>& shape) { return std::string(shape.param.name); });
 
-/// Items x and y are each in thousands of histories, but only in few together. The class of {x,y}
-/// has so many members that its bitmaps are made anew over these few.
+/// Items x and y are each in thousands of histories but together only in a few. The class of {x,y}
+/// has so many members that its bitmaps are rebuilt over these few.
 TEST(ItemSetWalk, FindsTheSetsOfFewAmongManyHistories) {
     for (const std::size_t both : {1U, 63U, 64U, 65U, 100U, 128U, 129U, 200U}) {
         oracle::Draws draws(both);
@@ -242,7 +243,7 @@ TEST(ItemSetWalk, FindsTheSetsOfFewAmongManyHistories) {
         std::vector<std::uint32_t> entities;
         std::vector<std::uint32_t> items;
         for (std::uint32_t history = 0; history < histories; ++history) {
-            // Those with both are spread among those with x.
+            // The histories with both are spread among those with x.
             const bool hasX = history < alone + both;
             const bool hasY = history >= alone + both || history * both / (alone + both) !=
                                                              (history + 1) * both / (alone + both);
@@ -262,8 +263,8 @@ TEST(ItemSetWalk, FindsTheSetsOfFewAmongManyHistories) {
     }
 }
 
-/// Item y is in the last `least` of the histories of x and in no other of them: after all that it
-/// may be lacking in, it still can be frequent.
+/// Item y is in the last `least` of the histories of x and in no others. After all the histories
+/// that it may be missing from, it can still be frequent.
 TEST(ItemSetWalk, FindsAPartnerThatIsInTheLastHistoriesAlone) {
     for (const std::uint32_t least : {1U, 8U, 9U, 40U, 100U})
         for (const std::uint32_t spare : {0U, 1U, 7U, 8U, 9U, 60U, 300U}) {
@@ -300,7 +301,7 @@ TEST(ItemSetWalk, FindsNothingForAnItemWithoutLaterOnes) {
     EXPECT_EQ(2U, found.level(2).count[0]);
 }
 
-/// Walks of one object do not disturb each other, whatever their order.
+/// The walks of one object do not affect each other, whatever their order.
 TEST(ItemSetWalk, GoesThroughItemsInAnyOrder) {
     const Shape shape{"", 300, 8, MIXED, 4};
     const HistoryIndex index = indexOf(shape, 5);

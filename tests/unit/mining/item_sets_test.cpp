@@ -170,8 +170,8 @@ ItemSets trieOf(const CountedSets& counted) {
     }
 }
 
-/// The order of the item-set file: at the first difference the smaller item decides, and the longer
-/// set comes first.
+/// The order of the item-set file: at the first difference the lesser item decides, and a set comes
+/// before its prefixes.
 bool isListedBefore(const std::pair<Set, std::uint32_t>& a,
                     const std::pair<Set, std::uint32_t>& b) {
     Set left = a.first;

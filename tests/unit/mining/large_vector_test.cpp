@@ -21,7 +21,7 @@ TEST(LargeVector, HoldsWhatItHeldWhenItGrows) {
         ASSERT_EQ(value, values[value]);
 }
 
-/// Around the sizes at which arrays become long, and around whole pages.
+/// Sizes around those at which arrays become long, and around whole pages.
 TEST(LargeVector, IsWritableUpToItsEnd) {
     for (const std::size_t size :
          {LARGE_PAGE / 2 - 1, LARGE_PAGE / 2, LARGE_PAGE / 2 + 1, LARGE_PAGE - 1, LARGE_PAGE,

@@ -165,7 +165,7 @@ TEST(LevelRun, RefusesWhatItDidNotAskFor) {
     EXPECT_THROW(run.addRules(noSplit), std::invalid_argument);
 }
 
-/// Every cut and every changed byte is told.
+/// Every cut and every changed byte is detected.
 TEST(LevelRun, RefusesDamagedBytes) {
     LevelRun run({3, 3, 3}, ofCount(2));
     const std::vector<FrequentCandidates> all = {{{0, 1, 2}, {3, 2, 2}}};
@@ -221,7 +221,7 @@ TEST(ShardColumns, KeepItemsThatNobodyHas) {
     EXPECT_THAT(countsOf(shard), testing::ElementsAre(0, 2, 1));
 }
 
-/// Item b is too rare in the whole: the shards are shuffled as slices of the whole without it.
+/// Item b is infrequent in the whole. The shards are shuffled as slices of the whole without it.
 TEST(WithoutRareItems, ShufflesAsTheWhole) {
     const oracle::Table table =
         tableOf({"1:a 2:b 3:c 4:d", "1:a,b 2:c 5:a", "1:d 2:c 3:a", "1:c 7:a 9:d"});

@@ -22,7 +22,7 @@ namespace {
 using mining_tests::makeStandings;
 using oracle::TableShape;
 
-/// The entry of an item in a history, or its end.
+/// The entry of an item in a history, or the end of the history's entries.
 std::size_t entryOf(const Standings& standings, std::size_t history, Rank item) {
     std::size_t entry = history == 0 ? 0 : standings.endEntry(history - 1);
     while (entry < standings.endEntry(history) && standings.item(entry) != item)
@@ -30,7 +30,7 @@ std::size_t entryOf(const Standings& standings, std::size_t history, Rank item) 
     return entry;
 }
 
-/// How an item stands in each of the words, from the masks of the standings.
+/// The masks of an item in each of the words, by those of the standings.
 struct Expected {
     std::vector<MomentColumns::Standing> standing;
     std::vector<std::uint64_t> present;
@@ -76,14 +76,14 @@ void expectColumn(const Expected& expected, const MomentColumns::Column& column)
     }
 }
 
-/// How many columns were seen of each kind.
+/// The numbers of columns of each kind.
 struct Seen {
     std::size_t dense = 0;
     std::size_t sparse = 0;
     std::size_t present = 0;
 };
 
-/// For each first item, columns for about half of the later ones.
+/// Compares, for each first item, the columns of about half of the later items.
 void expectColumnsOf(const oracle::Table& table, std::uint64_t window, std::uint64_t seed,
                      Seen& seen) {
     const HistoryIndex index = support::indexOf(table, 1);
@@ -112,7 +112,7 @@ void expectColumnsOf(const oracle::Table& table, std::uint64_t window, std::uint
         }
         columns.fill(Rank{first}, asked);
 
-        // Only histories with the first item and two that were asked for have moments here.
+        // Only histories with the first item and at least two of the partners have moments here.
         std::vector<std::uint32_t> histories;
         for (const Standings::Place& place : standings.places(Rank{first})) {
             const auto items = std::count_if(asked.begin(), asked.end(), [&](const auto& one) {

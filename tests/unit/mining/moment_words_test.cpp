@@ -32,7 +32,7 @@ struct Stood {
                                   window)) {}
 };
 
-/// All words of a packing, described.
+/// All words of a packing, with weights and tops.
 struct Described {
     std::vector<std::uint32_t> word;
     std::vector<std::uint32_t> weights;
@@ -48,8 +48,8 @@ struct Described {
     }
 };
 
-/// Histories that weigh so much, each "1:a 2:b 3:c..." of another number of items, so that item a
-/// has as many moments less one.
+/// For each pair, as many equal histories as the weight says, with this many moments: i100 occurs
+/// at time 0, i101 at time 1 and so on.
 Table weighted(const std::vector<std::pair<std::size_t, std::size_t>>& weightsAndMoments) {
     Table table;
     for (const auto& [weight, moments] : weightsAndMoments)
@@ -98,7 +98,7 @@ TEST(MomentWords, AHistoryIsPackedForEachDigitOfItsWeight) {
 }
 
 TEST(MomentWords, BeginAtTheFirstMomentOfTheItem) {
-    // Of the moments 0 to 4 item i103 is new at 2 and recent at 3 and 4.
+    // Item i103 is new at moment 2 and recent at 3 and 4, of the moments 0 to 4.
     const Stood stood(weighted({{1, 5}}), 0);
     MomentWords words;
     words.make(stood.standings, stood.standings.places(Rank{3}));
@@ -121,7 +121,7 @@ TEST(MomentWords, LongHistoriesHaveWordsOfTheirOwn) {
     const Described described(words);
     EXPECT_EQ((std::vector<std::uint32_t>{1, 3, 3, 3}), described.weights);
     EXPECT_EQ(1U, described.selection.shared);
-    // Item i100 + 70 is new at moment 69, in the second of the words of its history.
+    // Item i170 is new at moment 69, in the second word of its history.
     words.make(stood.standings, stood.standings.places(Rank{70}));
     ASSERT_EQ(2U, words.fields().size());
     EXPECT_EQ(1U, words.fields()[0].source);
@@ -146,7 +146,7 @@ const std::uint64_t* recentOf(const Standings::Masks& masks) {
     return masks.recent();
 }
 
-/// The entry of an item in a history, or its end.
+/// The entry of an item in a history, or the end of the history's entries.
 std::size_t entryOf(const Standings& standings, std::size_t history, Rank item) {
     std::size_t entry = history == 0 ? 0 : standings.endEntry(history - 1);
     while (entry < standings.endEntry(history) && standings.item(entry) != item)
@@ -154,7 +154,7 @@ std::size_t entryOf(const Standings& standings, std::size_t history, Rank item) 
     return entry;
 }
 
-/// The masks of an item in all words of a first one.
+/// The masks of an item in all words of a first item.
 std::vector<std::uint64_t> bitsOf(const Standings& standings, const MomentWords& words, Rank first,
                                   Rank item, MaskOf maskOf) {
     std::vector<std::uint64_t> bits(words.words());
@@ -171,7 +171,7 @@ std::vector<std::uint64_t> bitsOf(const Standings& standings, const MomentWords&
     return bits;
 }
 
-/// The histories in which at one moment both masks are set.
+/// The number of histories in which both masks have a bit at the same moment.
 std::uint32_t naiveCount(const Standings& standings, Rank a, MaskOf maskOfA, Rank b,
                          MaskOf maskOfB) {
     std::uint32_t count = 0;
@@ -211,7 +211,7 @@ void expectNaiveCounts(const Table& table, std::uint64_t window, std::uint64_t s
                         << "seed " << seed << ", items " << a << " and " << b;
                     for (std::size_t word = 0; word < words.words(); ++word)
                         ASSERT_EQ(left[word] & right[word], both[word]);
-                    // Without a window an item is new in a history but once.
+                    // Without a window an item is new at most once in a history.
                     if (window == 0 && maskOfB == freshOf) {
                         ASSERT_EQ(count, words.intersect(described.selection, left.data(),
                                                          right.data(), both.data(), true));

@@ -20,7 +20,7 @@ using quarvis::mining::Rank;
 /// Ascending items.
 using Set = std::vector<Rank>;
 
-/// Item sets and their counts; those of one size in lexicographic order.
+/// Item sets and their counts. Sets of one size are in lexicographic order.
 using CountedSets = std::map<Set, std::uint32_t>;
 
 /// The items of each history.
@@ -34,7 +34,7 @@ inline std::vector<std::set<Rank>> itemsOfHistories(const HistoryIndex& index) {
     return histories;
 }
 
-/// The frequent sets of `maxSize` items at most, by lists of the histories that hold each.
+/// The frequent sets of at most `maxSize` items, from lists of the histories that hold each item.
 class NaiveSets {
   public:
     NaiveSets(const HistoryIndex& index, std::uint32_t minCount, std::size_t maxSize)

@@ -19,7 +19,7 @@ namespace {
 
 using oracle::tableOf;
 
-/// Writes down what it is told, but for the progress.
+/// Records all calls except those of progress.
 class Listener : public Observer {
   public:
     void levelFound(std::size_t size, std::size_t sets) override {
@@ -67,7 +67,7 @@ TEST(Observer, IsToldThatThereAreNoItems) {
     EXPECT_EQ("1:0 rules:0", told({"1:a", "1:b"}, 2, 1));
 }
 
-/// Also those that the thresholds drop.
+/// Rules that the thresholds drop are counted too.
 TEST(Observer, IsToldAllRulesThatHaveTheLeastCount) {
     MiningOptions options;
     options.minCount = 1;
@@ -120,7 +120,7 @@ class Boom : public std::runtime_error {
     Boom() : std::runtime_error("boom") {}
 };
 
-/// Throws at its n-th call of one kind.
+/// Throws at the n-th call of one kind.
 class Thrower : public Observer {
   public:
     enum Kind { LEVEL, RULES, PROGRESS };
@@ -152,7 +152,7 @@ TEST(Observer, ItsExceptionsReachTheCaller) {
         Thrower::Kind kind;
         std::size_t calls;
     };
-    // With more threads the calling one may find no task left, and then tells no progress.
+    // With more threads, the calling one may find no task left and then reports no progress.
     const Row rows[] = {{Thrower::LEVEL, 1},    {Thrower::LEVEL, 2},    {Thrower::LEVEL, 3},
                         {Thrower::RULES, 1},    {Thrower::PROGRESS, 1}, {Thrower::PROGRESS, 6},
                         {Thrower::PROGRESS, 7}, {Thrower::PROGRESS, 12}};

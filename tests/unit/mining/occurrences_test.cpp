@@ -76,7 +76,7 @@ std::vector<std::string> texts(const std::vector<oracle::Occurrence>& occurrence
     return all;
 }
 
-/// The ranks of "b,a" in this order.
+/// The ranks of the items of "b,a", in this order.
 std::vector<Rank> ranksOf(const HistoryIndex& index, const std::string& names) {
     std::vector<Rank> ranks;
     std::istringstream list(names);
@@ -234,7 +234,7 @@ oracle::Items namesOf(const HistoryIndex& index, const std::vector<Rank>& ranks)
     return names;
 }
 
-/// The table with all of its times as late as can be.
+/// The table with all of its times as late as possible.
 Table atTheEndOfTime(const Table& table, oracle::Time lastTime) {
     Table late;
     for (const oracle::History& history : table.histories) {
@@ -247,7 +247,7 @@ Table atTheEndOfTime(const Table& table, oracle::Time lastTime) {
 
 class OccurrencesInTablesOfShape : public testing::TestWithParam<std::size_t> {};
 
-/// Also of items that are rare, and in an index without these.
+/// Rules with infrequent items are tested too, and an index without these items.
 TEST_P(OccurrencesInTablesOfShape, AreThoseOfTheOracle) {
     const std::vector<oracle::TableShape>& shapes = oracle::tableShapes();
     std::size_t counted = 0;

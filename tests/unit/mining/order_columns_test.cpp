@@ -19,7 +19,7 @@ using mining_tests::makeStandings;
 using oracle::Table;
 using oracle::tableOf;
 
-/// The columns of the first item of a table and all others.
+/// The columns of the first item of a table and of all others.
 struct Filled {
     explicit Filled(const Table& table)
         : index(support::indexOf(table, 1)),
@@ -32,8 +32,8 @@ struct Filled {
         filled = columns.fill(Rank{0}, partners);
     }
 
-    /// "2 x a0 b1 c-" for the lanes of weight 2 in which a is in the first transaction, b at the
-    /// first moment, and c is not; lanes without the first item are left out.
+    /// "2 x a0 b1 c-" for a lane of weight 2 in which a is in the first transaction, b occurs first
+    /// at the first moment, and c is missing. Lanes without the first item are left out.
     std::vector<std::string> lanes() const {
         std::vector<std::string> texts;
         for (std::size_t lane = 0; lane < 64 * columns.words(); ++lane) {
@@ -82,7 +82,7 @@ TEST(OrderColumns, TellTheHistoryOfALane) {
     EXPECT_EQ(Rank{0}, made.standings.item(place.entry));
 }
 
-/// A history of `others` transactions of an item each between a and c.
+/// A history with a, then `others` transactions of one item each, and c.
 Table longTable(std::size_t others) {
     Table table;
     table.histories.resize(1);
@@ -103,7 +103,8 @@ TEST(OrderColumns, RefuseHistoriesOfMoreMoments) {
     EXPECT_FALSE(Filled(longTable(192)).filled);
 }
 
-/// 70 rare partners of an item in 200 histories: hardly a lane in a hundred would have an order.
+/// Each of 200 histories of a has another partner, so a partner would have an order in one lane of
+/// 200.
 TEST(OrderColumns, RefuseItemsThatMostLanesWouldBeEmptyOf) {
     Table table;
     table.histories.resize(200);

@@ -17,7 +17,7 @@ using Words = std::vector<std::uint64_t>;
 
 constexpr std::uint64_t GUARD = 0x0123456789abcdef;
 
-/// Few orders, so that many are equal, the least and the greatest one, and none.
+/// A few orders, so that many are equal, and the least, the greatest and none.
 Orders ordersOf(std::size_t lanes, oracle::Draws& draws) {
     Orders orders;
     for (std::size_t lane = 0; lane < lanes; ++lane)

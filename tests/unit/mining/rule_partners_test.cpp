@@ -15,7 +15,7 @@ namespace {
 
 using mining_tests::makeStandings;
 
-/// What is live in a table where a rule is to be met twice.
+/// The live pairs of a table with a least count of 2.
 struct Living {
     explicit Living(const oracle::Table& table)
         : index(support::indexOf(table, 1)), ledger(2), step(observer, meter) {

@@ -32,10 +32,10 @@ using oracle::TableShape;
 /// The two sides of a rule.
 using Sides = std::pair<Set, Set>;
 
-/// In how many histories each rule is met, and in how many it counts.
+/// By rule: in how many histories it is met, and in how many it counts.
 using Tallies = std::map<Sides, std::pair<std::uint32_t, std::uint32_t>>;
 
-/// Follows every rule that is met, and takes down all answers.
+/// Follows every rule that is met, and records all tallies.
 class Recorder : public RuleLedger {
   public:
     explicit Recorder(std::uint32_t least) : m_least(least) {}
@@ -92,7 +92,7 @@ Tallies walked(const HistoryIndex& index, const Run& run) {
     return tallies;
 }
 
-/// Straight from the definition, for one history.
+/// The rules of one history, by the definition.
 class NaiveHistory {
   public:
     NaiveHistory(const HistoryIndex& index, HistoryId history, std::uint64_t window)
@@ -137,7 +137,7 @@ class NaiveHistory {
     std::uint64_t m_window;
 };
 
-/// The rules of the frequent sets that are met in `least` histories or more.
+/// The rules of the frequent sets that are met in at least `least` histories.
 Tallies naive(const HistoryIndex& index, const Run& run) {
     Tallies tallies;
     for (const auto& [set, holders] :
@@ -203,7 +203,7 @@ TEST(RuleWalk, DoesNotCountWhereAllOfTheAntecedentIsPresent) {
     EXPECT_EQ("a>c 1/0, ab>c 1/0, b>c 1/0", walkedText({"1:a,b 2:a,b,c"}, {}));
 }
 
-/// At 2 the antecedent is present, but at 9 the subsequent is new once more.
+/// The antecedent is present at 2, but at 9 the subsequent is new again.
 TEST(RuleWalk, CountsAHistoryThatMeetsARuleAgainWithoutTheAntecedent) {
     EXPECT_EQ("a>b 1/1", walkedText({"1:a 2:a,b 8:a 9:b"}, {.window = 2}));
 }
@@ -212,7 +212,7 @@ TEST(RuleWalk, CountsAHistoryThatMeetsARuleOftenOnce) {
     EXPECT_EQ("a>b 1/1", walkedText({"1:a 2:b 10:a 11:b 20:a 21:b"}, {.window = 3}));
 }
 
-/// Two histories, alike, that meet a => b at 140 moments each: in three words.
+/// Two equal histories that meet a => b at 140 moments each, which take three words.
 TEST(RuleWalk, CountsALongHistoryThatMeetsARuleOftenOnce) {
     Table table;
     table.histories.resize(2);
@@ -241,7 +241,7 @@ TEST(RuleWalk, DropsRulesThatAreMetTooSeldom) {
               walkedText({"1:a 2:b 3:c", "1:a 2:b,c", "1:a,b 2:c"}, {.least = 2}));
 }
 
-/// Whether the walk tallies what the definition does.
+/// Whether the walk tallies what the definition says.
 void expectNaive(const Table& table, const Run& run, std::uint64_t seed, std::size_t& rules) {
     const HistoryIndex index = support::indexOf(table, std::min<std::uint32_t>(run.least, 1));
     const Tallies expected = naive(index, run);

@@ -10,12 +10,12 @@
 
 #include "oracle/draws.hpp"
 
-/// Indexes that runs work on for a while, and results as values that compare.
+/// Indexes whose runs take a while, and results as values that compare.
 namespace mining_tests {
 
-/// `copies` copies of `histories` histories, in each of which every item occurs with an even
-/// chance, at one of four times. The sets that are in n of them with one copy are in n times
-/// `copies`.
+/// An index of `copies` copies of `histories` histories. Each item occurs in a history with an even
+/// chance, at one of four times. A set that is in n histories with one copy is in n times `copies`
+/// histories.
 inline quarvis::mining::HistoryIndex evenHistories(std::size_t histories, std::uint32_t items,
                                                    std::size_t copies) {
     oracle::Draws draws(histories + items);

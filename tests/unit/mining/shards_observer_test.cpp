@@ -35,7 +35,7 @@ std::vector<HistoryIndex> cut(const HistoryIndex& index, std::size_t number) {
     return shards;
 }
 
-/// Writes down what it is told.
+/// Records what it is told.
 class Recorder : public Observer {
   public:
     void levelFound(std::size_t size, std::size_t sets) override {
@@ -71,7 +71,7 @@ TEST(ShardsObserver, IsToldOfEachLevelAndOfTheRules) {
         // The rules are a => b, a => c, b => c and {a,b} => c.
         EXPECT_THAT(recorder.told, ElementsAre("3 sets of 1", "3 sets of 2", "1 sets of 3",
                                                "0 sets of 4", "4 rules"));
-        // The others may leave nothing to do to the thread that tells of progress.
+        // The other threads may leave no task to the one that reports progress.
         if (threads == 1) {
             EXPECT_GT(recorder.reports, 0U);
         }
@@ -107,7 +107,7 @@ TEST(ShardsObserver, IsToldWhatIsToldOfTheWhole) {
     }
 }
 
-/// Says that the run is to end from the question of this number on.
+/// Cancels from the call with this number on.
 class Canceller : public Observer {
   public:
     explicit Canceller(std::size_t from = std::numeric_limits<std::size_t>::max()) : m_from(from) {}
@@ -158,7 +158,7 @@ TEST(ShardsObserver, EndsTheRunAtAnyQuestion) {
     EXPECT_EQ("", support::differenceOf(expected, mineShards(shards, options, patient)));
 }
 
-/// How often several threads ask depends on how they share the work.
+/// How often several threads ask depends on how they share the tasks.
 TEST(ShardsObserver, EndsARunOfSeveralThreads) {
     const HistoryIndex index = someHistories();
     const std::vector<HistoryIndex> shards = cut(index, 4);

@@ -49,7 +49,7 @@ std::vector<HistoryIndex> cut(const HistoryIndex& index, std::size_t number) {
     return cutAt(index, begins);
 }
 
-/// One is empty at the beginning, one at the end, and most between.
+/// One shard at the beginning is empty, one at the end is, and most in between.
 std::vector<HistoryIndex> cutWithEmptyOnes(const HistoryIndex& index) {
     const std::size_t all = index.historyCount();
     return cutAt(index, {0, 0, all / 2, all / 2, all / 2, all, all});
@@ -86,7 +86,7 @@ std::vector<Cut> cutsOf(const HistoryIndex& index, std::uint64_t seed) {
             {"at random, through bytes", throughBytes(cutAtRandom(index, seed))}};
 }
 
-/// Whether each cut, counted by one thread and by several, yields what the whole does.
+/// Whether each cut yields what the whole does, in one thread and in several.
 testing::AssertionResult agree(const HistoryIndex& index, MiningOptions options,
                                std::uint64_t seed) {
     Observer observer;
@@ -118,7 +118,7 @@ testing::AssertionResult agree(const Table& table, const oracle::Settings& setti
     return agree(index, optionsLike(settings), seed);
 }
 
-/// The rule is in no shard often enough, the set neither.
+/// Neither the rule nor the set reaches the least count in any one shard.
 TEST(Shards, CountTogetherWhatIsRareInEach) {
     const HistoryIndex index =
         indexed(tableOf({"1:a 2:b", "1:a", "1:a 2:b", "1:b", "1:a 5:b", "1:c"}), 2);
@@ -138,7 +138,7 @@ TEST(Shards, CountTogetherWhatIsRareInEach) {
                                                      oracle::Outcome::ItemSet{"{b}", 4}));
 }
 
-/// Four items in a row are met in no two histories of one shard.
+/// Two histories meet {a,b,c} => d, each in a shard of its own.
 TEST(Shards, FollowRulesThatAreRareInEach) {
     const Table table = tableOf({"1:a 2:b 3:c 4:d", "1:a 3:b 5:c 9:d", "1:d 2:a 3:b"});
     oracle::Settings settings;
@@ -154,7 +154,7 @@ TEST(Shards, FollowRulesThatAreRareInEach) {
 
 class RandomTablesInShards : public testing::TestWithParam<std::size_t> {};
 
-/// Half of the tables with every split, the others by runs.
+/// Half of the tables are mined with every split, the others by runs.
 TEST_P(RandomTablesInShards, AreMinedAsTheWhole) {
     std::size_t withRules = 0;
     const std::size_t tables = ADDRESS_SANITIZED ? 10 : 60;
@@ -168,8 +168,8 @@ TEST_P(RandomTablesInShards, AreMinedAsTheWhole) {
     EXPECT_GE(withRules, tables / 10);
 }
 
-/// From none, where sets that are nowhere count too, to more than there are histories; the items of
-/// the index are then more than those of the run.
+/// Least counts from 0, where sets that no history holds count too, to more than there are
+/// histories. The index then has more items than the run.
 TEST_P(RandomTablesInShards, AreMinedAsTheWholeForEveryLeastCountAndSize) {
     const oracle::TableShape& shape = tableShapes()[GetParam()];
     for (std::uint64_t seed = 0; seed < (ADDRESS_SANITIZED ? 1 : 3); ++seed) {

@@ -18,7 +18,7 @@ TEST(Splits, AllOfANumberOfItemsAreTheLowestBits) {
     EXPECT_EQ(0x7fffffffffffffffU, allOf(MOST_ITEMS));
 }
 
-/// Bits tell the subsequent, so the antecedents are those without.
+/// Bits mark the subsequent, so the antecedent is the items without one.
 TEST(Splits, ARunIsAnAntecedentOfNeighbours) {
     struct Row {
         SplitMask split;
@@ -46,7 +46,7 @@ TEST(Splits, ARunIsAnAntecedentOfNeighbours) {
         EXPECT_EQ(run, isRun(split, size)) << split << " of " << size;
 }
 
-/// The oracle's bits tell the antecedent.
+/// The oracle's bits mark the antecedent.
 TEST(Splits, AreProposedAsTheOracleDoes) {
     for (std::size_t size = 2; size <= 10; ++size) {
         std::set<SplitMask> runs;

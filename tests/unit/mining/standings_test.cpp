@@ -24,7 +24,7 @@ using oracle::Table;
 using oracle::tableOf;
 using oracle::TableShape;
 
-/// " new 0,2" for the moments of a mask; nothing when there are none.
+/// " new 0,2" for the moments of a mask; empty if there are none.
 std::string momentsOf(const char* kind, const std::uint64_t* mask, std::size_t words) {
     std::ostringstream text;
     const char* separator = " ";
@@ -41,7 +41,7 @@ std::string momentsOf(const char* kind, const std::uint64_t* mask, std::size_t w
 /// The items of a history and their moments: "a recent 0; b new 0".
 std::string textOf(const Standings& standings, const HistoryIndex& index, std::size_t history) {
     std::string text;
-    // The first entry is where the one before ends.
+    // The first entry is where those of the history before end.
     const std::size_t begin = history == 0 ? 0 : standings.endEntry(history - 1);
     for (std::size_t entry = begin; entry < standings.endEntry(history); ++entry) {
         const Standings::Masks masks = standings.masks(history, entry);
@@ -81,8 +81,8 @@ TEST(Standings, AnItemIsNewOnceAndRecentFromThenOn) {
 }
 
 TEST(Standings, AnItemIsNewAgainAfterTheWindow) {
-    // b is new at 2, with a of 1; at 4 nothing is recent; at 5 b is new once more, with a and c
-    // of 4.
+    // At 2, b is new and the a of 1 is recent. At 4 nothing is recent. At 5, b is new again, and
+    // the a and c of 4 are recent.
     EXPECT_EQ((Texts{"a recent 0,1; b new 0,1; c recent 1"}),
               standingsOf(tableOf({"1:a 2:b 4:a,c 5:b"}), 1));
 }
@@ -96,7 +96,7 @@ TEST(Standings, TheWindowIncludesItsEnd) {
 
 TEST(Standings, AnItemThatOccursAgainWithinTheWindowStaysRecent) {
     EXPECT_EQ((Texts{"a recent 0 present 0; b new 0"}), standingsOf(tableOf({"1:a 3:a,b"}), 2));
-    // The a of 3 is no more new, but lasts until 5.
+    // The a of 3 is not new, but keeps a recent until 5.
     EXPECT_EQ((Texts{"a recent 0; b new 0"}), standingsOf(tableOf({"1:a 3:a 5:b"}), 2));
     EXPECT_EQ((Texts{"a recent 0,1; b new 0 recent 1; c new 1"}),
               standingsOf(tableOf({"1:a 2:b 3:a 4:c"}), 2));
@@ -107,7 +107,7 @@ TEST(Standings, AnItemIsPresentWhereItIsRecentAndOccursToo) {
               standingsOf(tableOf({"1:a 2:b 3:a,c"}), 0));
 }
 
-/// Only the second history has an item that is present; the masks of the first one are none.
+/// Only the second history has an item that is present; the present masks of the first are empty.
 TEST(Standings, ItemsOfEarlierHistoriesArePresentNowhere) {
     EXPECT_EQ((Texts{"a recent 0; b new 0", "a recent 0; c new 0", "a recent 0 present 0; b new 0",
                      "b recent 0; c new 0"}),
@@ -131,14 +131,14 @@ TEST(Standings, LeaveOutHistoriesWithoutMoments) {
 }
 
 TEST(Standings, LeaveOutItemsThatAreNeitherNewNorRecentAtAMoment) {
-    // At 1 nothing is recent yet, and at 9 the a of 1 is long past.
+    // At 1 nothing is recent yet, and at 9 the a of 1 is too old.
     EXPECT_EQ((Texts{"b recent 0; c new 0"}), standingsOf(tableOf({"1:a 9:b 10:c"}), 2));
 }
 
 TEST(Standings, LeaveOutItemsThatAreNotRelevant) {
     EXPECT_EQ((Texts{"b recent 0; c new 0"}), standingsOf(tableOf({"1:a 2:b 3:a 4:c"}), 0, "a"));
     EXPECT_EQ((Texts{}), standingsOf(tableOf({"1:a 2:b"}), 0, "a"));
-    // The a in between does not make the b of 1 recent.
+    // The a between does not make the b of 1 recent.
     EXPECT_EQ((Texts{}), standingsOf(tableOf({"1:b 3:a 5:c"}), 2, "a"));
 }
 
@@ -147,7 +147,7 @@ TEST(Standings, HistoriesThatAreAlikeAreOneWithAWeight) {
               standingsOf(tableOf({"1:a 2:b", "5:a 9:b", "1:b 2:a", "1:a 2:a 3:b", "1:a 2:b"}), 0));
 }
 
-/// They are alike in what is new and recent, but not in what is present.
+/// Their masks agree in what is new and recent, but not in what is present.
 TEST(Standings, HistoriesThatDifferInWhatIsPresentAreNotAlike) {
     EXPECT_EQ((Texts{"2 x a recent 0; b new 0", "2 x a recent 0 present 0; b new 0"}),
               standingsOf(tableOf({"1:a 2:b", "1:a 2:a,b", "1:a 2:b", "7:a 8:a,b"}), 0));
@@ -177,7 +177,7 @@ TEST(Standings, OfAShardHaveItsHistoriesAlone) {
     EXPECT_EQ((Texts{"a new 0; b recent 0", "a recent 0; c new 0"}), textsOf(standings, index));
 }
 
-/// Item k of 70 occurs at time k alone, and each but the first makes a moment.
+/// Each of 70 items occurs at one time, and each time but the first is a moment.
 TEST(Standings, AHistoryMayHaveMoreThan64Moments) {
     Table table;
     table.histories.resize(1);
@@ -200,7 +200,7 @@ TEST(Standings, AHistoryMayHaveMoreThan64Moments) {
     }
 }
 
-/// Straight from the definitions: the standing of each item at each transaction.
+/// The standing of each item at each transaction, by the definitions.
 class NaiveStandings {
   public:
     NaiveStandings(const oracle::History& history, std::uint64_t window)
@@ -267,7 +267,8 @@ class NaiveStandings {
     std::uint64_t m_window;
 };
 
-/// How many histories stand so; where no more alike ones are looked for, several have one text.
+/// The number of histories with each text. Where merging has stopped, several kept histories have
+/// one text.
 std::map<std::string, std::uint32_t> weightsOf(const Standings& standings,
                                                const HistoryIndex& index) {
     std::map<std::string, std::uint32_t> weights;
@@ -276,7 +277,7 @@ std::map<std::string, std::uint32_t> weightsOf(const Standings& standings,
     return weights;
 }
 
-/// The places of an item are its entries, by ascending history.
+/// Checks that the places of an item are its entries, by ascending history.
 void expectPlaces(const Standings& standings) {
     std::vector<std::vector<std::size_t>> expected(standings.itemCount());
     std::size_t entry = 0;
@@ -294,7 +295,7 @@ void expectPlaces(const Standings& standings) {
     }
 }
 
-/// The order of an item tells the only moment at which it is new, from 1.
+/// Checks that the order of an item is the only moment at which it is new, counted from 1.
 void expectOrders(const Standings& standings) {
     std::size_t entry = 0;
     for (std::size_t history = 0; history < standings.historyCount(); ++history)
@@ -340,7 +341,7 @@ TEST(Standings, OfLongHistoriesAreThoseOfTheDefinition) {
         expectNaive(oracle::randomTable(shape, seed), 1 + seed, seed);
 }
 
-/// An item that occurs again and again stays recent, at the moments of 70 others.
+/// An item that keeps occurring stays recent at the moments of 70 others.
 TEST(Standings, OfAnItemThatOccursAgainInALongHistoryAreThoseOfTheDefinition) {
     Table table;
     table.histories.resize(1);
@@ -352,8 +353,7 @@ TEST(Standings, OfAnItemThatOccursAgainInALongHistoryAreThoseOfTheDefinition) {
         expectNaive(table, window, 0);
 }
 
-/// The items of a history are put into order in one way where they are few and in another where
-/// they are many.
+/// The items of a history are sorted in one way if they are few and in another if they are many.
 TEST(Standings, OfHistoriesOfAnyNumberOfItemsAreThoseOfTheDefinition) {
     for (std::size_t items = 2; items < 70; ++items) {
         Table table;
@@ -364,7 +364,7 @@ TEST(Standings, OfHistoriesOfAnyNumberOfItemsAreThoseOfTheDefinition) {
     }
 }
 
-/// More than the 2,048 histories after which alike ones are no more looked for.
+/// There are more than the 2,048 histories after which merging may stop.
 TEST(Standings, OfManyHistoriesThatDifferAreThoseOfTheDefinition) {
     Table table;
     for (std::uint32_t i = 0; i < 50; ++i)
@@ -377,7 +377,8 @@ TEST(Standings, OfManyHistoriesThatDifferAreThoseOfTheDefinition) {
     expectNaive(table, 0, 0);
 }
 
-/// So many kinds of histories that the table of those that are known grows, each several times.
+/// There are so many kinds of histories that the hash table grows, and each kind occurs several
+/// times.
 TEST(Standings, OfManyAlikeHistoriesAreThoseOfTheDefinition) {
     Table table;
     for (std::uint32_t round = 0; round < 3; ++round)

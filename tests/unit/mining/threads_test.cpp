@@ -102,7 +102,7 @@ TEST(Tasks, EndAllWhenOneFails) {
                 ++begun;
                 if (task == 10)
                     throw std::logic_error("task 10");
-                // The others notice at the next settling.
+                // The other threads notice when they next settle their work.
                 while (task > 10)
                     Work(step).settle();
             };
