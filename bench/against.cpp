@@ -1,4 +1,4 @@
-/// The tool beside an earlier state of it: time, memory and phases of whole runs with the same
+/// Compares the tool with an earlier state of it: time, memory and phases of whole runs with equal
 /// outputs. `bench/against` builds both and calls
 ///
 ///     bench-against <old tool> <new tool> <scratch folder> <rounds> <pattern> [<data folder>]
@@ -32,16 +32,16 @@ using bench::Samples;
 using bench::Table;
 using bench::ToolRun;
 
-constexpr double LEAST_TIME = 5e-5;  // seconds, of which the clock and the pipe tell something
+constexpr double LEAST_TIME = 5e-5;  // seconds; below this the clock and the pipe tell nothing
 
 enum class Origin { GIVEN, GENERATED };
 
-/// A transaction file, in the folder of the user's or generated, and the options of a run.
+/// A transaction file, from the user's folder or generated, and the options of a run.
 struct Case {
     Origin origin;
-    std::string table;  // the name of the file, without ".tsv", or the kind
+    std::string table;  // the name of the file without ".tsv", or a kind of generated table
     std::string options;
-    bool slow = false;  // it gets half the rounds
+    bool slow = false;  // whether it gets half the rounds
 
     std::string name() const { return table + ' ' + options; }
 };
@@ -108,8 +108,8 @@ std::vector<std::string> words(const std::string& text) {
     return words;
 }
 
-/// The transaction file of the case, generated when it is not yet there. That is done in a process
-/// of its own: what this one has in memory would count for the tools.
+/// The transaction file of the case. A missing one is generated in a process of its own, because
+/// the memory of this process would count for the tools.
 std::string inputOf(const Case& which, const Settings& settings) {
     if (which.origin == Origin::GIVEN)
         return settings.data / (which.table + ".tsv");
@@ -122,8 +122,8 @@ std::string inputOf(const Case& which, const Settings& settings) {
     return path;
 }
 
-/// Runs the tools in turns. Every outcome is held against that of the first run, which the old tool
-/// makes; since the names of the files are in the messages, all runs get the same ones.
+/// Runs the tools in turns. Every outcome is compared with the first one, which is the old tool's.
+/// All runs use the same file names, because messages contain them.
 Comparison compared(const Case& which, const Settings& settings) {
     const std::string input = inputOf(which, settings);
     const auto outputs = [&](const char* prefix) {
@@ -155,7 +155,7 @@ std::string median(const Samples& seconds) {
     return bench::milliseconds(seconds.median());
 }
 
-/// Empty where there is no time to speak of.
+/// The ratio as text; empty if the time is too short to tell.
 std::string ratio(const Samples& old, const Samples& present) {
     if (std::min(old.median(), present.median()) < LEAST_TIME)
         return "";

@@ -1,5 +1,5 @@
-/// How the time of the mining grows with the histories, the items and the least count, on generated
-/// tables.
+/// Measures how the time of mining grows with the histories, the items and the least count, on
+/// generated tables.
 
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +26,7 @@ using bench::TempFile;
 
 constexpr std::uint64_t SEED = 19940912;
 
-/// A point of a curve and what is found there.
+/// A point of a curve, and what is found there.
 struct Point {
     std::size_t at;
     std::size_t itemSets;
@@ -37,7 +37,7 @@ TempFile fileOf(const QuestTable& table, std::size_t histories) {
     return TempFile([&](std::ostream& os) { os << table.file(histories); });
 }
 
-/// The same histories so many times over, each time of other entities.
+/// The same histories `copies` times over, each time with other entities.
 TempFile copiesOf(const QuestTable& table, std::size_t histories, std::size_t copies) {
     return TempFile([&](std::ostream& os) {
         std::string text(table.file(histories));
@@ -58,8 +58,8 @@ Configuration atCount(std::size_t minCount) {
     return config;
 }
 
-/// A table of measurements along one quantity, with the microseconds for each history (without the
-/// writing, which depends on what is found alone) and by how much the time grew since the last row.
+/// A table of measurements along one quantity, with the microseconds a history and the growth since
+/// the last row. Both are without the writing, which depends only on what is found.
 class Curve {
   public:
     Curve(const std::string& quantity, std::size_t runs)
@@ -116,7 +116,7 @@ void growHistories(const QuestTable& table, std::size_t runs) {
     }
 }
 
-/// What is found stays the same, with other counts: all that grows is the histories.
+/// The same sets and rules are found, with other counts: only the number of histories grows.
 void growCopies(const QuestTable& table, std::size_t runs) {
     Curve curve("copies of the histories", runs);
     constexpr std::size_t number = 2 * BASE;

@@ -1,5 +1,5 @@
-/// Reading of a file of very many rows by the tool: its speed and its memory. `bench/against`
-/// builds the tool and calls
+/// Measures how fast the tool reads a file of very many rows, and with how much memory.
+/// `bench/against` builds the tool and calls
 ///
 ///     bench-many <tool> <scratch folder> <rounds> <rows>
 
@@ -32,8 +32,8 @@ using bench::ToolRun;
 
 constexpr const char* LEAST_COUNT = "1000000";  // of the usual four million histories
 
-/// Writes the file in a process of its own, whose memory does not count for the tool. Returns the
-/// number of entities.
+/// Writes the file in a process of its own, so that its memory does not count for the tool. Returns
+/// the number of entities.
 std::size_t written(const ManyRows& shape, const std::string& path) {
     return bench::inChild([&] {
         std::ofstream out(path, std::ios::binary);

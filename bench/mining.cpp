@@ -1,5 +1,6 @@
-/// The mining of the histories in a folder of the user's and of generated tables: time of each
-/// phase, cost of an item set, memory, gain by a second thread, and the ratio to the plain miner.
+/// Measures the mining of the histories in a user's folder and of generated tables: the time of
+/// each phase, the cost of an item set, memory, the gain by a second thread, and the ratio to the
+/// plain miner.
 
 #include <algorithm>
 #include <cstdint>
@@ -34,8 +35,8 @@ using quarvis::mining::Rank;
 
 constexpr auto GIVEN = MiningCase::Origin::GIVEN;
 
-/// A run of the plain miner, on so many of the most frequent items (0: on all). It compares the
-/// lists of histories of every pair of items, so it takes long with all items of a large file.
+/// A run of the plain miner on the `items` most frequent items (0: on all). It compares the lists
+/// of histories of every pair of items, so it takes long on all items of a large file.
 struct PlainCase {
     MiningCase run;
     std::size_t items;
@@ -50,8 +51,8 @@ const std::vector<PlainCase>& plainCases() {
     return CASES;
 }
 
-/// By rank: whether the item is one of the `number` that are in the most histories; of equals those
-/// first in order.
+/// By rank: whether the item is one of the `number` most frequent ones. Of items with equal counts
+/// the lower ranks come first.
 std::vector<bool> mostFrequent(const HistoryIndex& index, std::size_t number) {
     std::vector<Rank> ranks;
     for (std::uint32_t item = 0; item < index.itemCount(); ++item)
@@ -65,8 +66,8 @@ std::vector<bool> mostFrequent(const HistoryIndex& index, std::size_t number) {
     return kept;
 }
 
-/// Writes the file with only its `number` most frequent items; every transaction stays, so every
-/// history does.
+/// Writes the file with only its `number` most frequent items. Every transaction stays, and so does
+/// every history.
 void writeCut(const std::string& path, std::size_t number, std::ostream& os) {
     const HistoryIndex index = bench::indexOf(path, 1);
     const std::vector<bool> kept = mostFrequent(index, number);

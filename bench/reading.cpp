@@ -1,6 +1,6 @@
-/// Reading transaction files into the index of the engine, beside the same in flat containers by
-/// `std::getline` and `find`; and into the rule model, beside sets and strings by the same means.
-/// All in one run, and checked to have the same content.
+/// Measures the reading of transaction files into the index of the engine, beside flat containers
+/// filled by `std::getline` and `find`; and into the rule model, beside sets and strings filled the
+/// same way. All is measured in one run, and all must have the same content.
 
 #include <algorithm>
 #include <cstdint>
@@ -39,8 +39,8 @@ struct Reading {
     std::size_t peak;
 };
 
-/// What `read()`, which gives the histories, takes in a process of its own that has `mapped` bytes
-/// of memory before.
+/// The cost of `read()`, which returns histories, in a process of its own that starts with `mapped`
+/// bytes of memory.
 template <class Read>
 Reading measured(std::size_t mapped, Read read) {
     return bench::inChild([&] {
@@ -62,7 +62,7 @@ bench::IndexedHistories readIndexed(const std::string& path) {
 }
 
 /// The ways to read a file: by the engine, into flat containers, into the rule model, and into sets
-/// and strings, simply or with hints.
+/// and strings without and with hints.
 enum Way : std::size_t { ENGINE, FLAT, MODEL, PLAIN, HINTED };
 
 Reading readBy(Way way, const std::string& path, std::size_t mapped) {
@@ -81,7 +81,7 @@ Reading readBy(Way way, const std::string& path, std::size_t mapped) {
     return measured(mapped, [&] { return bench::readWithHints(path); });
 }
 
-/// What one way takes: the times of all runs, and the last of them.
+/// The cost of one way: the times of all runs, and the last run.
 struct Measured {
     Times times;
     Reading last;
@@ -92,8 +92,8 @@ struct Measured {
     }
 };
 
-/// Reads the file in each of the ways, in processes that have `mapped` bytes of memory before.
-/// Throws when they disagree.
+/// Reads the file in each of the ways, in processes that start with `mapped` bytes of memory.
+/// Throws when the ways disagree.
 std::vector<Measured> compare(const std::string& path, std::size_t runs,
                               const std::vector<Way>& ways, std::size_t mapped) {
     std::vector<Reading> readings(ways.size());
@@ -200,9 +200,9 @@ void printMemory(const std::vector<FileResult>& results) {
     }
 }
 
-/// Rows of 8 items, from 1 MB up to `most`, in steps of 4, read in one way and its baseline. The
-/// memory for them is the system's to give, at a price of its own; so the same is measured with
-/// that memory given before.
+/// Reads files of rows of 8 items, from 1 MB up to `most` in steps of 4, in one way and its
+/// baseline. The system's price for memory varies, so the same is measured in processes that have
+/// the memory before.
 void follow(const Table& table, Way way, Way baseline, std::size_t most, bool shuffled,
             std::size_t runs) {
     std::vector<double> first;

@@ -1,5 +1,5 @@
-/// Values from text beside the standard library's conversions, and binary records beside the same
-/// fields by `fwrite` and `fread`.
+/// Measures the parsing of values beside the conversions of the standard library, and binary
+/// records beside the same fields by `fwrite` and `fread`.
 
 #include <cmath>
 #include <cstdint>
@@ -31,7 +31,7 @@ using moxtel::io::BinaryWriter;
 
 constexpr std::uint64_t SEED = 8859;
 
-/// Two ways to do the same, so many times.
+/// Times two ways to do the same.
 class DuelTable {
   public:
     DuelTable(const std::string& title, const std::string& unit, std::size_t runs)
@@ -68,7 +68,7 @@ std::string formatted(const char* format, T value) {
     return text;
 }
 
-/// Parses all texts in both ways and has `equal` compare what they give.
+/// Parses all texts in both ways and compares the results by `equal`.
 template <class T>
 void measureParse(DuelTable& table, const std::string& name, const std::vector<std::string>& texts,
                   T (*standard)(const char*), bool (*equal)(T, T)) {
@@ -112,7 +112,7 @@ void measureParsing(const Arguments& arguments) {
     measureParse<unsigned int>(table, "unsigned, to 3 digits: strtoul", counts, toUnsigned,
                                sameUnsigned);
     const auto toDouble = [](const char* text) { return std::strtod(text, nullptr); };
-    // The library's last bits may differ from the nearest value.
+    // The standard library's last bits may differ from the nearest value.
     const auto nearDouble = [](double a, double b) {
         return std::abs(a - b) <= 1e-13 * std::abs(b);
     };
@@ -181,8 +181,8 @@ std::vector<Record> readStandard(std::FILE* in, std::size_t number) {
     return all;
 }
 
-/// The file of `fwrite` has the numbers as this machine has them, which for comparing the bytes
-/// must be the little-endian order of the library's files.
+/// `fwrite` writes numbers in the byte order of this machine. To compare the bytes, that must be
+/// the little-endian order of the library's files.
 void measureBinary(const Arguments& arguments) {
     const std::vector<Record> all = records(arguments.rows);
     const std::size_t number = all.size();

@@ -1,4 +1,5 @@
-/// Writing a rules file beside what it consists of: formatting the lines, and flushing after each.
+/// Measures the writing of a rules file beside its parts: formatting the lines, and flushing after
+/// each.
 
 #include <cstdint>
 #include <fstream>
@@ -67,7 +68,7 @@ std::string format(const RuleSet& rules) {
     return os.str();
 }
 
-/// The lines as they are, with a flush after each.
+/// The finished lines, with a flush after each.
 void flushLines(const std::string& text, const std::string& path) {
     std::ofstream out(path);
     for (std::size_t begin = 0; begin < text.size();) {

@@ -19,7 +19,7 @@ using quarvis::mining::Rank;
 
 constexpr std::size_t WORD_BITS = 64;
 
-/// The bitmaps of all items, one after the other.
+/// The bitmaps of all items, contiguous.
 std::vector<std::uint64_t> bitmapsOf(const HistoryIndex& index, std::size_t words) {
     std::vector<std::uint64_t> bits(index.itemCount() * words);
     for (std::size_t history = 0; history < index.historyCount(); ++history) {

@@ -9,13 +9,13 @@
 namespace bench {
 
 /// The least that a search by bitmaps can do: intersect the bitmaps of every two frequent items and
-/// count the bits. The bitmaps have a bit for each history and are made before.
+/// count the bits. A bitmap has a bit for each history; making the bitmaps is not measured.
 struct BarePairs {
     Seconds time;
-    std::size_t frequent;  ///< Pairs with the least count.
+    std::size_t frequent;  ///< Pairs that reach the least count.
 };
 
-/// In a process of its own.
+/// Runs in a process of its own.
 BarePairs intersectPairs(const std::string& path, std::uint32_t minCount);
 
 /// A line for the environment: the form of the bitmap kernels that this processor runs.

@@ -16,7 +16,7 @@ using quarvis::mining::Code;
 using quarvis::mining::HistoryId;
 using quarvis::mining::Rank;
 
-/// Takes the histories in byte order of their entities.
+/// Visits the histories in byte order of their entities.
 class ContentDigest {
   public:
     void entity(std::string_view name) { m_digest.add(std::string(name)); }
@@ -33,7 +33,7 @@ class ContentDigest {
     std::size_t m_occurrences = 0;
 };
 
-/// The numbers of so many names, in byte order of the names.
+/// The numbers of `count` names, in byte order of the names.
 template <class Name>
 std::vector<std::uint32_t> sortedByName(std::size_t count, Name name) {
     std::vector<std::uint32_t> order(count);

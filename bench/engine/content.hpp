@@ -11,14 +11,14 @@
 
 namespace bench {
 
-/// Histories as the engine has them: the builder still knows the names of the entities.
+/// Histories as the engine has them. The builder keeps the names of the entities.
 struct IndexedHistories {
     quarvis::mining::IndexBuilder builder;
     quarvis::mining::HistoryIndex index;
 };
 
-/// What containers of histories hold, whatever they are. Transactions without items, which the
-/// index does not keep, are left out.
+/// The content of a container of histories, whatever its type. Transactions without items are left
+/// out, because the index does not keep them.
 struct Content {
     std::uint64_t digest;
     std::size_t occurrences;  ///< Items of transactions.

@@ -7,13 +7,13 @@
 #include <quarvis/mining/index_builder.hpp>
 #include <quarvis/rule.hpp>
 
-/// A transaction file as the engine and as the rule model take it in.
+/// A transaction file, as the engine and as the rule model read it.
 namespace bench {
 
 /// The rows of the file, as the tool reads them.
 quarvis::mining::IndexBuilder rowsOf(const std::string& path);
 
-/// The index of the items that are in `minCount` histories or more.
+/// The index of the items that at least `minCount` histories hold.
 quarvis::mining::HistoryIndex indexOf(const std::string& path, std::uint32_t minCount);
 
 /// The histories as sets and strings.

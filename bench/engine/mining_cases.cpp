@@ -72,7 +72,7 @@ std::string CaseFiles::path(const MiningCase& which) {
     std::unique_ptr<TempFile>& file = m_generated[which.table];
     if (!file) {
         file = std::make_unique<TempFile>();
-        // What it takes must not be on the heap of the runs.
+        // The memory that this takes must not be on the heap of the runs.
         inChild([&] {
             generate(which.table, 0, file->path());
             return true;

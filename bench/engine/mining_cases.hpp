@@ -18,7 +18,8 @@ struct MiningCase {
     enum class Origin { GIVEN, GENERATED };
 
     Origin origin;
-    std::string table;  ///< A file of the user's folder, without ".tsv", or a kind of table.
+    std::string
+        table;  ///< A file of the user's folder without ".tsv", or a kind of generated table.
     std::uint32_t minCount;
     std::uint32_t windowSize;
     std::uint32_t maxOrder;
@@ -27,22 +28,22 @@ struct MiningCase {
 
     Configuration config() const;
 
-    /// Such as "online_retail -c 100 -w 2592000".
+    /// The name of the run, such as "online_retail -c 100 -w 2592000".
     std::string name() const;
 
     /// Throws `std::runtime_error` unless a run found these numbers.
     void check(std::size_t foundSets, std::size_t foundRules) const;
 };
 
-/// The cases of given files and of generated tables. The numbers are those of an implementation
-/// that shares no code with the engine.
+/// The cases of given files and of generated tables. Their numbers are from an implementation that
+/// shares no code with the engine.
 const std::vector<MiningCase>& miningCases();
 
 /// The transaction files of cases. A table is generated when it is first asked for, and removed
-/// with the object.
+/// together with this object.
 class CaseFiles {
   public:
-    /// `folder` has the given files, those that there are; empty for none.
+    /// `folder` has some or all of the given files; empty for none.
     explicit CaseFiles(std::string folder) : m_folder(std::move(folder)) {}
 
     /// The path of the file; empty when it is not in the folder.

@@ -7,11 +7,11 @@
 
 namespace bench {
 
-/// Bytes that one run of the mining takes, without what the process had before. A peak is that of
-/// the resident memory in its phase, and includes all that was there at its beginning.
+/// The bytes that one run of the mining takes, without what the process had before. A peak is that
+/// of the resident memory in a phase, including all that was there when the phase began.
 struct MiningMemory {
     std::size_t occurrences;
-    std::size_t index;        ///< As the index tells.
+    std::size_t index;        ///< As the index reports it.
     std::size_t readingPeak;  ///< Reading and freezing.
     std::size_t itemSets;     ///< On the heap.
     std::size_t itemSetPeak;
@@ -19,8 +19,8 @@ struct MiningMemory {
     std::size_t rulePeak;
 };
 
-/// Mines the file in a process of its own. Between the phases free memory goes back to the system,
-/// which costs time: the phases are timed in other runs.
+/// Mines the file in a process of its own. Free memory goes back to the system between phases. That
+/// costs time, so phases are timed in other runs.
 MiningMemory measuredMemory(const Configuration& config, const std::string& path);
 
 }  // namespace bench

@@ -29,8 +29,8 @@ using quarvis::mining::ItemSets;
 using quarvis::mining::MiningOptions;
 using quarvis::mining::Rules;
 
-/// Ends the phase of counting when the engine reports that all rules are counted, and keeps what it
-/// reports, to be held against what it gives.
+/// Ends the phase of counting when the engine reports that all rules are counted. Keeps what the
+/// engine reports, to compare it with the result.
 class PhaseObserver : public quarvis::mining::Observer {
   public:
     PhaseObserver(Stopwatch& watch, Phases& phases) : m_watch(watch), m_phases(phases) {}

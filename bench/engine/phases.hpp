@@ -34,7 +34,7 @@ struct Phases {
     Seconds total() const;
 };
 
-/// A whole run by another miner: how long the mining alone takes, and the digest of the result.
+/// A whole run by another miner: the time of the mining alone, and the digest of the result.
 struct WholeRun {
     Seconds time;
     std::uint64_t digest;
@@ -46,8 +46,8 @@ WholeRun minedByModel(const Configuration& config, const std::string& path);
 /// By the plain miner of the tests.
 WholeRun minedPlainly(const Configuration& config, const std::string& path);
 
-/// The processor times of `runs` runs in phases, each in a process of its own, and the last of
-/// them, after checking that all have the result of `minedByModel`.
+/// Checks that all runs have the result of `minedByModel`, and returns the processor times of
+/// `runs` runs in phases, each in a process of its own, and the last run.
 struct PhaseTimes {
     Samples reading, index, itemSets, counting, selection, writing;
     Samples search;

@@ -13,7 +13,8 @@ namespace bench {
 
 namespace {
 
-/// Calls `beginRow(entity, time)` and `item(text)` for the cells of the file, empty items left out.
+/// Calls `beginRow(entity, time)` and `item(text)` for the cells of the file. Empty items are
+/// skipped.
 template <class BeginRow, class Item>
 void readCells(const std::string& path, BeginRow beginRow, Item item) {
     std::ifstream in(path);
@@ -42,7 +43,7 @@ struct TextHash {
     }
 };
 
-/// Names as numbers from 0 on, in the order in which they come.
+/// Numbers names from 0 on, in the order in which they are met.
 class Numbers {
   public:
     std::uint32_t of(std::string_view name) {
@@ -61,7 +62,7 @@ class Numbers {
     std::vector<std::string> m_names;
 };
 
-/// Puts the items in byte order and gives the rows their new numbers.
+/// Numbers the items in byte order, and renumbers them in the rows.
 void sortItems(FlatHistories& histories) {
     std::vector<std::uint32_t> order(histories.items.size());
     std::iota(order.begin(), order.end(), 0U);

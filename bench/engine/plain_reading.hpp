@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-/// Transaction files read by `std::getline` and `find`: what reading is compared with. Only files
-/// without quotes, with an entity and a time in each row, are read right.
+/// Reads transaction files by `std::getline` and `find`, for comparison. Files must have no quotes,
+/// and each row must have an entity and a time.
 namespace bench {
 
 /// Histories as sets and strings, like those of the rule model.
@@ -17,12 +17,12 @@ using PlainHistories = std::map<std::string, std::map<unsigned int, std::set<std
 /// Each cell is looked up in its container.
 PlainHistories readPlainly(const std::string& path);
 
-/// With two shortcuts of the library that are none of the reading of text: rows of one entity often
-/// follow each other, items often come in order.
+/// Takes two shortcuts that the library takes too and that do not concern text: rows of one entity
+/// are often adjacent, and items often come in order.
 PlainHistories readWithHints(const std::string& path);
 
 /// Histories as numbers, like those of the index: sorted rows without repetition. Entities are
-/// numbered as they come, items in byte order.
+/// numbered as they are met, items in byte order.
 struct FlatHistories {
     struct Row {
         std::uint32_t entity;

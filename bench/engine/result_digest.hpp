@@ -11,7 +11,7 @@
 #include "oracle/outcome.hpp"
 
 /// Fingerprints of what a run finds: of the bytes of both files, and of all bits of the measures,
-/// of which a file shows six digits. Equal results have equal ones, whoever found them.
+/// since a file shows only six digits. Equal results have equal fingerprints, whatever found them.
 namespace bench {
 
 struct ResultFiles {
@@ -19,14 +19,14 @@ struct ResultFiles {
     std::string itemSets;
 };
 
-/// Of the engine's rules, and of the files that were written of the same run.
+/// The fingerprint of the engine's rules and of the files written by the same run.
 std::uint64_t digestOf(const ResultFiles& files, const quarvis::mining::Rules& rules);
 
 /// The same, with the files as the tool writes them.
 std::uint64_t digestOf(const quarvis::mining::HistoryIndex& index,
                        const quarvis::mining::ItemSets& sets, const quarvis::mining::Rules& rules);
 
-/// Of the rule model, which writes its own files.
+/// The fingerprint of the rule model, which writes its own files.
 std::uint64_t digestOf(const quarvis::rule::MiningResult& result);
 
 std::uint64_t digestOf(const oracle::Outcome& outcome);

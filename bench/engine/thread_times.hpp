@@ -8,7 +8,7 @@
 
 namespace bench {
 
-/// The search of one index by one thread and by two, on the wall clock.
+/// The wall-clock time of searching an index by one thread and by two.
 struct ThreadTimes {
     struct Of {
         Samples itemSets;
@@ -22,8 +22,8 @@ struct ThreadTimes {
     std::size_t ruleCount;
 };
 
-/// Runs both `runs` times, in turns and each in a process of its own, after checking that both find
-/// the same. Reading is not part of the times.
+/// Checks that both find the same, and runs each `runs` times, in turns and in processes of their
+/// own. Reading is not timed.
 ThreadTimes comparedThreads(std::size_t runs, const Configuration& config, const std::string& path);
 
 }  // namespace bench

@@ -11,7 +11,7 @@ namespace bench {
 
 namespace {
 
-/// The child's part; it must not run what the parent has registered for its end.
+/// The child's part. It must not run the exit handlers of the parent.
 [[noreturn]] void report(const std::function<void()>& body, int pipe, const void* result,
                          std::size_t size) {
     try {

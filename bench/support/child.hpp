@@ -6,12 +6,12 @@
 
 namespace bench {
 
-/// Runs `body`, which writes `size` bytes to `result`, in a forked process, and has these bytes
-/// written to `result` here. Throws `std::runtime_error` when the process fails.
+/// Runs `body` in a forked process, where it writes `size` bytes to `result`, and copies these
+/// bytes to `result` here. Throws `std::runtime_error` when the process fails.
 void runInChild(const std::function<void()>& body, void* result, std::size_t size);
 
-/// The result of `body()` in a process of its own: each run finds the heap as it is here, and what
-/// it measures of its memory is its own.
+/// The result of `body()` in a process of its own. Each run starts with the heap as it is here, and
+/// measures only its own memory.
 template <class Body>
 auto inChild(Body body) {
     using Result = decltype(body());

@@ -7,8 +7,8 @@
 
 namespace bench {
 
-/// A fingerprint of values in their order, to compare large contents that are never in memory
-/// together: FNV-1a over 64 bits, a word at a time. Equal only on machines of one byte order.
+/// A fingerprint of a sequence of values, to compare large contents that are never in memory
+/// together: FNV-1a over 64 bits, a word at a time. It depends on the byte order of the machine.
 class Digest {
   public:
     void add(std::uint64_t value) {
@@ -16,7 +16,7 @@ class Digest {
         m_hash ^= m_hash >> 32;
     }
 
-    /// The bits: two values that compare equal may differ.
+    /// Takes the bits of the value, so values that compare equal may differ.
     void add(double value) {
         std::uint64_t bits = 0;
         std::memcpy(&bits, &value, sizeof bits);

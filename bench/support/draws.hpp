@@ -7,8 +7,8 @@
 
 namespace bench {
 
-/// Random numbers that are the same for the same seed wherever they are drawn: the standard fixes
-/// the engine, but not its distributions.
+/// Random numbers that depend on the seed alone, on every platform: the standard fixes the engine,
+/// but not its distributions.
 class Draws {
   public:
     explicit Draws(std::uint64_t seed) : m_engine(seed) {}
@@ -26,7 +26,7 @@ class Draws {
         return mean + deviation * radius * std::cos(2 * std::numbers::pi * uniform());
     }
 
-    /// Takes time in the order of `mean`.
+    /// Takes time proportional to `mean`.
     std::uint64_t poisson(double mean) {
         std::uint64_t events = 0;
         for (double rest = std::exp(-mean), product = uniform(); product > rest;

@@ -74,8 +74,8 @@ class Process {
     const EventLog& m_log;
     Draws& m_draws;
     Zipf m_popularity;
-    std::vector<std::uint32_t> m_position;  // by popularity: the place in the common order
-    std::vector<std::uint32_t> m_name;      // by that place: the number in the name
+    std::vector<std::uint32_t> m_position;  // by popularity: place in the common order
+    std::vector<std::uint32_t> m_name;      // by that place: number in the name
 };
 
 }  // namespace

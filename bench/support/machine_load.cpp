@@ -24,7 +24,8 @@ Ticks ticks() {
     std::istringstream fields(line);
     fields.ignore(static_cast<std::streamsize>(line.size()), ' ');
     Ticks ticks;
-    // user, nice, system, idle, iowait, irq, softirq, steal; what follows is part of the first two.
+    // user, nice, system, idle, iowait, irq, softirq, steal. The later ones are included in the
+    // first two.
     std::uint64_t each = 0;
     for (int field = 0; field < 8 && fields >> each; ++field) {
         ticks.all += each;

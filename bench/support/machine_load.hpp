@@ -2,8 +2,8 @@
 
 namespace bench {
 
-/// How many cores are at work now, on average of half a second in which this process sleeps:
-/// nothing on a quiet machine, whatever ran on it before.
+/// The average number of cores at work during half a second in which this process sleeps: 0 on a
+/// quiet machine, whatever ran on it before.
 double busyCores();
 
 }  // namespace bench

@@ -6,9 +6,9 @@
 
 namespace bench {
 
-/// A transaction file of one item a row that may be larger than memory: it is written in blocks.
-/// The rows of an entity are adjacent, about ten of them, at ascending times; the names of the
-/// entities ascend. Items are drawn by Zipf's law.
+/// A transaction file of one item a row, written in blocks, so that it may be larger than memory.
+/// An entity has about ten adjacent rows at ascending times. The names of the entities ascend.
+/// Items are drawn by Zipf's law.
 struct ManyRows {
     std::size_t rows = 40'000'000;
     std::size_t items = 20'000;

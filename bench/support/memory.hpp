@@ -5,18 +5,18 @@
 /// The memory of this process, in bytes.
 namespace bench {
 
-/// What is allocated on the heap, without the allocator's own book-keeping.
+/// The bytes that are allocated on the heap, without the allocator's own data.
 std::size_t heapInUse();
 
-/// Has the system give the process `size` bytes of memory now, from which allocations are then
-/// served: what follows does not pay for page faults, whose price is the system's.
+/// Makes the system give the process `size` bytes of memory, which later allocations use. These
+/// then do not pay for page faults, whose price is the system's.
 void mapHeap(std::size_t size);
 
-/// Measures how far the resident memory of the process rises above what it is at first.
+/// Measures how far the resident memory of the process rises above its first value.
 class MemoryPeak {
   public:
-    /// Gives free memory back to the system before. Throws `std::runtime_error` where the system
-    /// does not let a process reset its peak.
+    /// First gives free memory back to the system. Throws `std::runtime_error` if the system does
+    /// not let a process reset its peak.
     MemoryPeak();
 
     /// The greatest rise so far.

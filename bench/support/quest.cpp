@@ -19,7 +19,7 @@ std::string named(const char* format, std::size_t number) {
     return name;
 }
 
-/// Whether the item was not there yet.
+/// Adds an item. Returns whether it was not there yet.
 bool addNew(std::vector<std::uint32_t>& items, std::uint32_t item) {
     if (std::find(items.begin(), items.end(), item) != items.end())
         return false;
@@ -86,8 +86,8 @@ std::vector<std::uint32_t> QuestTable::m_drawPattern() {
     return items;
 }
 
-/// Of about `size` items. A pattern that does not fit is put in all the same half of the time, else
-/// kept for the next transaction.
+/// A transaction of about `size` items. A pattern that does not fit is put in anyway half of the
+/// time, and otherwise kept for the next transaction.
 std::vector<std::uint32_t> QuestTable::m_transaction(std::size_t size) {
     std::vector<std::uint32_t> items;
     while (items.size() < size) {

@@ -10,7 +10,7 @@
 
 namespace bench {
 
-/// What generated histories look like; the defaults are the customary T10.I4.
+/// The shape of generated histories; the defaults are the customary T10.I4.
 struct QuestShape {
     std::size_t items = 1000;
     std::size_t patterns = 2000;
@@ -18,13 +18,14 @@ struct QuestShape {
     double transactionSize = 10;  ///< Mean number of items of a transaction.
 };
 
-/// Histories in which patterns of items recur, in the manner of R. Agrawal and R. Srikant, Fast
-/// Algorithms for Mining Association Rules (1994), chapter 4.1: a transaction is filled with
-/// patterns, drawn by their weights, of which some items are left out; a pattern has a part of its
-/// items from the one before it. Each entity has one to three transactions, some days apart.
+/// Histories in which patterns of items recur, after R. Agrawal and R. Srikant, Fast Algorithms for
+/// Mining Association Rules (1994), chapter 4.1. A transaction is filled with patterns that are
+/// drawn by their weights, and loses some of their items. A pattern shares a part of its items with
+/// the one before it. Each entity has one to three transactions, some days apart.
 class QuestTable {
   public:
-    /// The same table for the same seed; the first histories are the same for any number.
+    /// The same seed gives the same table. The first histories are the same for any number of
+    /// histories.
     QuestTable(const QuestShape& shape, std::size_t histories, std::uint64_t seed);
 
     /// A transaction file of the first `histories` entities.

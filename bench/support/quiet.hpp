@@ -5,7 +5,7 @@
 
 namespace bench {
 
-/// Discards what is written to standard error as long as it lives.
+/// While it lives, discards what is written to standard error.
 class Quiet {
   public:
     Quiet() : m_previous(std::cerr.rdbuf(&m_sink)) {}

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t BLOCK = std::size_t{1} << 20;
 
-/// Fills the block as far as the file goes.
+/// Fills the block as far as the file lasts.
 void readBlock(std::ifstream& file, std::vector<char>& block) {
     block.resize(BLOCK);
     file.read(block.data(), static_cast<std::streamsize>(BLOCK));

@@ -8,13 +8,13 @@
 
 namespace bench {
 
-/// What repeated runs of one thing measured.
+/// The measurements of repeated runs of one thing.
 class Samples {
   public:
     void add(double sample) { m_samples.push_back(sample); }
 
-    /// These are for one sample or more. The median of an even number is the mean of the middle
-    /// two.
+    /// These need at least one sample. The median of an even number of samples is the mean of the
+    /// middle two.
     double median() const;
     double least() const;
     double greatest() const;
@@ -31,8 +31,8 @@ struct Times {
     void add(const Seconds& seconds);
 };
 
-/// Runs each of the contestants `runs` times, in turns; every other turn goes backwards, so that
-/// none of them always has the caches as the same other one left them.
+/// Runs each of the contestants `runs` times, in turns. Every other turn goes backwards, so that
+/// the same contestant does not always leave the caches to the same other one.
 std::vector<Times> inTurns(std::size_t runs,
                            const std::vector<std::function<Seconds()>>& contestants);
 

@@ -38,7 +38,7 @@ class Shop {
             m_patterns.push_back(m_filled({}, LEAST_PATTERN + m_draws.poisson(MEAN_MORE)));
     }
 
-    /// `size` items, or a few more when the last pattern brings them.
+    /// A basket of `size` items, or a few more when the last pattern brings them.
     Items basket(std::size_t size) {
         Items items;
         while (items.size() < size / 2)
@@ -49,7 +49,7 @@ class Shop {
     }
 
   private:
-    /// With single items added up to `size`.
+    /// Adds single items up to `size`.
     Items m_filled(Items items, std::size_t size) {
         while (items.size() < size)
             addNew(items, m_name[m_popularity.draw(m_draws)]);
@@ -57,7 +57,7 @@ class Shop {
     }
 
     Draws& m_draws;
-    std::vector<std::uint32_t> m_name;  // by popularity: the number in the item's name
+    std::vector<std::uint32_t> m_name;  // by popularity: number in the item's name
     Zipf m_popularity;
     Zipf m_patternFrequency;
     std::vector<Items> m_patterns;

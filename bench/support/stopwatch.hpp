@@ -2,8 +2,8 @@
 
 namespace bench {
 
-/// A length of time, in seconds: on the clock on the wall, and on the processor, of the whole
-/// process and of the kernel for it. The latter is what to compare on a machine that others load.
+/// A length of time in seconds: on the wall clock, on the processor, and in the kernel's part of
+/// that. Compare processor times on a machine that others load.
 struct Seconds {
     double wall = 0;
     double cpu = 0;
@@ -15,10 +15,10 @@ class Stopwatch {
   public:
     Stopwatch();
 
-    /// Since the construction or the last `lap`.
+    /// The time since the construction or the last `lap`.
     Seconds elapsed() const;
 
-    /// The same, and starts anew.
+    /// Returns the same and starts again.
     Seconds lap();
 
   private:

@@ -8,8 +8,8 @@
 
 namespace bench {
 
-/// A table on standard output, in Markdown. Rows are printed as they come: the first column is wide
-/// and aligned left, the others are as wide as their titles or somewhat wider.
+/// A Markdown table on standard output. Rows are printed as they come. The first column is wide and
+/// aligned left; the others are as wide as their titles or somewhat wider.
 class Table {
   public:
     Table(const std::string& title, const std::vector<std::string>& columns);
@@ -24,10 +24,10 @@ class Table {
 /// "1,234,567".
 std::string grouped(std::size_t number);
 
-/// With so many digits after the point.
+/// The number with `digits` digits after the point.
 std::string fixed(double number, int digits);
 
-/// Bytes as MB of a million, seconds as ms.
+/// Bytes as MB of a million bytes; seconds as ms.
 std::string megabytes(std::size_t bytes);
 std::string milliseconds(double seconds);
 

@@ -6,10 +6,11 @@
 
 namespace bench {
 
-/// A file in the folder for temporary files, which is removed at the end of the object.
+/// A file in the folder for temporary files. It is removed together with this object.
 class TempFile {
   public:
-    /// Filled by `write`. Throws `std::runtime_error` when there is no room for it.
+    /// Makes the file and fills it by `write`. Throws `std::runtime_error` when there is no room
+    /// for it.
     explicit TempFile(const std::function<void(std::ostream&)>& write = [](std::ostream&) {});
     TempFile(const TempFile&) = delete;
     TempFile& operator=(const TempFile&) = delete;
@@ -21,7 +22,7 @@ class TempFile {
     std::string m_path;
 };
 
-/// The whole of a file; empty when it cannot be opened.
+/// The content of a file; empty when the file cannot be opened.
 std::string contentOf(const std::string& path);
 
 }  // namespace bench

@@ -7,7 +7,7 @@
 
 namespace bench {
 
-/// What a command took and what it wrote to standard error.
+/// The cost of a command, and what it wrote to standard error.
 struct TimedCommand {
     struct Line {
         double end;        ///< Seconds on the wall clock from the start until its end arrived.
@@ -20,15 +20,15 @@ struct TimedCommand {
     double cpu = 0;              ///< Seconds of the processor, in user and in kernel mode.
     std::size_t peakMemory = 0;  ///< The greatest resident size, in bytes.
 
-    /// When the first line that ends so arrived. Throws `std::runtime_error` when there is none.
+    /// When the first line with this end arrived. Throws `std::runtime_error` when there is none.
     double momentOf(std::string_view ending) const;
 };
 
-/// Runs the program at path `arguments[0]` without input and with standard output discarded, and
-/// waits for its end. Throws `std::runtime_error` unless its exit status is 0.
+/// Runs the program at path `arguments[0]` without input, discards its standard output, and waits
+/// for its end. Throws `std::runtime_error` unless its exit status is 0.
 ///
-/// The peak of memory is never less than what the calling process has resident at the time: the
-/// system counts the process from its fork on.
+/// The peak of memory is never less than the resident memory of the calling process at the time,
+/// because the system counts the process from its fork on.
 TimedCommand timeCommand(const std::vector<std::string>& arguments);
 
 }  // namespace bench

@@ -13,20 +13,20 @@ struct Outputs {
     std::string messages;
 };
 
-/// What a run of the tool took.
+/// The cost of a run of the tool.
 struct ToolRun {
     double cpu;              ///< Seconds of the processor, in user and in kernel mode.
     std::size_t peakMemory;  ///< The greatest resident size, in bytes.
 
-    // Seconds on the wall clock. The tool writes each message as soon as it is known, and they tell
-    // one phase from the next.
+    // Seconds on the wall clock. The tool writes each message as soon as it is known, so messages
+    // mark where phases end.
     double reading;    ///< With the index: from the start until the frequent items are known.
     double searching;  ///< With the rules: from there until they are prepared for reporting.
     double writing;    ///< From there until the exit.
 };
 
-/// Runs the tool at path `tool` on the file `input`, with `options` before it, and leaves its
-/// outputs in the files named, which are removed before. Throws `std::runtime_error` when it fails.
+/// Runs the tool at path `tool` with `options` on the file `input`. Its outputs replace the named
+/// files. Throws `std::runtime_error` when the run fails.
 ToolRun runTool(const std::string& tool, const std::vector<std::string>& options,
                 const std::string& input, const Outputs& files);
 
