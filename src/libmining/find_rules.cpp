@@ -13,6 +13,10 @@
 #include "steps.hpp"
 #include "tasks.hpp"
 
+/// \file
+/// Finds the rules of a whole index. Histories become masks (`Standings`), and pairs are counted
+/// first (`PairTallies`). Then each thread takes one first item at a time and counts the rules of
+/// its sets (`RuleWalk`). Rules that reach the least count are measured, filtered and sorted.
 namespace quarvis::mining {
 
 namespace {
@@ -32,8 +36,7 @@ std::vector<std::size_t> longestFirst(const Standings& standings, const ItemSets
     return order;
 }
 
-/// Counts the rules of a whole index: makes the standings and the tallies of pairs, and then shares
-/// the first items among the threads of the run, each with a `RuleWalk`.
+/// Counts the rules in the threads of the run.
 std::vector<CountedRule> countRules(const HistoryIndex& index, const ItemSets& sets,
                                     const MiningOptions& options, Observer& observer, Step& step) {
     std::vector<CountedRule> counted;

@@ -95,7 +95,7 @@ class ItemSetWalk {
     std::vector<std::uint32_t> m_member;  // by item: where its bitmap begins, or NONE
     std::deque<Class> m_classes;          // by size
     std::vector<std::uint32_t> m_kept;
-    std::vector<std::uint32_t> m_joined;  // counts
+    std::vector<std::uint32_t> m_joined;  // the counts of joins
     std::vector<std::uint32_t> m_positions;
     Arena<std::uint64_t> m_arena;
 };

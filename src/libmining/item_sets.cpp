@@ -60,7 +60,8 @@ ItemSetCursor::ItemSetCursor(const ItemSets& sets) : m_sets(sets) {
         m_path.push_back({0, sets.level(1).size()});
 }
 
-/// From the set that is next in the deepest range down to its first extension without any.
+/// Goes down from the next set of the deepest range to its first extension, and on until a set has
+/// no extensions.
 void ItemSetCursor::m_descend() {
     while (true) {
         const Level& level = m_sets.level(m_path.size());
@@ -79,7 +80,7 @@ bool ItemSetCursor::next() {
     if (m_fresh) {
         m_fresh = false;
     } else {
-        // The set at hand, and with it all that it begins, is done.
+        // The current set is done, and so are all sets that begin with it.
         m_items.pop_back();
         ++m_path.back().next;
     }

@@ -9,7 +9,7 @@ LivePairs::LivePairs(const PairTallies& tallies, const ItemSets& sets, std::size
         return;
     const Level& firsts = sets.level(1);
     const Level& pairs = sets.level(2);
-    std::size_t next = 0;  // the first item whose beginning is not known
+    std::size_t next = 0;  // the first item whose beginning is not set
     for (std::size_t first = 0; first < firsts.size(); ++first) {
         const Rank item = firsts.last[first];
         for (; next <= at(item); ++next)

@@ -103,7 +103,7 @@ inline void MomentColumns::m_put(Draft& draft, const MomentWords::Field& field,
 void MomentColumns::fill(Rank first, std::span<const RuleCounter::Partner> partners) {
     m_clear();
     m_cost = 0;
-    std::size_t hits = 1;  // one more than there are, since each is written before it is known
+    std::size_t hits = 1;  // one more than needed: each is written before it is known to be one
     for (const RuleCounter::Partner& partner : partners) {
         m_numbers[at(partner.item)] = static_cast<std::uint32_t>(m_drafts.size());
         m_drafts.push_back({partner.item, partner.histories, nullptr, nullptr, nullptr, 0});

@@ -90,7 +90,7 @@ class RuleCounter {
   protected:
     /// A rule to try for a set, from what was kept of the smaller set.
     struct Try {
-        std::size_t from;  // which rule of the smaller set, or one of the two below
+        std::size_t from;  // the place of a rule of the smaller set, or BEFORE_ALL or AFTER_ALL
         bool isNew;        // whether the item joins the subsequent
         SplitMask split;
     };
