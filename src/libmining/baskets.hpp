@@ -43,7 +43,6 @@ class Baskets {
         return &m_items[place + std::size_t{1}];
     }
 
-    /// The bytes that the baskets take.
     std::size_t bytes() const {
         return sizeof(WalkItem) * m_items.size() +
                sizeof(std::uint32_t) * (m_begin.size() + m_places.size());

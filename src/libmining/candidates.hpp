@@ -8,12 +8,12 @@
 
 namespace quarvis::mining {
 
-/// Makes the candidates of the next size from the frequent sets so far, and keeps those that turn
-/// out frequent (R. Agrawal, R. Srikant: Fast Algorithms for Mining Association Rules, 1994).
+/// Makes the candidates of the next size and keeps those that turn out frequent (R. Agrawal, R.
+/// Srikant: Fast Algorithms for Mining Association Rules, 1994).
 ///
-/// Sets that differ only in their last item form a class. A candidate is a set and the last item of
-/// a later set of its class. The order is that in which `ItemSetWalk::count` counts. Candidates are
-/// taken in blocks of first items, which bounds the memory for their counts.
+/// Frequent sets that differ only in their last item form a class. A candidate is a set and the
+/// last item of a later set of its class, in the order in which `ItemSetWalk::count` counts.
+/// Candidates are taken in blocks of first items, which bounds the memory for their counts.
 class Candidates {
   public:
     /// The candidates have `found.maxSize()` + 1 items. `found` must be linked, and must not change
@@ -22,7 +22,6 @@ class Candidates {
     Candidates(FoundSets& found, std::size_t items, std::uint32_t minCount,
                std::size_t block = std::size_t{1} << 20);
 
-    /// The size of the candidates.
     std::size_t size() const { return m_size; }
 
     /// Moves to the next block. Returns false when there is none.
@@ -32,7 +31,6 @@ class Candidates {
     std::size_t begin() const { return m_begin; }
     std::size_t end() const { return m_end; }
 
-    /// The number of candidates of the block.
     std::size_t count() const { return m_count; }
 
     /// Keeps the candidates of the block whose counts reach the least count, and returns their

@@ -94,8 +94,7 @@ class Search {
     }
 
     /// Tries to find everything in one walk. Returns false when the walk costs too much or runs out
-    /// of memory. The search then goes level by level, so that its observer sees the levels that
-    /// fit.
+    /// of memory, so that the observer sees the levels that can be found.
     bool m_isShort() {
         const Meter::Mark before = m_meter.mark();
         try {

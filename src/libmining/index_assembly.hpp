@@ -46,7 +46,6 @@ class RowsByHistory {
         m_items[place] = item;
     }
 
-    /// Replaces a row.
     void replace(std::size_t row, Time time, Code item) {
         m_times[row] = time;
         m_items[row] = item;

@@ -51,7 +51,6 @@ class MomentColumns {
     /// The column of the first item, which is dense.
     const Column& first() const { return m_first; }
 
-    /// The column of an item that has one.
     const Column& of(Rank item) const { return m_columns[m_numbers[at(item)]]; }
     bool has(Rank item) const { return m_numbers[at(item)] != NONE; }
 

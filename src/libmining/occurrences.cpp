@@ -13,8 +13,7 @@ constexpr int PASSED = static_cast<int>(Miss::ANTECEDENT_PRESENT) + 1;
 
 }  // namespace
 
-/// Tests each history for a rule. The items of the rule are numbered, those of the antecedent
-/// first.
+/// Tests each history for a rule, whose items are numbered, those of the antecedent first.
 class OccurrenceSearch {
   public:
     OccurrenceSearch(const HistoryIndex& index, std::span<const Rank> antecedent,
@@ -51,8 +50,7 @@ class OccurrenceSearch {
         std::uint64_t last = 0;
     };
 
-    /// The items [begin, end) of one side of the rule. For the reverse rule the sides change
-    /// places.
+    /// The items [begin, end) of one side of the rule; the reverse rule swaps the sides.
     struct Side {
         const Item* begin;
         const Item* end;

@@ -106,11 +106,9 @@ class RuleCounter {
     /// Takes room for `most` rules.
     Met takeMet(std::size_t most);
 
-    /// Keeps a rule of a pair.
     void keepPair(Met& met, SplitMask split, std::uint64_t* bits, std::uint32_t antecedent,
                   std::uint32_t subsequent);
 
-    /// Keeps a rule that was tried.
     void keepTried(Met& met, const Try& tried, std::uint64_t* bits, const Kept& from, Rank item);
 
     /// Keeps the items that may precede or follow all items: of a pair, and of a larger set.

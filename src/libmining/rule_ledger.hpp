@@ -58,9 +58,9 @@ class RuleLedger {
     virtual void count(const SplitSet& rule, Tally tally) = 0;
 };
 
-/// Has a ledger decide about a rule that is met in `met` histories. Returns whether it is followed.
-/// `counted` returns in how many histories the rule counts, and is called only if the ledger wants
-/// to know.
+/// Has a ledger decide about a rule that is met in `met` histories; returns whether the rule is
+/// followed. `counted` returns in how many histories the rule counts, and is called only if the
+/// ledger asks.
 template <class Counted>
 bool judge(RuleLedger& ledger, Meter& meter, const SplitSet& rule, std::uint32_t met,
            Counted counted) {

@@ -32,7 +32,6 @@ class RuleSelection {
     /// other.
     void add(std::span<const CountedRule> counted);
 
-    /// Orders the rules that were added.
     void sort();
 
     /// Adds the rules of another selection; both are sorted.

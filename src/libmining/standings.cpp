@@ -189,8 +189,7 @@ class StandingsBuilder {
         }
     }
 
-    /// Sorts the slots of the items that are new or recent at some moment into the order of the
-    /// items.
+    /// Lists the slots of the items that are new or recent at some moment, by ascending item.
     void m_sortSlots() {
         m_order.clear();
         for (std::uint32_t slot = 0; slot < m_slotItems.size(); ++slot)
@@ -250,8 +249,8 @@ class StandingsBuilder {
     /// Whether merging has not stopped so far.
     bool m_areHashed() const { return m_hashes.size() == m_made.historyCount(); }
 
-    /// If another history has the masks of the last one, adds the weight of the last one to it and
-    /// drops the last one. `hash` is that of the last one.
+    /// If another history has the masks of the last one, whose hash this is, adds the weight of the
+    /// last one to it and drops the last one.
     void m_mergeLast(std::uint64_t hash) {
         const auto number = static_cast<std::uint32_t>(m_made.historyCount() - 1);
         const std::uint32_t alike = m_findOrAdd(hash, number);
@@ -292,9 +291,8 @@ class StandingsBuilder {
             present = std::copy_n(m_masksOf(slot) + 2 * m_words, m_words, present);
     }
 
-    /// The order of an item (see `Standings::order`). Without a window, an item that is not in the
-    /// first transaction is new at one moment, that of its first occurrence; others are never new
-    /// at a moment.
+    /// The order of an item (see `Standings::order`). Without a window an item is new at one moment
+    /// at most: that of its first occurrence, unless it is in the first transaction.
     std::uint8_t m_orderOf(const std::uint64_t* fresh) const {
         const std::size_t words = std::min(m_words, Standings::ORDERED_WORDS);
         for (std::size_t word = 0; word < words; ++word)

@@ -57,8 +57,7 @@ class Standings {
     /// The number of items of the index.
     std::size_t itemCount() const { return m_begin.size() - 1; }
 
-    /// The number of histories that are kept. Some may be equal, since merging stops where it does
-    /// not pay.
+    /// The number of kept histories. Some may be equal, since merging stops where it does not pay.
     std::size_t historyCount() const { return m_histories.size(); }
 
     /// The number of histories that a kept one stands for.
@@ -119,7 +118,6 @@ class Standings {
     /// Whether any item is present anywhere.
     bool anyPresent() const { return !m_present.empty(); }
 
-    /// The bytes that the standings take.
     std::size_t bytes() const {
         return sizeof(History) * m_histories.size() + sizeof(Rank) * m_items.size() +
                sizeof(std::uint64_t) * (m_masks.size() + m_present.size()) + m_orders.size() +

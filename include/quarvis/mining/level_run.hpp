@@ -52,18 +52,17 @@ void addTallies(std::vector<RuleTally>& sum, std::span<const RuleTally> tallies)
 class [[gnu::visibility("hidden")]] LevelState;  // not for users, so not exported
 
 /// The side of a run over shards that decides; the shards may be in other processes. `ShardCounter`
-/// is the side that counts. The method is count distribution (R. Agrawal, J. C. Shafer: Parallel
-/// Mining of Association Rules, 1996).
+/// is the side that counts. This is count distribution (R. Agrawal, J. C. Shafer: Parallel Mining
+/// of Association Rules, 1996).
 ///
-/// The run goes level by level. The caller takes the candidates of a level in blocks, has each
-/// block counted on every shard, sums the counts, and returns the candidates that reach the least
-/// count. It does the same with the rules of each size. The result is what `mine` finds in the
-/// whole.
+/// For each level the caller takes the candidates in blocks, has each block counted on every shard,
+/// sums the counts, and returns the candidates that reach the least count; likewise with the rules
+/// of each size. The result is what `mine` finds in the whole.
 ///
 /// The rules of a size can be tallied as soon as the sets of that size are known, and must be
-/// tallied before the rules of the next size. The state can be written to bytes and read elsewhere
-/// at any point; the run ends in the same state. Only one thread at a time may use a run, even its
-/// const operations.
+/// before the rules of the next size. The state can be written to bytes and read elsewhere at any
+/// point without changing the result. Only one thread at a time may use a run, even its const
+/// operations.
 class LevelRun {
   public:
     /// `counts` has, by rank, the number of histories that hold each item. Items below
@@ -93,9 +92,9 @@ class LevelRun {
     /// Whether there are candidates of size `size()` + 1.
     bool hasCandidates() const;
 
-    /// The candidates of size `size()` + 1 in blocks. A block ends after the first item with which
-    /// it has `most` candidates or more, so it has at most one item's candidates too many. `most`
-    /// is at least 1. Empty when there are no candidates.
+    /// The candidates of size `size()` + 1 in blocks; empty if there are none. A block ends after
+    /// the first item with which it has `most` candidates or more, at least 1, so it has at most
+    /// one item's candidates too many.
     std::vector<LevelBlock> candidates(std::uint64_t most) const;
 
     /// Completes the level. `blocks` has the frequent candidates of each block of
@@ -112,9 +111,8 @@ class LevelRun {
     std::vector<LevelBlock> rules(std::uint64_t most) const;
 
     /// Completes the rules of size `ruleSize()`. `tallies` has the rules that are met in at least
-    /// `options.minCount` histories, by ascending set and split. Throws `std::invalid_argument`
-    /// when no rules are to be tallied, for sets or splits that do not exist, and for another
-    /// order.
+    /// `options.minCount` histories, by ascending set and split. Throws `std::invalid_argument` for
+    /// sets or splits that do not exist, for another order, and when no rules are due.
     void addRules(std::span<const RuleTally> tallies);
 
     /// The number of rules so far that reach the least count.
@@ -132,9 +130,9 @@ class LevelRun {
     /// A run with the same sets, none of whose rules was tallied.
     LevelRun withoutRules() const;
 
-    /// The result so far; the run stays as it is. The measures are taken over `histories` histories
-    /// in all. A large result can be taken in parts: of the rules that reach the least count, only
-    /// at most `most` from the `first` one on are put to the thresholds.
+    /// The result so far among `histories` histories in all; the run stays as it is. A large result
+    /// can be taken in parts: of the rules that reach the least count, at most `most` from the
+    /// `first` one on are put to the thresholds.
     Result result(std::size_t histories, std::size_t first = 0,
                   std::size_t most = static_cast<std::size_t>(-1)) const;
 

@@ -16,8 +16,8 @@ namespace quarvis::mining {
 
 /// A copy of the shard without the items that the run does not mine, and without the transactions
 /// that have no other item. Names and counts stay. Each history then has the transactions that it
-/// has in an index of the whole, which `shuffleTimes` needs. Throws `std::invalid_argument` when
-/// shard and run do not have the same number of items.
+/// has in an index of the whole, as `shuffleTimes` needs. Throws `std::invalid_argument` when shard
+/// and run differ in the number of items.
 HistoryIndex withoutRareItems(const HistoryIndex& shard, const LevelRun& run);
 
 class [[gnu::visibility("hidden")]] ShardParts;  // not for users, so not exported
@@ -28,14 +28,14 @@ class [[gnu::visibility("hidden")]] ShardParts;  // not for users, so not export
 /// cancels. Only one thread at a time may use a counter or its run.
 class ShardCounter {
   public:
-    /// The shard, the run and the observer must outlive the counter. Throws `std::invalid_argument`
-    /// when shard and run do not have the same number of items.
+    /// All three must outlive the counter. Throws `std::invalid_argument` when shard and run differ
+    /// in the number of items.
     ShardCounter(const HistoryIndex& shard, const LevelRun& run, const Observer& observer);
     ~ShardCounter();
 
-    /// Adds to `sums`, for each candidate of the block in order, the number of histories of the
-    /// shard that hold it. `sums` has `block.count` elements. Throws `std::invalid_argument` when
-    /// it has not, and when the run has no such block.
+    /// Adds to `sums`, for each candidate of the block in order, the number of histories that hold
+    /// it. Throws `std::invalid_argument` when `sums` does not have `block.count` elements, and
+    /// when the run has no such block.
     void countCandidates(const LevelBlock& block, std::span<std::uint32_t> sums);
 
     /// Tallies the rules of the block that are met in some history of the shard, by ascending set
