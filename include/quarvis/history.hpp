@@ -11,16 +11,16 @@
 
 namespace quarvis::rule {
 
-/// The transactions of one entity, in ascending time: at most one item set a time. A lookup takes
-/// time logarithmic in their number. An operation marked noexcept ends the program when memory is
-/// exhausted.
+/// The transactions of one entity in ascending time, at most one item set per time. A lookup is
+/// logarithmic in the number of transactions. An operation marked noexcept ends the program when
+/// memory is exhausted.
 class History {
   public:
-    /// A point in time in the unit of the input; windows are differences of times.
+    /// A point in time, in the unit of the input. A window is a difference of two times.
     using Time = unsigned int;
 
     /// @{
-    /// Over pairs of a time and its item set.
+    /// Iterates over pairs of a time and its item set.
     using Iterator = std::map<Time, ItemSet>::iterator;
     using ConstIterator = std::map<Time, ItemSet>::const_iterator;
     /// @}
@@ -31,8 +31,8 @@ class History {
     const ItemSet& at(Time t) const;
     /// @}
 
-    /// The item set at `t`, created empty when absent; in constant time where `t` comes after all
-    /// others.
+    /// The item set at `t`, created empty when absent. Takes constant time when `t` is later than
+    /// all other times.
     ItemSet& operator[](Time t) noexcept { return m_data.try_emplace(m_data.end(), t)->second; }
 
     /// Whether there is a transaction at `t`.
@@ -41,15 +41,15 @@ class History {
     /// The number of transactions.
     std::size_t size() const noexcept { return m_data.size(); }
 
-    /// Whether the entity had every one of `items` at some time or other. A history without
-    /// transactions contains nothing, not even the empty set.
+    /// Whether each of `items` occurs in some transaction, not necessarily the same one. A history
+    /// without transactions contains nothing, not even the empty set.
     ///
-    /// Collects copies of the items, from the first transaction on until all of `items` are there:
-    /// who asks this often had better keep what `allItems` gives.
+    /// Copies the items of one transaction after the other until all of `items` are found. To ask
+    /// often, keep the result of `allItems` instead.
     bool contains(const ItemSet& items) const;
 
-    /// The union of the item sets of all transactions: a copy, and a set insertion for each item of
-    /// each transaction.
+    /// A copy of the union of all transactions. Costs one set insertion per item of each
+    /// transaction.
     ItemSet allItems() const;
 
     /// @{
@@ -70,7 +70,7 @@ class History {
 class TransactionSet {
   public:
     /// @{
-    /// Over pairs of an entity's key and its history.
+    /// Iterates over pairs of an entity's key and its history.
     using Iterator = std::map<std::string, History>::iterator;
     using ConstIterator = std::map<std::string, History>::const_iterator;
     /// @}
@@ -78,11 +78,11 @@ class TransactionSet {
     /// The number of histories.
     std::size_t size() const noexcept { return m_data.size(); }
 
-    /// The number of transactions in all histories, in time linear in the number of histories.
+    /// The number of transactions in all histories. Takes time linear in the number of histories.
     std::size_t transactionCount() const noexcept;
 
-    /// The count of an item set: the number of histories that contain it. It asks each history
-    /// `contains`, and so may copy every item there is; nothing is kept from call to call.
+    /// The count of an item set: the number of histories that contain it. Calls
+    /// `History::contains` on each history, so it may copy every item. No result is cached.
     std::size_t count(const ItemSet& items) const;
 
     /// @{
@@ -93,19 +93,19 @@ class TransactionSet {
     ConstIterator end() const noexcept { return m_data.end(); }
     /// @}
 
-    /// Merges a transaction file into the set: a header line, which is discarded, then one row a
-    /// transaction or a part of one, with the entity's key, the time and any number of items.
-    /// Cells may be quoted (`moxtel::io::RFC4180DelimitedRowFormat`) and are not trimmed; empty
-    /// item cells are skipped; rows come in any order, and rows of one entity and time make one
-    /// transaction. Nothing is rejected: a time that is not a number is 0, and a row without a time
-    /// cell takes it from the row after it.
+    /// Merges a transaction file into the set. The first line is a header and is discarded. Each
+    /// further row holds an entity's key, a time and any number of items. Rows may come in any
+    /// order; rows of the same entity and time form one transaction. Cells may be quoted
+    /// (`moxtel::io::RFC4180DelimitedRowFormat`) and are not trimmed. Empty item cells are skipped.
+    /// No input is rejected: a time that is not a number reads as 0, and a row without a time cell
+    /// takes its time from the row after it.
     ///
-    /// Reading costs at most two map lookups a row and a set insertion an item, and the memory for
-    /// the items of one row. What the stream throws propagates; what was read before stays, of the
-    /// row at hand its items too.
+    /// Costs at most two map lookups per row, one set insertion per item, and the memory for the
+    /// items of one row. Exceptions of the stream propagate; everything read before stays in the
+    /// set, including the items of the row being read.
     void readInto(std::istream& in, char delim);
 
-    /// As above from the file `path`; one that cannot be opened reads as empty, and a read that
+    /// The same, from the file `path`. A file that cannot be opened reads as empty. A read that
     /// fails throws `moxtel::io::FileError`.
     void readInto(const std::string& path, char delim);
 

@@ -9,15 +9,15 @@
 
 namespace quarvis::rule {
 
-/// An implication from one item set, the antecedent, to another, the subsequent. Nothing ties the
-/// two sides: they may overlap, and either may be empty.
+/// An implication from one item set, the antecedent, to another, the subsequent. The two sides may
+/// overlap, and either may be empty.
 class Rule {
   public:
-    /// Both sides empty.
+    /// A rule with two empty sides.
     Rule() = default;
 
     /// @{
-    /// Of copies of both sides.
+    /// Copies both sides.
     Rule(const ItemSet& antecedent, const Item& subsequent)
         : m_antecedent(antecedent), m_subsequent(subsequent) {}
     Rule(const ItemSet& antecedent, const ItemSet& subsequent)
@@ -25,24 +25,25 @@ class Rule {
     /// @}
 
     /// @{
-    /// A side, valid as long as the rule. The antecedent of a rule that is no key may be changed.
+    /// One side; the reference is valid as long as the rule. Do not change the antecedent of a rule
+    /// that is a key in a container.
     ItemSet& antecedent() { return m_antecedent; }
     const ItemSet& antecedent() const { return m_antecedent; }
     const ItemSet& subsequent() const { return m_subsequent; }
     /// @}
 
-    /// The union of both sides; copies their items.
+    /// A copy of the union of both sides.
     ItemSet items() const { return m_antecedent.merge(m_subsequent); }
 
     /// @{
-    /// Compares the antecedents by `ItemSet::cmp` and, where that gives 0, the subsequents. It
-    /// gives 0 also where this antecedent is a prefix of the other, so `operator<` can hold in
-    /// both directions: it is not an order that containers can use. `RuleOrder` is.
+    /// Compares the antecedents by `ItemSet::cmp` and, if that gives 0, the subsequents.
+    /// `ItemSet::cmp` also gives 0 when this antecedent is a prefix of the other, so `operator<`
+    /// can hold in both directions. Containers need a strict order: use `RuleOrder`.
     int cmp(const Rule& rhs) const;
     bool operator<(const Rule& rhs) const { return cmp(rhs) < 0; }
     /// @}
 
-    /// Writes "antecedent => subsequent"; a side of one item bare, any other in braces.
+    /// Writes "antecedent => subsequent". A side of one item is written bare, any other in braces.
     std::ostream& writeInto(std::ostream& os) const;
 
     /// @{
@@ -57,8 +58,8 @@ class Rule {
 };
 
 /// The strict total order of rules in containers and files: by antecedent, then by subsequent, each
-/// in the order of `ItemSet`. It agrees with `Rule::operator<` wherever that holds in one direction
-/// only, and puts the longer antecedent first where it holds in both.
+/// in the order of `ItemSet`. For two rules where `Rule::operator<` holds in one direction only,
+/// the two orders agree; where it holds in both, the longer antecedent comes first.
 struct RuleOrder {
     /// Whether `a` comes before `b`.
     bool operator()(const Rule& a, const Rule& b) const;
@@ -66,7 +67,7 @@ struct RuleOrder {
 
 }  // namespace quarvis::rule
 
-/// As `writeInto`. \relates quarvis::rule::Rule
+/// The same as `writeInto`. \relates quarvis::rule::Rule
 std::ostream& operator<<(std::ostream& os, const quarvis::rule::Rule& rule);
 
 #pragma GCC visibility pop

@@ -13,13 +13,13 @@ namespace quarvis::rule {
 /// The name of an item: any bytes, the empty string included.
 using Item = std::string;
 
-/// A set of items, iterated in ascending byte order. A value type; the operations marked noexcept
-/// end the program when memory is exhausted. To look an item up, or to put one in, takes a number
-/// of comparisons that is logarithmic in the size.
+/// A set of items, iterated in ascending byte order. A value type. A lookup or an insertion takes a
+/// number of comparisons logarithmic in the size. An operation marked noexcept ends the program
+/// when memory is exhausted.
 class ItemSet {
   public:
     /// @{
-    /// Over constant items.
+    /// Iterates over constant items.
     using Iterator = std::set<Item>::iterator;
     using ConstIterator = std::set<Item>::const_iterator;
     /// @}
@@ -27,23 +27,23 @@ class ItemSet {
     /// The empty set.
     ItemSet() = default;
 
-    /// The set of `item` alone; every item converts to it.
+    /// The set of `item` alone. An item converts to it implicitly.
     ItemSet(const Item& item) { m_data.insert(item); }
 
-    /// Puts an item in, in constant time where it comes after all others.
+    /// Inserts an item. Takes constant time when the item comes after all others.
     void add(Item item) noexcept { m_data.insert(m_data.end(), std::move(item)); }
 
-    /// Puts copies of all of `items` in.
+    /// Inserts copies of all of `items`.
     void add(const ItemSet& items) noexcept;
 
-    /// Leaves the empty set.
+    /// Removes all items.
     void clear() { m_data.clear(); }
 
     /// Whether `item` is in this set.
     bool contains(const Item& item) const { return m_data.contains(item); }
 
-    /// Whether every item of `items` is in this set; so the empty set is in every set. Looks them
-    /// up one by one, until one is missing.
+    /// Whether every item of `items` is in this set; always true for empty `items`. Looks the
+    /// items up one by one until one is missing.
     bool contains(const ItemSet& items) const noexcept;
 
     /// The number of items.
@@ -60,20 +60,20 @@ class ItemSet {
     ConstIterator end() const noexcept { return m_data.end(); }
     /// @}
 
-    /// Compares item by item: at the first difference what `std::string::compare` gives for the
-    /// two items, and -1 when this set goes on after the other has ended. When only the other goes
-    /// on the result is 0, as for equal sets: only the sign "less" tells sets apart, and through
-    /// `operator<` it does so for any two different sets. Looks at no item after that difference.
+    /// Compares item by item up to the first difference, and returns what `std::string::compare`
+    /// gives for the two items there. Returns -1 when `rhs` is a proper prefix of this set. Returns
+    /// 0 for equal sets, but also when this set is a proper prefix of `rhs`; so a result of 0 does
+    /// not mean equality. A negative result is reliable: `a != b` means `a < b` or `b < a`.
     int cmp(const ItemSet& rhs) const noexcept;
 
-    /// A strict total order: lexicographic by bytes, a set before its own prefixes. {ab,cd} comes
-    /// before {ab}, and {} after everything else.
+    /// A strict total order: lexicographic by bytes, but a set comes before its own prefixes.
+    /// {ab,cd} comes before {ab}, and {} comes last.
     bool operator<(const ItemSet& rhs) const { return cmp(rhs) < 0; }
 
-    /// The union of both sets; copies their items.
+    /// A copy of the union of both sets.
     ItemSet merge(const ItemSet& rhs) const;
 
-    /// Writes "{a,b}": the items in order, neither quoted nor escaped.
+    /// Writes "{a,b}": the items in ascending byte order, neither quoted nor escaped.
     std::ostream& writeInto(std::ostream& os) const;
 
     /// @{
@@ -88,7 +88,7 @@ class ItemSet {
 
 }  // namespace quarvis::rule
 
-/// As `writeInto`. \relates quarvis::rule::ItemSet
+/// The same as `writeInto`. \relates quarvis::rule::ItemSet
 std::ostream& operator<<(std::ostream& os, const quarvis::rule::ItemSet& items);
 
 #pragma GCC visibility pop

@@ -12,12 +12,13 @@
 
 namespace quarvis::rule {
 
-/// Item sets and their counts (numbers of histories that contain them), in item-set order. A
-/// lookup takes a number of comparisons of item sets that is logarithmic in the size.
+/// Item sets and their counts, in the order of `ItemSet`. The count of an item set is the number of
+/// histories that contain it. A lookup takes a number of item-set comparisons logarithmic in the
+/// size.
 class ItemSetHistogram {
   public:
     /// @{
-    /// Over pairs of an item set and its count.
+    /// Iterates over pairs of an item set and its count.
     using Iterator = std::map<ItemSet, std::size_t>::iterator;
     using ConstIterator = std::map<ItemSet, std::size_t>::const_iterator;
     /// @}
@@ -35,21 +36,21 @@ class ItemSetHistogram {
     /// @}
 
     /// @{
-    /// The place of `is`, or `end()`.
+    /// An iterator to `is`, or `end()` when absent.
     Iterator find(const ItemSet& is) { return m_data.find(is); }
     ConstIterator find(const ItemSet& is) const { return m_data.find(is); }
     /// @}
 
     /// @{
-    /// Adds `is` with `count` when it is absent; a count that is there stays as it is. Takes
-    /// constant time for a set that comes after all others.
+    /// Adds `is` with `count` when absent; otherwise does nothing. Takes constant time for a set
+    /// that comes after all others.
     void add(const ItemSet& is, std::size_t count) { m_data.try_emplace(m_data.end(), is, count); }
     void add(ItemSet&& is, std::size_t count) {
         m_data.try_emplace(m_data.end(), std::move(is), count);
     }
     /// @}
 
-    /// Removes what is at `it`, which must not be the end, in constant time.
+    /// Removes the entry at `it`, which must not be `end()`. Takes constant time.
     void erase(Iterator it) { m_data.erase(it); }
 
     /// Removes `is`, which must be present.
@@ -64,19 +65,19 @@ class ItemSetHistogram {
     /// @}
 
     /// @{
-    /// Item-set files are written and not read back: both do nothing, and the stream stays unread.
+    /// Does nothing: item-set files are written only, never read back. The stream stays unread.
     void readInto(std::istream& in, char delim);
     void readInto(const std::string& path, char delim);
     /// @}
 
-    /// Writes the item-set file: the line "Count", tab, "Item Set", then a line for each set with
-    /// its count, a tab and the set in braces. The stream is flushed after each line, which on a
-    /// file costs a call of the system for each.
+    /// Writes the item-set file: the line "Count", tab, "Item Set", then one line per set with its
+    /// count, a tab and the set in braces. The stream is flushed after each line, which costs one
+    /// system call per line on a file.
     void write(std::ostream& os) const;
 
-    /// As above into the file `path`, which is replaced; nothing happens when it cannot be opened.
-    /// A write that fails throws `moxtel::io::FileError`, and the file has whole lines then, as far
-    /// as the system lets it.
+    /// The same, to the file `path`, which is replaced. Does nothing when the file cannot be
+    /// opened. A write that fails throws `moxtel::io::FileError`; the file then ends with a whole
+    /// line where the system allows it.
     void write(const std::string& path) const;
 
   private:

@@ -11,19 +11,18 @@
 
 namespace moxtel::string {
 
-/// Reads "{a,b}" or "a,b": items separated by commas, each trimmed; one in double quotes may hold
-/// commas. Only the first line is read. Trimming takes an item of one character to the empty item,
-/// and a text of one character to the empty set (see `trim`).
+/// Reads "{a,b}" or "a,b": items separated by commas, each trimmed. An item in double quotes may
+/// hold commas. Only the first line is read. Trimming turns an item of one character into the
+/// empty item, and a text of one character into the empty set (see `trim`).
 ///
-/// Throws a pointer to an `IOException`, which the handler deletes, when the closing brace is
-/// missing.
+/// Throws a pointer to an `IOException` when the closing brace is missing. The handler deletes it.
 template <>
 quarvis::rule::ItemSet parse<quarvis::rule::ItemSet>(const std::string& str);
 
-/// Reads "antecedent => subsequent", split at the first arrow; each side an item set as above.
+/// Reads "antecedent => subsequent", split at the first "=>". Each side is read as an item set.
 ///
-/// Throws a pointer to an `IOException`, which the handler deletes, when there is no arrow or a
-/// closing brace is missing.
+/// Throws a pointer to an `IOException` when there is no "=>" or a closing brace is missing. The
+/// handler deletes it.
 template <>
 quarvis::rule::Rule parse<quarvis::rule::Rule>(const std::string& str);
 

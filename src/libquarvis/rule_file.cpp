@@ -15,7 +15,7 @@ using moxtel::string::parse;
 
 namespace {
 
-/// The cell of the column `number`, "`title`", of the row at hand.
+/// The next cell of the current row. `title` and `number` name its column in the error message.
 std::string statsCell(DelimitedRowParser& rows, const char* title, int number) {
     if (!rows.hasCell())
         throw new IOException(
@@ -49,7 +49,7 @@ void RuleSet::readInto(std::istream& in, char delim) {
         if (!rows.hasCell())
             continue;
         const std::string text = rows.nextCell();
-        // The cells after an empty one are taken as a row of their own.
+        // After an empty first cell, the remaining cells are read as a row of their own.
         if (text.empty())
             continue;
         const Rule rule = parse<Rule>(text);

@@ -18,8 +18,8 @@ namespace quarvis::rule {
 
 namespace {
 
-/// Where the items of rows go. Rows of one entity, or of one transaction, often follow each other,
-/// and so do entities in their order.
+/// Finds the transaction that a row belongs to. Fast when successive rows have the same entity or
+/// the same transaction, and when entities come in ascending order.
 class Places {
   public:
     explicit Places(std::map<std::string, History>& histories)
@@ -29,8 +29,8 @@ class Places {
     ItemSet& at(std::string_view key, History::Time time) {
         const int order = m_entity == m_histories.end() ? -1 : key.compare(m_entity->first);
         if (order != 0) {
-            // A hint in vain costs a comparison of keys: it is given where the last row had the
-            // last key.
+            // A useless hint costs a comparison of keys. So the hint is given only when the row
+            // before had the greatest key.
             m_entity = order > 0 && m_entity == std::prev(m_histories.end())
                            ? m_histories.try_emplace(m_histories.end(), std::string(key))
                            : m_histories.try_emplace(std::string(key)).first;
@@ -50,9 +50,8 @@ class Places {
     History::Time m_time = 0;
 };
 
-/// Puts the items of a row into their set, in order: that takes a set less time than to find a
-/// place for each, and sorting them by their first bytes as numbers takes less than comparing
-/// names.
+/// Inserts the items of a row into their set in ascending order, which is faster than a search for
+/// each item. Sorts by the first bytes as numbers, which is faster than comparing names.
 class Sorter {
   public:
     void put(std::span<const std::string_view> texts, ItemSet& target) {
@@ -77,8 +76,8 @@ class Sorter {
         std::size_t text;
     };
 
-    /// Numbers that are in the order of the texts, or equal; a text that ends counts as going on
-    /// with zeros.
+    /// The first eight bytes as a number, padded with zeros. The numbers of two texts are in the
+    /// order of the texts, or equal.
     static std::uint64_t s_firstBytes(std::string_view text) {
         std::uint64_t bytes = 0;
         std::memcpy(&bytes, text.data(), std::min(text.size(), sizeof(bytes)));

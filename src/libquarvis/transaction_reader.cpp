@@ -20,7 +20,7 @@ DelimitedRowParser parserBehindHeader(std::istream& in, char delim) {
 }
 
 History::Time timeOf(std::string_view cell) {
-    // So many digits never overflow.
+    // A number of this many digits never overflows.
     constexpr std::size_t digits = 9;
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     if (cell.empty() || cell.size() > digits || !std::all_of(cell.begin(), cell.end(), isDigit))
@@ -54,7 +54,7 @@ bool TransactionReader::next() {
 }
 
 void TransactionReader::m_readCells() {
-    // A missing cell is no error: what follows the line end is read in its place.
+    // A missing cell is not an error: the cell after the line end is read in its place.
     m_parser.hasCell();
     m_key = m_parser.nextCell();
     m_parser.hasCell();

@@ -4,14 +4,14 @@
 #include <limits>
 #include <string>
 
-/// The settings of a run, filled once from the command line. "-" as a file name stands for standard
+/// The settings of a run, filled once from the command line. The file name "-" stands for standard
 /// input or output.
 struct Configuration {
     std::string inputFile;    ///< The transaction file.
     std::string outputFile;   ///< The rules file.
     std::string itemSetFile;  ///< The item-set file; empty when none is written.
 
-    /// Histories that an item set must be in to be frequent, and that a rule must hold in.
+    /// The least number of histories of a frequent item set, and the least count of a rule.
     std::uint32_t minCount = 5;
 
     double minSupport = 0;     ///< Least support of a rule; like all bounds, inclusive.
@@ -21,5 +21,5 @@ struct Configuration {
 
     std::uint32_t maxOrder = 0;    ///< Greatest order of a rule; 0: until the search runs out.
     std::uint32_t windowSize = 0;  ///< Window of rule counting, in units of time; 0: no window.
-    bool verbose = false;          ///< Read by nothing: messages are always printed.
+    bool verbose = false;          ///< Never read: messages are always printed.
 };

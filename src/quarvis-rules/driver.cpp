@@ -53,7 +53,7 @@ HistoryIndex readIndex(const Configuration& config) {
     return index;
 }
 
-/// Calls `write` with the stream that the name stands for.
+/// Calls `write` with standard output if the name is "-", otherwise with the file opened.
 template <class Write>
 void writeTo(const std::string& filename, Write write) {
     if (isStandardStream(filename)) {

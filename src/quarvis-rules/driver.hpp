@@ -5,17 +5,20 @@
 #include "config.hpp"
 #include "mine.hpp"
 
-/// The whole run after configuration: reads the transactions, mines, writes the rules and, when
-/// asked for, the item sets. Messages go to standard error.
+/// The whole run after configuration: reads the transactions, mines, and writes the rules and, if
+/// configured, the item sets. Messages go to standard error.
 ///
-/// A file that cannot be opened reads as empty or is not written. A read or a write that fails
-/// later throws `moxtel::io::FileError`; on a standard stream, what that stream has been told to
+/// A file that cannot be opened reads as empty or is not written. A read or a write of a file that
+/// fails later throws `moxtel::io::FileError`. A standard stream throws what it has been set to
 /// throw (see `StandardStreams`).
 void mine(Configuration& config);
 
-/// The transactions of the file, tab-delimited; "-" is standard input. Reports their number.
+/// Reads the tab-delimited transaction file; "-" is standard input. Prints the numbers of
+/// transactions and histories to standard error.
 quarvis::rule::TransactionSet readTxns(Configuration& config, const char* filename);
 
-/// Write a part of the result to the file; "-" is standard output.
+/// @{
+/// Writes the rules, or the item sets, to the file; "-" is standard output.
 void writeRules(const quarvis::rule::MiningResult& result, const char* filename);
 void writeIS(const quarvis::rule::MiningResult& result, const char* filename);
+/// @}

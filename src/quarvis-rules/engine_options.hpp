@@ -4,11 +4,12 @@
 
 #include "config.hpp"
 
-/// What the engine is asked for with these settings.
+/// The settings as options of the engine.
 inline quarvis::mining::MiningOptions engineOptions(const Configuration& config) {
     quarvis::mining::MiningOptions options;
     options.minCount = config.minCount;
-    // A rule of the greatest order of all has more items than there can be; 0 is no bound.
+    // For the greatest 32-bit order the sum wraps to 0, no bound, which is right: no rule can have
+    // that many items.
     options.maxSize = config.maxOrder == 0 ? 0 : config.maxOrder + 1;
     options.window = config.windowSize;
     options.thresholds = {config.minSupport, config.minConfidence, config.minLift,

@@ -6,11 +6,11 @@
 #include "standard_streams.hpp"
 
 int main(int argc, char** argv) {
-    // A handler makes the stack unwind before an exception ends the process, so files are closed
-    // with what was written to them.
+    // With a handler the stack unwinds before an exception ends the process. So files are closed
+    // and keep what was written to them.
     try {
         openStandardDescriptors();
-        // A file that may not grow further is then an error of the write, and no sudden end.
+        // A write beyond the limit of the file size then fails instead of ending the process.
         std::signal(SIGXFSZ, SIG_IGN);
         StandardStreams streams;
         Configuration config = configure(argc, argv);

@@ -6,13 +6,13 @@
 
 namespace quarvis::rule {
 
-/// What a run finds: the rules that pass the thresholds, and every frequent item set of every size
+/// The result of a run: the rules that pass the thresholds, and the frequent item sets of all sizes
 /// that the search reached.
 class MiningResult {
   public:
     using ItemSets = ItemSetHistogram;
 
-    /// Mines `txns`. Progress goes to standard error, a line a step.
+    /// Mines `txns`. Prints a line to standard error for each step.
     static MiningResult mine(const Configuration& config, const TransactionSet& txns);
 
     const RuleSet& rules() const { return m_rules; }
@@ -25,7 +25,7 @@ class MiningResult {
     ItemSets m_is;
 };
 
-/// As `MiningResult::mine`.
+/// The same as `MiningResult::mine`.
 MiningResult mine(const Configuration& config, const TransactionSet& txns);
 
 }  // namespace quarvis::rule

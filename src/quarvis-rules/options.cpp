@@ -29,7 +29,7 @@ void addOptions(CmdLine& cmdline) {
     cmdline.add('w', "window", Domain::UINT, "Set the window size", 1, false);
 }
 
-/// Stores what one option occurrence says; true when it asks for help.
+/// Stores the value of one option occurrence; true when the option asks for help.
 bool apply(const CmdLine::Binding& binding, Configuration& config) {
     const auto whole = [&binding] { return binding.values[0].data.ui; };
     const auto real = [&binding] { return static_cast<double>(binding.values[0].data.fl); };
@@ -66,7 +66,7 @@ bool apply(const CmdLine::Binding& binding, Configuration& config) {
     return false;
 }
 
-/// Throws when a message that was meant for `stream` is lost. `errno` was 0 before the last one.
+/// Throws when a message to `stream` was lost. The caller sets `errno` to 0 before it prints.
 void refuseLoss(std::FILE* stream, const char* name) {
     if (std::fflush(stream) != 0 || std::ferror(stream) != 0)
         throw moxtel::io::FileError("write", name, errno != 0 ? errno : EIO);

@@ -2,8 +2,8 @@
 
 #include "config.hpp"
 
-/// The settings that the command line asks for. When it asks for help, or does not parse, prints
-/// the usage text and ends the process: with status 0 when it parsed, otherwise with 1. Throws
+/// Parses the command line into settings. When it asks for help or does not parse, prints the usage
+/// text and ends the process, with status 0 if it parsed and 1 if not. Throws
 /// `moxtel::io::FileError` instead when the text, or a message before it, cannot be written.
 Configuration configure(int argc, char** argv);
 

@@ -4,8 +4,8 @@
 
 namespace {
 
-/// The rules that are proposed from one set: each run of its sorted items, but all of them, as the
-/// antecedent.
+/// The number of rules proposed from one item set. Each contiguous run of its sorted items, except
+/// the whole set, is the antecedent of one rule.
 std::size_t proposals(std::size_t size) {
     return size * (size + 1) / 2 - 1;
 }
@@ -28,8 +28,8 @@ void ProgressMessages::levelFound(std::size_t size, std::size_t sets) {
         std::cerr << "\t ... calculated " << sets << " frequent item sets of size 1. " << std::endl;
         return;
     }
-    // Two sets could still make one of the next size; without a greatest order the search ends
-    // before them.
+    // Without a greatest order the search stops after a level, from size 2 on, of at most two sets,
+    // although two sets could still join to one of the next size.
     if (size > 2 && m_maxOrder == 0 && before <= 2)
         return;
     m_tellLevel(size, sets);
@@ -37,7 +37,7 @@ void ProgressMessages::levelFound(std::size_t size, std::size_t sets) {
         std::cerr << "\t ... rules up to order " << m_maxOrder << " will be mined." << std::endl;
     if (size == 2 && sets != 0 && m_maxOrder == 0)
         std::cerr << "\t ... mining rules until there are no more frequent item sets." << std::endl;
-    // Every order asked for is told, also when the sets have run out.
+    // Each order up to the greatest has its lines, even after the sets have run out.
     if (size > 2 && sets == 0 && m_maxOrder != 0)
         for (std::size_t order = size; order <= m_maxOrder; ++order)
             m_tellLevel(order + 1, 0);

@@ -16,7 +16,7 @@ using quarvis::mining::Rank;
 using quarvis::mining::Rule;
 using quarvis::mining::Rules;
 
-/// A line in the making.
+/// Assembles a line of a file, then writes and flushes it.
 class Line {
   public:
     Line(std::ostream& out, const HistoryIndex& index) : m_out(out), m_index(index) {}
@@ -31,7 +31,7 @@ class Line {
         return text({digits, std::to_chars(digits, digits + sizeof digits, value).ptr});
     }
 
-    /// With six significant digits, as a stream writes it.
+    /// Formats with six significant digits, as a stream does by default.
     Line& number(double value) {
         constexpr int precision = 6;
         char digits[32];
@@ -49,7 +49,7 @@ class Line {
         return text("}");
     }
 
-    /// A side of a rule: an item alone stands without braces.
+    /// One side of a rule. A single item is written without braces.
     Line& side(std::span<const Rank> items) {
         return items.size() == 1 ? text(m_index.name(items[0])) : braced(items);
     }

@@ -8,16 +8,16 @@
 #include <quarvis/mining/item_sets.hpp>
 #include <quarvis/mining/rules.hpp>
 
-/// The files of a run, straight from the result of the engine: the same bytes that the rule model
-/// writes of the same rules and sets. Each line is flushed. The streams have the default
-/// formatting.
+/// Writes the files of a run directly from the engine's result. The bytes are the same as those
+/// that the rule model writes for the same rules and sets to a stream with default formatting.
+/// Each line is flushed.
 namespace result_files {
 
 void writeRules(std::ostream& out, const quarvis::mining::HistoryIndex& index,
                 const quarvis::mining::Rules& rules);
 
-/// The same for rules that are listed elsewhere: `rule` gives each of `count` by its place. Their
-/// ranks are those of the index.
+/// The same for `count` rules that are stored elsewhere: `rule(i)` returns the i-th one. Its items
+/// are ranks of `index`.
 void writeRules(std::ostream& out, const quarvis::mining::HistoryIndex& index, std::size_t count,
                 const std::function<quarvis::mining::Rule(std::size_t)>& rule);
 

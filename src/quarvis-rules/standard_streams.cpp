@@ -14,7 +14,7 @@ void openStandardDescriptors() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(descriptor, F_GETFD) != -1 || errno != EBADF)
             continue;
-        // The lowest number that is free is this one.
+        // `open` returns the lowest free descriptor, which is this one.
         if (open("/dev/null", descriptor == STDIN_FILENO ? O_RDONLY : O_WRONLY) != descriptor)
             throw std::system_error(errno, std::generic_category(), "cannot open /dev/null");
     }
@@ -47,7 +47,7 @@ StandardStreams::StandardStreams()
     std::cout.rdbuf(m_out.rdbuf());
     std::cout.exceptions(std::ios::badbit);
     std::cerr.rdbuf(m_err.rdbuf());
-    // Each message ends with a flush.
+    // No flush is needed after each output: every message ends with one.
     std::cerr.unsetf(std::ios::unitbuf);
 }
 
@@ -60,7 +60,8 @@ StandardStreams::~StandardStreams() {
 void StandardStreams::close() {
     m_out.close();
     m_err.close();
-    // Memory may have run out in a stream, and the parser of the arguments has a way of its own.
+    // Two losses bypass `m_err`: memory ran out inside the stream, or the argument parser, which
+    // writes to `stderr`, failed to write.
     if (std::cerr.bad())
         throw FileError("write", "standard error", ENOMEM);
     if (std::ferror(stderr) != 0)

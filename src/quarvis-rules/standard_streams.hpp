@@ -5,16 +5,16 @@
 
 #include <moxtel/file_stream.hpp>
 
-/// Opens each of the descriptors 0 to 2 that is closed on /dev/null. Otherwise a file of the run
-/// would get its number, and with it what is meant for a standard stream. Throws
-/// `std::system_error` when that fails.
+/// Opens /dev/null on each closed descriptor of 0 to 2. Otherwise a file of the run could get such
+/// a number and receive the output of a standard stream. Throws `std::system_error` when the open
+/// fails.
 void openStandardDescriptors();
 
-/// As long as it lives, `std::cin` and `std::cout` throw `moxtel::io::FileError` where a read or a
-/// write fails, and `std::cerr` passes on whole lines.
+/// During its lifetime `std::cin` and `std::cout` throw `moxtel::io::FileError` when a read or a
+/// write fails, and `std::cerr` writes whole lines.
 ///
-/// A message that cannot be written does not keep the results from being written: the messages
-/// after it are dropped, and `close` tells of it.
+/// A message that cannot be written does not prevent the results from being written: later
+/// messages are dropped, and `close` throws.
 class StandardStreams {
   public:
     StandardStreams();
@@ -22,12 +22,12 @@ class StandardStreams {
     StandardStreams& operator=(const StandardStreams&) = delete;
     ~StandardStreams();
 
-    /// The run is over: throws `moxtel::io::FileError` when something that was meant for standard
-    /// output or standard error is lost.
+    /// Ends the output. Throws `moxtel::io::FileError` when anything written to standard output or
+    /// standard error was lost.
     void close();
 
   private:
-    /// What a stream had before.
+    /// The former state of a stream.
     struct Former {
         explicit Former(std::ios& stream);
         void restore();
