@@ -1,4 +1,4 @@
-"""Association rules of histories: what newly follows what, within a window of time.
+"""Mine association rules from histories: what newly follows what, within a window of time.
 
 >>> import quarvis
 >>> histories = quarvis.Histories(data, entity="customer", time="day", items="product")

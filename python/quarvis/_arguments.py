@@ -1,4 +1,4 @@
-"""What callers pass, checked before anything is made of it."""
+"""Checks of arguments before they are used."""
 
 from __future__ import annotations
 
@@ -10,12 +10,12 @@ from quarvis.errors import DataError
 
 
 def whole_number(name: str, value: Any, least: int, remedy: str = "") -> int:
-    """Give a whole number from `least` on; one of another type, such as 5.0, may be whole, too.
+    """Return `value` as an integer of at least `least`; a float such as 5.0 counts as whole.
 
     Raises
     ------
     DataError
-        For anything else; the message has the remedy, by default the least number.
+        For any other value. The message ends with `remedy`, or else names the least number.
     """
     is_whole = is_number(value) and math.isfinite(value) and value == int(value)
     if not is_whole or value < least:
@@ -26,12 +26,12 @@ def whole_number(name: str, value: Any, least: int, remedy: str = "") -> int:
 
 
 def draws(permutations: Any, seed: Any) -> tuple[int, int]:
-    """Give the number of permutations of a test and its seed.
+    """Return the number of permutations of a test and its seed, as integers.
 
     Raises
     ------
     DataError
-        For less than one permutation, and for a seed beyond 64 bits.
+        For fewer than one permutation, or a seed that does not fit in 64 bits.
     """
     number = whole_number("permutations", permutations, 1)
     remedy = "give a whole number from 0 to 2^64 - 1"
@@ -42,12 +42,12 @@ def draws(permutations: Any, seed: Any) -> tuple[int, int]:
 
 
 def threshold(name: str, value: Any) -> float:
-    """Give a bound of a measure, which may be infinite.
+    """Return a bound of a measure as a float, possibly infinite.
 
     Raises
     ------
     DataError
-        For what is no number, and for NaN, which nothing would pass.
+        When `value` is not a number, or is NaN, which no measure would pass.
     """
     if not is_number(value) or math.isnan(value):
         raise DataError(f"{name}={value!r}: give a number")
@@ -55,5 +55,5 @@ def threshold(name: str, value: Any) -> float:
 
 
 def is_number(value: Any) -> bool:
-    """Tell whether a value is a real number; truth values are none."""
+    """Return whether a value is a real number; a bool is not."""
     return isinstance(value, Real) and not isinstance(value, bool)

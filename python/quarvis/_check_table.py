@@ -1,4 +1,4 @@
-"""The check of delimited text by column."""
+"""Checks a file of delimited text column by column."""
 
 from __future__ import annotations
 
@@ -16,7 +16,7 @@ _LETTER_AND_DIGITS = re.compile(r"[A-Za-z]\d+")
 
 
 class _Column:
-    """What the cells of a column look like."""
+    """Counts of the kinds of cells in a column, and the lines of odd ones."""
 
     def __init__(self) -> None:
         self.cells = 0
@@ -44,7 +44,7 @@ class _Column:
 
 
 def check_table(path: str | os.PathLike[str], data: bytes, findings: Findings) -> None:
-    """Add what is found in a file of delimited text with a header."""
+    """Add the findings for a file of delimited text with a header."""
     encoding = "utf-16" if data.startswith((b"\xff\xfe", b"\xfe\xff")) else "utf-8-sig"
     text = data.decode(encoding, errors="replace")
     header = text.split("\n", 1)[0]

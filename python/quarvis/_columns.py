@@ -1,4 +1,4 @@
-"""Columns as codes: each value once, and a number for each row."""
+"""Columns as codes: the distinct values, and for each row the number of its value."""
 
 from __future__ import annotations
 
@@ -23,7 +23,7 @@ class Codes:
 
 
 def decoded(column: pa.ChunkedArray) -> pa.ChunkedArray:
-    """Give a column of plain values: no dictionaries, no views, no runs."""
+    """Return the column in a plain layout: no dictionary, view or run-end encoding."""
     kind = column.type
     if pa.types.is_dictionary(kind):
         return decoded(column.cast(kind.value_type))
@@ -38,9 +38,10 @@ def decoded(column: pa.ChunkedArray) -> pa.ChunkedArray:
 
 
 def whole(column: pa.ChunkedArray, name: str) -> pa.ChunkedArray:
-    """Give floating-point numbers that are all whole as integers, other columns as they are.
+    """Return a floating-point column as integers, and any other column unchanged.
 
-    Libraries without missing integers keep them as floating-point numbers.
+    Libraries that cannot represent a missing integer store such columns as floating-point numbers.
+    Raises `DataError` when a value has a fraction.
     """
     if not pa.types.is_floating(column.type):
         return column
@@ -54,7 +55,7 @@ def whole(column: pa.ChunkedArray, name: str) -> pa.ChunkedArray:
 
 
 def encode(column: pa.ChunkedArray) -> Codes:
-    """Number the values of a column without missing ones."""
+    """Encode a column that has no missing values."""
     if len(column) == 0:
         return Codes(np.empty(0, np.uint32), pa.array([], column.type))
     if column.num_chunks == 1:
@@ -66,20 +67,20 @@ def encode(column: pa.ChunkedArray) -> Codes:
 
 
 def require_names(kind: pa.DataType, name: str) -> None:
-    """Raise `DataError` for a type whose values are no names of items."""
+    """Raise `DataError` for a type whose values cannot name items."""
     if pa.types.is_binary(kind) or pa.types.is_large_binary(kind) or pa.types.is_nested(kind):
         raise DataError(f"column {name!r} has items as {kind}: convert them to text")
 
 
 def as_names(values: pa.Array) -> pa.Array:
-    """Give values as text, in the way that Arrow writes them."""
+    """Return the values as large strings, formatted by Arrow."""
     return values if pa.types.is_large_string(values.type) else values.cast(pa.large_string())
 
 
 def string_buffers(
     values: pa.Array,
 ) -> tuple[np.ndarray[Any, np.dtype[np.int64]], np.ndarray[Any, np.dtype[np.uint8]]]:
-    """Give the offsets and bytes of an array of large strings without missing ones."""
+    """Return the offsets and the bytes of an array of large strings without missing values."""
     if len(values) == 0:
         return np.zeros(1, np.int64), np.empty(0, np.uint8)
     _, offsets, data = values.buffers()
@@ -91,7 +92,7 @@ def string_buffers(
 def names_of(
     offsets: np.ndarray[Any, np.dtype[np.int64]], text: np.ndarray[Any, np.dtype[np.uint8]]
 ) -> pa.Array:
-    """Give strings from their offsets and bytes; bytes that are no UTF-8 become U+FFFD."""
+    """Return strings made from offsets and bytes; invalid UTF-8 becomes U+FFFD."""
     raw = text.tobytes()
     try:
         raw.decode()
@@ -106,7 +107,7 @@ def names_of(
 def lists_of(
     lists: tuple[np.ndarray[Any, np.dtype[np.int64]], CodeArray], names: pa.Array
 ) -> pa.Array:
-    """Give lists of names from lists of codes, which come as offsets and values."""
+    """Return lists of names made from lists of codes, given as offsets and values."""
     offsets, codes = lists
     values = names.take(pa.array(codes))
     if len(codes) < 2**31 and values.nbytes < 2**31:

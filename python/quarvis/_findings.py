@@ -1,4 +1,4 @@
-"""What a check finds."""
+"""The results of a check."""
 
 from __future__ import annotations
 
@@ -11,14 +11,14 @@ _KEPT = 3
 
 @dataclass(frozen=True)
 class Finding:
-    """Something that reads otherwise than meant.
+    """A place in a file that is not read as intended.
 
     Attributes
     ----------
     kind : str
-        A word or two for all findings of the kind.
+        The kind of the finding, in a word or two.
     line, column : int
-        Where it stands, both from 1 on; in a check by column the line is 1.
+        The place, both counted from 1. The column is that of the cell, not of the character.
     text : str
         What happens there.
     """
@@ -31,14 +31,16 @@ class Finding:
 
 @dataclass
 class Findings:
-    """What a check found, in the order of the kinds.
+    """The results of a check, grouped by kind. True if there are any.
+
+    At most three findings of each kind are kept; `counts` has the number of all.
 
     Attributes
     ----------
     path : str
         The file.
     counts : dict of str to int
-        By kind: how many there are.
+        The number of findings of each kind, including those that were not kept.
     """
 
     path: str
@@ -46,22 +48,22 @@ class Findings:
     _kept: dict[str, list[Finding]] = field(default_factory=dict)
 
     def add(self, kind: str, line: int, column: int, text: str) -> None:
-        """Add a finding; the first three of a kind are kept."""
+        """Count a finding, and keep it if it is among the first three of its kind."""
         self.counts[kind] = self.counts.get(kind, 0) + 1
         kept = self._kept.setdefault(kind, [])
         if len(kept) < _KEPT:
             kept.append(Finding(kind, line, column, text))
 
     def __iter__(self) -> Iterator[Finding]:
-        """The findings that were kept."""
+        """Iterate over the findings that were kept."""
         return (finding for kept in self._kept.values() for finding in kept)
 
     def __bool__(self) -> bool:
-        """Whether there is any."""
+        """Return whether anything was found."""
         return bool(self.counts)
 
     def __len__(self) -> int:
-        """The number of findings that were kept."""
+        """Return the number of findings that were kept."""
         return sum(map(len, self._kept.values()))
 
     def __str__(self) -> str:

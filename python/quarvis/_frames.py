@@ -1,4 +1,4 @@
-"""Frames of any library as Arrow tables, and tables as frames of that library."""
+"""Converts frames of any library to Arrow tables, and tables back to frames of that library."""
 
 from __future__ import annotations
 
@@ -10,22 +10,22 @@ import pyarrow as pa
 
 from quarvis.errors import DataError
 
-#: The libraries that results can be given in; "pyarrow" stands for all others.
+#: The libraries whose frames results can be returned as; "pyarrow" stands for all others.
 KINDS = ("pandas", "polars", "modin", "duckdb", "pyarrow")
 
 
 def to_table(data: Any, columns: Sequence[str]) -> tuple[pa.Table, str]:
-    """Give the columns of a frame as an Arrow table, and the kind of the frame.
+    """Return the columns of a frame as an Arrow table, and the kind of the frame.
 
-    Takes what narwhals knows and what has the Arrow PyCapsule interface. Values are not copied
-    where the library keeps them as Arrow does.
+    Accepts any frame that narwhals supports and any object with the Arrow PyCapsule interface.
+    Values are not copied if the library stores them in the Arrow layout.
 
     Raises
     ------
     TypeError
-        When `data` is no frame.
+        When `data` is not a frame.
     DataError
-        For a column that is not there, or that mixes types.
+        When a column is missing, occurs twice or mixes types.
     """
     if isinstance(data, pa.Table | pa.RecordBatch):
         return _selected(_as_table(data), columns), "pyarrow"
@@ -53,7 +53,7 @@ def to_table(data: Any, columns: Sequence[str]) -> tuple[pa.Table, str]:
 
 
 def to_native(table: pa.Table, kind: str) -> Any:
-    """Give the table as a frame of the library `kind`."""
+    """Return the table as a frame of the library `kind`."""
     if kind == "pandas":
         return table.to_pandas()
     if kind == "polars":

@@ -1,4 +1,4 @@
-"""The items of rows: one a row, a list a row, or a column for each of their kinds."""
+"""Reads items from one column of items or of lists of items, or from several columns."""
 
 from __future__ import annotations
 
@@ -23,16 +23,16 @@ from quarvis.errors import DataError
 
 
 class ItemRows:
-    """Rows of one item each, which name the row of the frame that they are from.
+    """Rows of one item each.
 
     Attributes
     ----------
     parents : numpy.ndarray or None
-        The row of the frame, by row of one item; None when both are the same.
+        For each row, the row of the frame that it comes from. None when the two are the same.
     codes : numpy.ndarray
-        The item, a code of `names`, or `NO_ITEM`.
+        For each row, the place of its item in `names`, or `NO_ITEM`.
     names : pyarrow.Array
-        Large strings.
+        The distinct names of the items, as large strings.
     """
 
     def __init__(
@@ -45,7 +45,7 @@ class ItemRows:
 
 
 def is_list(kind: pa.DataType) -> bool:
-    """Tell whether a column of this type has a list in each row."""
+    """Return whether a column of this type has a list in each row."""
     return bool(
         pa.types.is_list(kind) or pa.types.is_large_list(kind) or pa.types.is_fixed_size_list(kind)
         or str(kind).startswith(("list_view", "large_list_view"))
@@ -53,7 +53,7 @@ def is_list(kind: pa.DataType) -> bool:
 
 
 def missing_items(column: pa.ChunkedArray) -> pa.ChunkedArray:
-    """Tell which rows lack an item: no value, or in a list one without value."""
+    """Return which rows lack an item: the value is missing, or one in its list is."""
     if not is_list(column.type):
         return missing_or_nan(decoded(column))
     missing = pc.is_null(column).to_numpy().copy()
@@ -65,7 +65,7 @@ def missing_items(column: pa.ChunkedArray) -> pa.ChunkedArray:
 
 
 def one_column(column: pa.ChunkedArray, name: str) -> ItemRows:
-    """Give the items of a column of items, or of lists of items, that lacks none."""
+    """Return the items of a column of items or of lists of items, none of them missing."""
     if not is_list(column.type):
         codes, names = _coded(decoded(column), name)
         return ItemRows(None, codes, names)
@@ -77,9 +77,9 @@ def one_column(column: pa.ChunkedArray, name: str) -> ItemRows:
 
 
 def several_columns(table: pa.Table, columns: Sequence[str]) -> ItemRows:
-    """Give the items "column=value" of several columns; a true truth value is the item "column".
+    """Return the items "column=value" of several columns.
 
-    A cell without value is no item.
+    In a column of booleans, True is the item "column". A cell without a value gives no item.
     """
     parts: list[CodeArray] = []
     parents: list[np.ndarray[tuple[int], np.dtype[np.int64]]] = []
@@ -118,13 +118,13 @@ def _one_list_array(column: pa.ChunkedArray) -> pa.Array:
     kind = column.type
     if column.num_chunks == 1 and (pa.types.is_list(kind) or pa.types.is_large_list(kind)):
         return column.chunk(0)
-    # Chunks put together may have more values than offsets of 32 bits count.
+    # Combined chunks may have more values than 32-bit offsets can count.
     combined = column.cast(pa.large_list(kind.value_type)).combine_chunks()
     return combined if isinstance(combined, pa.Array) else pa.concat_arrays(combined.chunks)
 
 
 def _coded(column: pa.ChunkedArray, name: str) -> tuple[CodeArray, pa.Array]:
-    """Number the items of a plain column without missing ones, and name them."""
+    """Encode the items of a plain column without missing values; also return their names."""
     if pa.types.is_null(column.type):
         return np.empty(0, np.uint32), pa.array([], pa.large_string())
     require_names(column.type, name)
@@ -133,7 +133,7 @@ def _coded(column: pa.ChunkedArray, name: str) -> tuple[CodeArray, pa.Array]:
 
 
 def _named(codes: CodeArray, names: pa.Array) -> tuple[CodeArray, pa.Array]:
-    """Give each name once: values that differ may be the same text."""
+    """Make the names distinct: different values may have the same text."""
     again = encode(pa.chunked_array([names]))
     if len(again.values) == len(names):
         return codes, names
@@ -156,5 +156,5 @@ def _with_empty_rows(
 def engine_names(
     names: pa.Array,
 ) -> tuple[np.ndarray[tuple[int], np.dtype[np.int64]], np.ndarray[tuple[int], np.dtype[np.uint8]]]:
-    """Give names in the form in which the engine takes them."""
+    """Return names as the engine takes them: offsets and bytes."""
     return string_buffers(as_names(names))

@@ -1,4 +1,4 @@
-"""Names of items, and patterns of them."""
+"""Matches names of items against patterns."""
 
 from __future__ import annotations
 
@@ -15,15 +15,16 @@ Mask = np.ndarray[Any, np.dtype[np.bool_]]
 
 
 def matching(names: Sequence[str], patterns: Sequence[str] | str | None, side: str) -> Mask:
-    """Tell which of the names match one of the patterns; None matches all.
+    """Return which of the names match one of the patterns; None matches all.
 
-    A name matches itself, whatever signs it has, and a pattern as in file names: `*` is any text,
-    `?` any sign, `[ab]` one of these.
+    A pattern that equals a name matches that name only, whatever characters it has. Any other
+    pattern is read like a file name pattern: `*` stands for any text, `?` for any character and
+    `[ab]` for one of those listed.
 
     Raises
     ------
     DataError
-        For a pattern that no name matches.
+        For a pattern that no name matches. `side` names the argument in the message.
     """
     if patterns is None:
         return np.ones(len(names), bool)

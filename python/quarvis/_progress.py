@@ -1,4 +1,4 @@
-"""What tells how far a run is."""
+"""Reports the progress of a run."""
 
 from __future__ import annotations
 
@@ -11,7 +11,7 @@ Progress = bool | Callable[[str, int, int], object]
 
 
 def progress_of(progress: Progress) -> Callable[[str, int, int], object] | None:
-    """Give what the engine is to call; True prints to standard error."""
+    """Return the callable that the engine calls; for True, one that prints to standard error."""
     if isinstance(progress, bool):
         return _print_progress if progress else None
     if not callable(progress):

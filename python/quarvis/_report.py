@@ -1,4 +1,4 @@
-"""What is told of data that were read."""
+"""The report about the data that were read."""
 
 from __future__ import annotations
 
@@ -24,23 +24,25 @@ class Report:
     Attributes
     ----------
     rows : int
-        Rows of the input that were read, without those that were dropped.
+        The number of input rows that were read, without those that were dropped.
     entities : int
-        Histories.
+        The number of histories.
     transactions : int
-        Distinct pairs of entity and time.
+        The number of distinct pairs of entity and time.
     items : int
-        Distinct items.
+        The number of distinct items.
     first, last : object
-        The least and the greatest time, as the column has them; None without times.
+        The earliest and the latest time, in the type of the column; None without times.
     unit : str
-        What the times count: "days", "seconds", ..., "numbers" for integers, "none".
+        The unit of the times: "days", "seconds" and so on; "numbers" for integers, "none" without
+        times.
     dropped : dict of str to int
-        By column: the rows that lacked its value; a row may lack several.
+        For each column, the number of rows dropped because they lack its value. A row that lacks
+        several values counts for each.
     left_out : int
-        Rows of the file that ``where=...`` does not choose.
+        The number of rows of the file that ``where=...`` excludes.
     remarks : tuple of str
-        What looks wrong, a sentence each.
+        One sentence for each thing that looks wrong.
     """
 
     rows: int
@@ -84,7 +86,7 @@ class Report:
 
 
 def looks_wrong(columns: Columns) -> list[str]:
-    """Tell what of the data looks other than meant."""
+    """Return a sentence for each thing in the data that may not be intended."""
     remarks = []
     entities = len(columns.entities.values)
     if columns.scale.type is not None and entities > 0:
@@ -113,7 +115,7 @@ def _with_several_times(columns: Columns) -> int:
 
 
 def _alike(names: pa.Array) -> list[list[str]]:
-    """Give groups of names that are the same but for case and blanks."""
+    """Return groups of names that differ only in case and blanks."""
     plain = pc.utf8_trim_whitespace(pc.utf8_lower(names))
     plain = pc.replace_substring_regex(plain, r"\s+", " ")
     groups = encode(pa.chunked_array([plain])).codes

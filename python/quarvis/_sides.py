@@ -1,4 +1,4 @@
-"""Runs that look only for rules with certain items on a side."""
+"""Runs that find only rules with certain items on a side."""
 
 from __future__ import annotations
 
@@ -13,7 +13,7 @@ from quarvis.mined import Mined, Run
 
 
 class Sides:
-    """What the sides of the rules must match; without patterns, all rules."""
+    """The patterns that both sides of a rule must match; None for a side allows every item."""
 
     def __init__(
         self, antecedents: Sequence[str] | str | None, consequents: Sequence[str] | str | None
@@ -22,17 +22,18 @@ class Sides:
         self.consequents = consequents
 
     def mine(self, run: Run, watch: _engine.Watch) -> Mined:
-        """Mine the histories of the run for these rules."""
+        """Mine the histories of the run for the rules whose sides match."""
         if self.antecedents is None and self.consequents is None:
             index = run.histories._index_of(run.options.min_count, watch)
             return Mined(run, _find(run, index, run.thresholds, watch))
         return self._mine_some(run, watch)
 
     def _mine_some(self, run: Run, watch: _engine.Watch) -> Mined:
-        """Search only the items that match, in the histories that have some for both sides.
+        """Search only matching items, only in histories with a matching item for each side.
 
-        A set with items for both sides is in no other history, so its count is right. Those of the
-        sides are counted afterwards in all histories, and only then come the thresholds.
+        A set with items for both sides cannot occur in any other history, so its count is exact.
+        The counts of the sides are then taken from all histories, and the thresholds are applied
+        last.
         """
         columns = run.histories._columns
         names = columns.item_names.to_pylist()
@@ -65,7 +66,7 @@ class Sides:
 def _find(
     run: Run, index: _engine.Index, thresholds: tuple[float, float, float], watch: _engine.Watch
 ) -> _engine.Found:
-    """Mine the index, or make the rules of its item sets if there are no times."""
+    """Mine the index; without times, derive the rules from the item sets alone."""
     confidence, lift, conviction = thresholds
     if not run.wants_rules:
         return _engine.mine_item_sets(index, run.options, watch)

@@ -1,4 +1,4 @@
-"""Times as the engine counts them: whole numbers from the first time on."""
+"""Times as the engine counts them: whole numbers, starting from 0 at the first time."""
 
 from __future__ import annotations
 
@@ -32,17 +32,17 @@ _LARGEST = 2**64 - 1
 
 @dataclass(frozen=True)
 class TimeScale:
-    """How the times of a column and those of the engine belong together.
+    """The conversion between the times of a column and those of the engine.
 
-    An engine time of `t` is the value `origin + t * step` of the column, whose numbers are units
-    of `nanoseconds`, or of something that the caller knows.
+    An engine time of `t` is the column's value `origin + t * step`. A unit of the column is
+    `nanoseconds` long; None means integers in a unit that only the caller knows.
     """
 
-    type: pa.DataType | None  #: Of the column; None without times.
+    type: pa.DataType | None  #: The type of the column; None without times.
     origin: int = 0
     step: int = 1
     nanoseconds: int | None = None
-    last: int = 0  #: The greatest time of the engine.
+    last: int = 0  #: The greatest engine time.
 
     @property
     def unit(self) -> str:
@@ -53,10 +53,10 @@ class TimeScale:
         return "numbers" if self.nanoseconds is None else _UNIT_NAMES[self.nanoseconds * step]
 
     def window(self, window: Window) -> int:
-        """Give a window in the unit of the engine, where 0 is the whole past.
+        """Return a window in the unit of the engine; 0 means the whole past.
 
-        Elapsed times are compared exactly: a window that is no whole number of units is cut to
-        one, which no two times can tell from it.
+        A window that is not a whole number of units is rounded down. That changes nothing, since
+        the difference of two times is always a whole number of units.
         """
         if window is None:
             return 0
@@ -74,7 +74,7 @@ class TimeScale:
         return min(units, _LARGEST)
 
     def decode(self, times: np.ndarray[Any, Any], missing: np.ndarray[Any, Any]) -> pa.Array:
-        """Give times of the engine as values of the column's type; null where `missing`."""
+        """Return engine times as values of the column's type; null where `missing`."""
         assert self.type is not None
         numbers = times * np.uint64(self.step) + np.uint64(self.origin % 2**64)
         if pa.types.is_unsigned_integer(self.type):
@@ -85,7 +85,7 @@ class TimeScale:
         return signed.cast(self.type)
 
     def decode_lengths(self, lengths: np.ndarray[Any, Any], missing: np.ndarray[Any, Any]) -> Any:
-        """Give lengths of time: durations for dates and timestamps, else numbers."""
+        """Return lengths of time: durations for dates and timestamps, otherwise numbers."""
         if self.nanoseconds is None:
             return pa.array(lengths, pa.uint64(), mask=missing).cast(pa.int64())
         if self.type is not None and pa.types.is_date32(self.type):
@@ -96,11 +96,11 @@ class TimeScale:
         return pa.array(ticks, pa.int64(), mask=missing).cast(pa.duration(self.type.unit))
 
     def value(self, time: int) -> Any:
-        """Give a time of the engine as a Python object."""
+        """Return an engine time as a Python object."""
         return self.decode(np.array([time], np.uint64), np.array([False]))[0].as_py()
 
     def encode(self, value: Any) -> int:
-        """Give a point in time as a time of the engine, which may be negative."""
+        """Return a point in time as an engine time; negative before the first time."""
         assert self.type is not None
         scalar = pa.scalar(value, self.type)
         number = int(scalar.value if hasattr(scalar, "value") else scalar.as_py())
@@ -110,17 +110,17 @@ class TimeScale:
 def read_times(
     column: pa.ChunkedArray, name: str
 ) -> tuple[np.ndarray[Any, np.dtype[np.uint32 | np.uint64]], TimeScale]:
-    """Give the times of a column that lacks none, and their scale.
+    """Return the engine times of a column without missing values, and their scale.
 
     Raises
     ------
     DataError
-        For a column of another type than integers, dates and timestamps.
+        When the column does not have integers, dates or timestamps.
     """
     kind = column.type
     if pa.types.is_date64(kind):
         column, kind = column.cast(pa.date32()), pa.date32()
-    if pa.types.is_null(kind) and len(column) == 0:  # a header alone
+    if pa.types.is_null(kind) and len(column) == 0:  # the file has only a header
         column, kind = column.cast(pa.int64()), pa.int64()
     nanoseconds = None
     if pa.types.is_integer(kind):
@@ -200,7 +200,7 @@ def _nanoseconds(window: Window) -> int:
         nanoseconds = number * _WINDOW_UNITS[{"W": "w", "D": "d", "m": "min"}.get(unit, unit)]
     elif isinstance(window, datetime.timedelta):
         nanoseconds = (window.days * 86400 + window.seconds) * 10**9 + window.microseconds * 1000
-        nanoseconds += getattr(window, "nanoseconds", 0)  # of pandas
+        nanoseconds += getattr(window, "nanoseconds", 0)  # pandas only
     else:
         raise DataError(
             f"window={window!r}, but the times are dates: give a length of time such as '30d' or "
@@ -212,7 +212,7 @@ def _nanoseconds(window: Window) -> int:
 
 
 def missing_or_nan(column: pa.ChunkedArray) -> pa.ChunkedArray:
-    """Tell where a column lacks a value: nulls, NaN and empty text."""
+    """Return where a column lacks a value: null, NaN or empty text."""
     if pa.types.is_floating(column.type):
         return pc.is_null(column, nan_is_null=True)
     null = pc.is_null(column)

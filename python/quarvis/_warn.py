@@ -1,4 +1,4 @@
-"""Warnings that point at the caller's own line."""
+"""Warnings that point at the line of the user's code."""
 
 import inspect
 import os
@@ -10,7 +10,7 @@ _HERE = os.path.dirname(__file__) + os.sep
 
 
 def warn(message: str) -> None:
-    """Warn on behalf of the first caller outside the package."""
+    """Issue a warning at the first caller outside the package."""
     level = 1
     frame = inspect.currentframe()
     while frame is not None and frame.f_code.co_filename.startswith(_HERE):

@@ -1,4 +1,4 @@
-"""What a file would be read as, other than meant."""
+"""Checks files for content that is not read as intended."""
 
 from __future__ import annotations
 
@@ -19,24 +19,24 @@ _MARKS = {b"\xef\xbb\xbf": "UTF-8", b"\xff\xfe": "UTF-16", b"\xfe\xff": "UTF-16"
 
 
 def check(path: str | os.PathLike[str]) -> Findings:
-    """Tell what the command-line tool would read otherwise than meant.
+    """Report what the command-line tool would not read as intended.
 
-    A file with tabs is looked at as a transaction file, line by line: short rows, leading tabs,
-    times that are no plain numbers or too great, CR LF, quotes that swallow rows, bytes of 0xFF, a
-    second header, no header, empty lines, and items whose text is ambiguous in the tool's files. A
-    file of other delimited text is looked at by column instead: what `read_csv` and the report
-    would stumble on.
+    A file whose header has tabs is checked as a transaction file, line by line: for short rows,
+    leading tabs, times that are too great or not plain numbers, CR LF, quotes that swallow rows,
+    bytes of 0xFF, a missing or a second header, empty lines, and items whose text is ambiguous in
+    the tool's files. Other delimited text is checked by column instead, for problems with
+    `read_csv` and for what the report would list as wrong.
 
     Parameters
     ----------
     path : path
-        The file; it is read once, and not changed.
+        The file; it is read once and not changed.
 
     Returns
     -------
     Findings
-        True when there is any; it prints itself. Of each kind the first places are kept, with the
-        number of all.
+        True if anything was found; readable when printed. It keeps the first places of each kind
+        and the number of all.
 
     Raises
     ------
@@ -75,7 +75,7 @@ class _Rows:
     items: dict[bytes, tuple[int, int]] = field(default_factory=dict)
 
     def check(self) -> None:
-        """Look at every line."""
+        """Check every line."""
         lines = self.data.split(b"\n")
         ends_with_line_feed = lines[-1] == b""
         if ends_with_line_feed:
@@ -100,7 +100,7 @@ class _Rows:
             )
 
     def _lines(self, lines: list[bytes]) -> Iterator[tuple[int, bytes]]:
-        """Give the rows with the numbers of their first lines; a quote may go over several."""
+        """Yield each row as the number and text of its first line; a quote may span lines."""
         number = 2
         while number <= len(lines):
             line = lines[number - 1]
@@ -190,7 +190,10 @@ class _Rows:
 
 
 def _open_quote(line: bytes) -> tuple[int, bool]:
-    """Tell the column of a cell that begins with a quote and does not end in the line."""
+    """Find a cell whose quote is not closed in the line.
+
+    Returns the column of the cell, from 1, and whether there is one.
+    """
     begin = 0
     column = 1
     while begin <= len(line):
@@ -208,7 +211,7 @@ def _open_quote(line: bytes) -> tuple[int, bool]:
 
 
 def _read_time(cell: bytes) -> int:
-    """Give what the tool reads of a cell: a sign and the digits that follow."""
+    """Return the time that the tool reads from a cell: a sign and the digits after it."""
     match = re.match(rb"([+-]?)([0-9]+)", cell)
     if not match:
         return 0

@@ -1,25 +1,25 @@
-"""What the package raises and warns of."""
+"""The errors and the warning of the package."""
 
 
 class QuarvisError(Exception):
-    """The base of the errors that this package raises by itself."""
+    """The base class of the errors that this package defines."""
 
 
 class DataError(QuarvisError, ValueError):
-    """Data or an argument that cannot be mined as it is; the message tells the remedy."""
+    """Data or an argument that cannot be used as it is; the message says how to fix it."""
 
 
 class BudgetExceeded(QuarvisError, RuntimeError):
-    """A run that came to the end of its budget.
+    """A run that exceeded its budget.
 
     Attributes
     ----------
     item_sets : tuple of int
-        How far the run came: the number of item sets that were found of each size, from one item
-        on. From two items on there may be more. Empty when the search had not begun.
+        The number of item sets found of each size, starting with one item. From two items on there
+        may be more than were found. Empty when the search had not begun.
     min_count : int or None
-        A least count to try next: the least one that at most half of these sets have. None when
-        there are none.
+        A minimum count to try next: the smallest one that at most half of these sets reach. None
+        when no set was found.
     """
 
     def __init__(self, message: str, item_sets: tuple[int, ...], min_count: int | None) -> None:
@@ -32,4 +32,4 @@ class BudgetExceeded(QuarvisError, RuntimeError):
 
 
 class QuarvisWarning(UserWarning):
-    """Data that look other than meant."""
+    """Data that may not be what was intended."""

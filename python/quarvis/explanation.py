@@ -1,4 +1,4 @@
-"""Why a rule counts where it does, and not elsewhere."""
+"""Explains in which histories a rule counts, and why not in the others."""
 
 from __future__ import annotations
 
@@ -17,7 +17,7 @@ from quarvis.errors import DataError
 if TYPE_CHECKING:
     from quarvis.mined import Run
 
-#: Why a history that holds all items does not count, by the engine's number.
+#: The reasons why a history with all items does not count, by the engine's number.
 REASONS = (
     "consequents apart",
     "other order",
@@ -30,23 +30,32 @@ REASONS = (
 
 @dataclass(frozen=True)
 class Explanation:
-    """How each history that holds all items of a rule counts for it.
+    """For each history with all items of a rule: whether the rule counts there, and why not.
 
     Attributes
     ----------
     antecedents, consequents : list of str
         The rule.
     count, reverse_count : int
-        The histories in which it counts, and in which "consequents => antecedents" does.
+        The number of histories in which the rule counts, and in which the reverse rule
+        "consequents => antecedents" counts.
     histories : frame
-        A row for each history that holds all items: `entity`; `counts`; where it does, the
-        `antecedent_time` at which the last antecedent had occurred, the `consequent_time` of the
-        first transaction that counts, and the `lag` between them; where it does not, the `reason`:
-        no transaction has all consequents ("consequents apart"); where they are, some antecedent
-        comes only later ("other order") or at that very time ("same time"); all had occurred
-        before, but not within the window ("too late"); a consequent occurred within the window
-        before ("not new"); or the transaction has all antecedents, too ("antecedents present"). It
-        is the test that fails in the transaction that passes the most of them, in this order.
+        A row for each history with all items of the rule. `entity` names it, and `counts` tells
+        whether the rule counts there. If it does, `consequent_time` is the time of the first
+        transaction that counts, `antecedent_time` the time at which the last antecedent had
+        occurred, and `lag` the time between the two. If it does not, `reason` is one of:
+
+        - "consequents apart": no transaction has all consequents;
+        - "other order": some antecedent occurs only after the consequents;
+        - "same time": some antecedent occurs only together with the consequents, not before;
+        - "too late": all antecedents occurred before, but not within the window;
+        - "not new": a consequent had already occurred within the window;
+        - "antecedents present": the transaction also has all antecedents.
+
+        A transaction is tested in this order, and the reason is the first test that it fails. Of
+        all transactions, the one that passes the most tests decides.
+    reasons : dict of str to int
+        The number of histories for each reason.
     """
 
     antecedents: list[str]
@@ -68,7 +77,7 @@ def _side(items: list[str]) -> str:
 
 
 def sides_of(rule: Any) -> tuple[list[str], list[str]]:
-    """Give both sides of a rule: a pair of item lists, or a row of a frame of rules."""
+    """Return both sides of a rule, given as a pair of item lists or as a row of a frame."""
     if isinstance(rule, Mapping) or hasattr(rule, "keys"):
         sides = (rule["antecedents"], rule["consequents"])
     elif hasattr(rule, "antecedents"):
@@ -89,7 +98,7 @@ def sides_of(rule: Any) -> tuple[list[str], list[str]]:
 
 
 def ranks_of(index: _engine.Index, sides: tuple[list[str], list[str]]) -> list[Any] | None:
-    """Give the ranks of both sides, or None when the index lacks an item."""
+    """Return the ranks of both sides in the index, or None when the index lacks an item."""
     names = names_of(*index.names())
     found = []
     for side in sides:
@@ -107,7 +116,7 @@ def explain(run: Run, index: _engine.Index, rule: Any) -> Explanation:
     sides = sides_of(rule)
     ranks = ranks_of(index, sides)
     if ranks is None:
-        # Some item is not frequent; the index of all has it, if anything does.
+        # Some item is not frequent; the index with a least count of 1 has every item.
         index = run.histories._rows.index(1, _engine.Watch())
         ranks = ranks_of(index, sides)
     if ranks is None:

@@ -27,57 +27,61 @@ class Columns:
     """Rows of one item each, as numbers, and what the numbers mean."""
 
     entities: Codes
-    times: Any  #: numpy.uint32 or numpy.uint64.
+    times: Any  #: An array of numpy.uint32 or numpy.uint64.
     scale: TimeScale
     items: CodeArray
-    item_names: pa.Array  #: For people; the engine has the bytes.
+    item_names: pa.Array  #: Valid UTF-8 for display; `engine_names` has the original bytes.
     engine_names: tuple[Any, Any]
-    rows: int  #: Of the input, without those that were dropped.
+    rows: int  #: The number of input rows, without those that were dropped.
     dropped: dict[str, int]
-    kind: str  #: The library that results are given in.
+    kind: str  #: The library whose frames results are returned as.
 
 
 class Histories:
-    """The histories of a table: for each entity, its items at its points in time.
+    """The histories of a table: the items of each entity at each point in time.
 
-    Rows of one entity and time are one transaction. Rows come in any order and may repeat.
+    Rows of the same entity and time form one transaction. Rows may come in any order and may
+    repeat.
 
     Parameters
     ----------
     data : frame
-        A frame of pandas, Polars, PyArrow, DuckDB, Modin, or anything that narwhals knows or that
-        has the Arrow PyCapsule interface.
+        A frame of pandas, Polars, PyArrow, DuckDB or Modin, or any object that narwhals supports or
+        that has the Arrow PyCapsule interface.
     entity : str or None
-        The column that names whose history a row belongs to: text, integers, dates. None when
-        each row is a history of its own, as in a table of baskets.
+        The column of the entities: text, integers or dates. None if each row is a history of its
+        own, as in a table of baskets.
     time : str or None
-        The column of the times: dates, timestamps with or without zone, integers in any unit. None
-        when there are none: then rules have no order (plain baskets).
+        The column of the times: dates, timestamps with or without a time zone, or integers in any
+        unit. None if there are no times; rules then have no order (plain baskets).
     items : str or sequence of str
-        The column of the items: one item a row, or a list of them; or several columns, each cell
-        of which is the item "column=value". In a column of truth values a true one is the item
-        "column". A cell of several columns without value is no item.
+        One column with an item or a list of items in each row; or several columns, in which a cell
+        is the item "column=value". In a column of booleans, True is the item "column". With several
+        columns, a cell without a value gives no item.
     missing : {"error", "drop"}
-        What happens with rows that lack an entity, a time or an item; a null, NaN and an empty
-        text are no value. "drop" leaves them out and counts them in the report.
+        What to do with rows that lack an entity, a time or an item. Null, NaN and empty text count
+        as missing. "error" raises `DataError`; "drop" leaves the rows out and counts them in the
+        report.
 
     Raises
     ------
     DataError
-        For data that cannot be mined as they are. The message tells the remedy.
+        When the data cannot be mined as they are. The message says how to fix it.
     TypeError
-        When `data` is no frame.
+        When `data` is not a frame.
 
     Warns
     -----
     QuarvisWarning
-        When a third of the entities have one time only, or names differ only in case or blanks.
+        When a third of the entities or more have only one time, or when names differ only in case
+        or blanks.
 
     Notes
     -----
-    Nothing is rounded: floating-point times are refused, as are texts. Timestamps with a zone are
-    points in time, so a day is 24 hours whatever the clocks do; those without are taken as they
-    stand. The histories keep 12 or 16 bytes a row and the names, not the frame.
+    Nothing is rounded: times given as floating-point numbers or as text are refused. Timestamps
+    with a time zone are points in time, so a day is always 24 hours, even when clocks change.
+    Timestamps without a zone are used as they are. The histories keep 12 or 16 bytes per row and
+    the names, but not the frame.
     """
 
     def __init__(
@@ -125,12 +129,12 @@ class Histories:
     def _index_of(self, min_count: int, watch: _engine.Watch) -> _engine.Index:
         known = self._index
         if known is None or known[0] != min_count:
-            self._index = known = None  # two at once may need too much memory
+            self._index = known = None  # frees the old index before the new one is built
             self._index = known = (min_count, self._rows.index(min_count, watch))
         return known[1]
 
     def __len__(self) -> int:
-        """The number of histories."""
+        """Return the number of histories."""
         return len(self._columns.entities.values)
 
     def __repr__(self) -> str:
@@ -140,12 +144,12 @@ class Histories:
         return self.report()._repr_html_()
 
     def report(self) -> Report:
-        """Tell what was read, what was dropped, and what looks wrong.
+        """Report what was read, what was dropped and what looks wrong.
 
         Returns
         -------
         Report
-            It prints itself; its attributes have the numbers.
+            Readable when printed; the numbers are its attributes.
         """
         columns = self._columns
         scale = columns.scale
@@ -170,12 +174,17 @@ class Histories:
 
 
 def from_baskets(baskets: Iterable[Iterable[str]]) -> Histories:
-    """Give histories of one basket each, without times.
+    """Make one history from each basket, without times.
 
     Parameters
     ----------
     baskets : iterable of iterables of str
-        The items of each basket; an item may come twice, and a basket may be empty.
+        The items of each basket. An item may occur twice, and a basket may be empty.
+
+    Returns
+    -------
+    Histories
+        Its frames of results are PyArrow tables.
     """
     lists = pa.array((list(basket) for basket in baskets), pa.large_list(pa.large_string()))
     return Histories(pa.table({"items": lists}), entity=None, time=None, items="items")
@@ -213,7 +222,8 @@ def _read_columns(
         entities, times, scale, rows.codes, rows.names, engine_names(rows.names), table.num_rows,
         dropped, kind,
     )
-    # The allocator keeps the room of the columns that led here, up to several times what is left.
+    # The allocator still holds the memory of intermediate columns, which may be several times as
+    # much as the result needs.
     pa.default_memory_pool().release_unused()
     return columns
 
@@ -221,7 +231,7 @@ def _read_columns(
 def _without_missing(
     table: pa.Table, entity: str | None, time: str | None, items: str | None, missing: Missing
 ) -> tuple[pa.Table, dict[str, int]]:
-    """Give the rows that lack nothing, and how many lack a value of each column."""
+    """Return the complete rows, and for each column the number of rows that lack its value."""
     lacking = np.zeros(table.num_rows, bool)
     dropped: dict[str, int] = {}
     for role, name in (("entity", entity), ("time", time), ("item", items)):

@@ -1,9 +1,10 @@
-"""Measures of the field, for all rules at once.
+"""Measures of interest from the literature, computed for all rules at once.
 
-Every measure rests on the four counts n, a, s and u: of all histories, of those with the antecedent
-A, with the consequent S, and with both, at whatever times; P(X) is the share of a count in n. Those
-whose name begins with ``ordered`` rest on the count in order instead of u. Where a divisor is zero,
-the value is what IEEE 754 makes of it: infinite, or NaN for 0/0.
+A measure is a function of four numbers of histories: n of all histories, a of those that hold all
+antecedents A, s of those that hold all consequents S, and u of those that hold both, at any times.
+P(X) is the corresponding number divided by n. Measures whose name begins with ``ordered`` use the
+count in order, `count`, instead of u. Division by zero follows IEEE 754: the value is infinite, or
+NaN for 0/0.
 
 >>> quarvis.measures.compute(mined, ["leverage", "zhang", "fisher"])
 >>> print(quarvis.measures.MEASURES["zhang"])
@@ -28,18 +29,18 @@ Values = np.ndarray[Any, np.dtype[np.float64]]
 
 @dataclass(frozen=True)
 class Counts:
-    """The counts of rules, as floating-point numbers: of histories, one for each rule."""
+    """Numbers of histories as floating-point numbers; each array has one value per rule."""
 
-    n: float  #: All histories.
-    a: Values  #: Those that hold the antecedent,
-    s: Values  #: the consequent,
-    u: Values  #: and both.
-    ordered: Values | None  #: Those that the rule counts in, in order; None without times.
+    n: float  #: The number of all histories.
+    a: Values  #: The histories that hold all antecedents.
+    s: Values  #: The histories that hold all consequents.
+    u: Values  #: The histories that hold both.
+    ordered: Values | None  #: The histories that the rule counts in; None without times.
 
 
 @dataclass(frozen=True)
 class Measure:
-    """A measure: what it is called, how it is made, and where it is from."""
+    """A measure: its name, formula, range, source in the literature, and function."""
 
     name: str
     formula: str
@@ -49,7 +50,7 @@ class Measure:
 
     @property
     def rests_on(self) -> str:
-        """Which count of both sides the measure rests on: "union" or "ordered"."""
+        """The count of both sides that the measure uses: "union" for u, or "ordered"."""
         return "ordered" if self.name.startswith("ordered") else "union"
 
     def __str__(self) -> str:
@@ -64,19 +65,24 @@ MEASURES: dict[str, Measure] = {}
 
 
 def compute(mined: Mined, names: Sequence[str] | str | None = None) -> Any:
-    """Give measures of all rules, in the order of the rules.
+    """Compute measures of all rules, in the order of the rules.
 
     Parameters
     ----------
     mined : Mined
         The rules.
-    names : sequence of str, optional
-        Of `MEASURES`; by default all that the histories allow.
+    names : str or sequence of str, optional
+        Names in `MEASURES`; by default all, or without times those that need no order.
 
     Returns
     -------
     frame
-        A column for each measure, in the library of the input.
+        A column for each measure, as a frame of the library of the input.
+
+    Raises
+    ------
+    DataError
+        For an unknown name, or a measure that needs the order of times when there are none.
     """
     import pyarrow as pa
 
@@ -87,7 +93,7 @@ def compute(mined: Mined, names: Sequence[str] | str | None = None) -> Any:
 
 
 def arrays(counts: Counts, names: Sequence[str] | str | None = None) -> dict[str, Values]:
-    """Give measures of counts as arrays, by name."""
+    """Return measures as arrays by name; for the parameters and errors see `compute`."""
     if names is None:
         wanted = [m.name for m in MEASURES.values()
                   if counts.ordered is not None or m.rests_on == "union"]
@@ -103,7 +109,7 @@ def arrays(counts: Counts, names: Sequence[str] | str | None = None) -> dict[str
 
 
 def holm(p: Values) -> Values:
-    """Correct p-values for the share of false finds of any kind (Holm 1979)."""
+    """Return p-values corrected for the family-wise error rate (Holm 1979)."""
     order = np.argsort(p, kind="stable")
     factors = np.arange(len(p), 0, -1)
     corrected = np.minimum(np.maximum.accumulate(p[order] * factors), 1.0)
@@ -113,9 +119,10 @@ def holm(p: Values) -> Values:
 
 
 def benjamini_hochberg(p: Values, tests: int | None = None) -> Values:
-    """Correct p-values for the expected share of false ones among the finds (1995).
+    """Return p-values corrected for the false discovery rate (Benjamini, Hochberg 1995).
 
-    `tests` is the number of all tests where those not given have a p-value of 1.
+    `tests` is the number of all tests, by default that of `p`. Tests that are not in `p` count as
+    having a p-value of 1.
     """
     total = len(p) if tests is None else tests
     order = np.argsort(p, kind="stable")
@@ -141,7 +148,7 @@ def _share(part: Values, of: Values | float) -> Values:
 
 
 def _entropy_term(p: Values, q: Values) -> Values:
-    """P log2(p / q), which is 0 where p is."""
+    """Return p log2(p / q), which is 0 where p is 0."""
     return np.where(p == 0, 0.0, p * np.log2(np.where(p == 0, 1.0, p) / q))
 
 

@@ -1,4 +1,4 @@
-"""What a run found, and what can be asked of it."""
+"""The results of a run: rules, item sets, and questions about them."""
 
 from __future__ import annotations
 
@@ -34,7 +34,7 @@ Places = np.ndarray[Any, np.dtype[np.int64]]
 
 @dataclass(frozen=True)
 class Run:
-    """What was mined, and how."""
+    """The histories and the settings of a run."""
 
     histories: Histories
     options: _engine.Options
@@ -45,15 +45,15 @@ class Run:
 
     @property
     def has_times(self) -> bool:
-        """Whether rules have an order."""
+        """Whether the histories have times, so that rules have an order."""
         return self.histories._columns.scale.type is not None
 
 
 class Mined:
-    """The rules and the item sets of a run; made by `mine`.
+    """The rules and the item sets of a run; returned by `mine`.
 
-    Selections such as `filter` and `top` give another `Mined` with some of the rules, so that they
-    can be chained. Frames are those of the library of the input; for files they are PyArrow tables.
+    Selections such as `filter` and `top` return another `Mined` with some of the rules, so they can
+    be chained. Frames belong to the library of the input; for files they are PyArrow tables.
     """
 
     def __init__(self, run: Run, found: _engine.Found, places: Places | None = None) -> None:
@@ -61,23 +61,25 @@ class Mined:
         self._found = found
         self._places = np.arange(found.rule_count) if places is None else places
 
-    # What was found.
+    # Results.
 
     @cached_property
     def rules(self) -> Any:
         """The rules as a frame, in the order of the tool's rules file unless `top` ordered them.
 
-        `antecedents` and `consequents` are lists of items. Counts are numbers of histories, and
-        n(X) is the number of those that hold all of X at whatever times:
+        `antecedents` and `consequents` are lists of items. All counts are numbers of histories.
+        A is the set of antecedents, S that of consequents, N the number of all histories, and n(X)
+        the number of histories that hold all items of X, at any times.
 
-        - `count`: those in which the consequents newly follow the antecedents within the window;
-          `ordered_support`, `ordered_confidence` and `ordered_lift` are count / N,
-          count / n(A) and N count / (n(A) n(S));
-        - `support`, n(A u S) / N; `confidence`; `lift`; `conviction`; `reverse_confidence`,
-          n(A u S) / n(S); `certainty_odds`, n(A u S) / (n(S) - n(A u S));
-        - `union_count`, `antecedent_count` and `consequent_count`: n(A u S), n(A) and n(S).
+        - `count` is the number of histories in which the consequents newly follow the antecedents
+          within the window. `ordered_support`, `ordered_confidence` and `ordered_lift` are
+          count / N, count / n(A) and N count / (n(A) n(S)).
+        - `support` is n(A u S) / N, `confidence` n(A u S) / n(A), `lift` N n(A u S) / (n(A) n(S))
+          and `conviction` (1 - n(S) / N) / (1 - confidence); `reverse_confidence` is
+          n(A u S) / n(S), and `certainty_odds` n(A u S) / (n(S) - n(A u S)).
+        - `union_count`, `antecedent_count` and `consequent_count` are n(A u S), n(A) and n(S).
 
-        Without times there is no order, and the columns that need it are left out.
+        Without times, the columns of the first group are left out.
         """
         return self._run.histories._frame(self.to_arrow())
 
@@ -85,20 +87,21 @@ class Mined:
     def item_sets(self) -> Any:
         """All frequent item sets as a frame, in the order of the tool's item-set file.
 
-        `items` is a list, `count` the number of histories that hold them, `support` its share.
+        `items` is a list of items, `count` the number of histories that hold all of them, and
+        `support` that number as a share of all histories.
         """
         return self._run.histories._frame(self._item_set_table)
 
     def to_arrow(self) -> pa.Table:
-        """Give the rules as a PyArrow table, whatever the library of the input."""
+        """Return the rules as a PyArrow table, whatever the library of the input."""
         return self._table
 
     def __len__(self) -> int:
-        """The number of rules."""
+        """Return the number of rules."""
         return len(self._places)
 
     def summary(self) -> str:
-        """Tell in a few lines what was mined and found."""
+        """Return a few lines about the settings and the results."""
         options = self._run.options
         sizes = self._found.set_counts()
         lines = [
@@ -131,7 +134,7 @@ class Mined:
             f"<table><tr>{head}</tr>{body}</table>"
         )
 
-    # Selections, which give a run with some of the rules.
+    # Selections: results with some of the rules.
 
     def filter(
         self,
@@ -141,17 +144,27 @@ class Mined:
         contains: Sequence[str] | str | None = None,
         **bounds: float,
     ) -> Mined:
-        """Give the rules that pass.
+        """Select the rules that pass all given conditions.
 
         Parameters
         ----------
         antecedents, consequents : str or sequence of str, optional
-            Names or patterns of items; every item of that side must match one.
+            Names or patterns of items. Every item of that side must match one of them.
         contains : str or sequence of str, optional
-            Names or patterns of items; some item of either side must match one.
+            Names or patterns of items. At least one item of the rule must match one of them.
         **bounds : float
-            `min_` or `max_` and the name of a column or of a measure, such as ``min_lift=2`` or
-            ``max_fisher_holm=0.05``; inclusive, and a NaN passes none.
+            `min_` or `max_` followed by the name of a column or measure, such as ``min_lift=2`` or
+            ``max_fisher_holm=0.05``. Bounds are inclusive, and a NaN fails.
+
+        Returns
+        -------
+        Mined
+            The selected rules.
+
+        Raises
+        ------
+        DataError
+            For an unknown column or measure, and for a pattern that matches no item.
         """
         keep = np.ones(self._found.rule_count, bool)
         for bound, value in bounds.items():
@@ -171,9 +184,10 @@ class Mined:
         return self._selected(self._places[keep[self._places]])
 
     def top(self, n: int, by: str = "lift", *, ascending: bool = False) -> Mined:
-        """Give the first `n` rules by a column or a measure, the greatest values first.
+        """Select the `n` rules with the greatest values of a column or measure, greatest first.
 
-        Rules of equal values keep their order; a NaN comes last.
+        With `ascending`, the least values come first. Rules with equal values keep their order; a
+        NaN comes last.
         """
         n = whole_number("n", n, 0)
         values = self._values(by)[self._places]
@@ -181,58 +195,71 @@ class Mined:
         return self._selected(self._places[order[:n]])
 
     def non_redundant(self, by: str = "confidence") -> Mined:
-        """Leave out rules that a more general one makes superfluous.
+        """Leave out rules that a more general rule makes redundant.
 
-        A rule is left out when these rules have another one with the same consequents, whose
-        antecedents are some, but not all, of its own, and whose value of `by` (a column or a
-        measure, greater is better) is at least as great.
+        A rule is left out when these rules contain a second one with the same consequents, with
+        fewer antecedents that all belong to the first, and with a value of `by` at least as great.
+        `by` is a column or measure for which greater is better.
         """
         watch = _engine.Watch()
         marks = _engine.redundant(self._found, self._places, self._values(by), watch)
         return self._selected(self._places[marks == 0])
 
     def closed(self) -> Any:
-        """Give the item sets that no set found extends by an item with as many histories.
+        """Return the closed item sets: no set with one item more has the same count.
 
-        A frame like `item_sets`. With `max_items`, larger sets are not known and do not count.
+        A frame like `item_sets`. Only sets that were found are compared; with `max_items`, larger
+        sets are unknown.
         """
         return self._some_sets("not_closed")
 
     def maximal(self) -> Any:
-        """Give the item sets that no set found extends; a frame like `item_sets`."""
+        """Return the maximal item sets: no set found has one item more. Like `item_sets`."""
         return self._some_sets("not_maximal")
 
     # Questions.
 
     def explain(self, rule: Any) -> Explanation:
-        """Tell how each history with all items of a rule counts for it, or why it does not.
+        """Explain in which of the histories with all items of a rule it counts, and why not else.
 
         Parameters
         ----------
         rule : pair of item lists, or row
-            ``(["bread"], ["butter"])``, or a row of a frame of rules: a dictionary, a Series, a
-            named tuple. The rule need not have been found.
+            For example ``(["bread"], ["butter"])``; or a row of a frame of rules, as a dictionary,
+            a Series or a named tuple. The rule need not have been found.
 
         Raises
         ------
         DataError
-            For what is no rule, for items that nobody has, and without times.
+            When `rule` is not a rule, when no history has one of its items, or when the histories
+            have no times.
         """
         return explain(self._run, self._found.index, rule)
 
     def lags(self, *, threads: int | None = None) -> Any:
-        """Tell how long the consequents take to follow, for every rule at once.
+        """Return, for every rule, how long the consequents take to follow.
 
-        The lag of a history is the time of the first transaction in which the rule counts less the
-        time at which the last antecedent had occurred before.
+        The lag in a history is the time of the first transaction that counts for the rule, minus
+        the time of the last antecedent before it.
+
+        Parameters
+        ----------
+        threads : int, optional
+            As for `mine`; by default the number of the run.
 
         Returns
         -------
         frame
-            A row for each rule: `antecedents`, `consequents`, `count`; `least`, `median` and
-            `percentile_90`, the least lags that half and nine tenths of the histories do not
-            exceed, `greatest`, and `reverse_count`, the count of the rule with its sides exchanged.
-            Lags are durations, or numbers in the unit of integer times.
+            A row for each rule, in the order of `rules`: `antecedents`, `consequents` and `count`;
+            the lags `least`, `median`, `percentile_90` and `greatest`; and `reverse_count`, the
+            count of the rule with its sides exchanged. `median` and `percentile_90` are the least
+            lags that half and nine tenths of the histories do not exceed. Lags are durations, or
+            numbers in the unit of integer times.
+
+        Raises
+        ------
+        DataError
+            When the histories have no times.
         """
         if not self._run.has_times:
             raise DataError("nothing follows anything here: these histories have no times")
@@ -251,9 +278,9 @@ class Mined:
         return self._run.histories._frame(table)
 
     def measures(self, *names: str) -> Any:
-        """Give the rules with further measures as columns; without names all of them.
+        """Return the rules with further measures as columns; without names, with all of them.
 
-        See `quarvis.measures` for what there is.
+        `quarvis.measures.MEASURES` lists the measures.
         """
         table = self._table
         for name, values in arrays(self._counts, names or None).items():
@@ -265,37 +292,47 @@ class Mined:
         self, *, permutations: int = 999, seed: int = 0, threads: int | None = None,
         progress: Progress = False,
     ) -> Any:
-        """Test whether the consequents follow more often than order by chance explains.
+        """Test whether the consequents follow more often than a random order would explain.
 
-        The times are permuted among the transactions of each history, each order equally likely,
-        and the rules recounted. What goes together stays as it is; only the order is lost.
+        The times are permuted among the transactions of each history, each permutation equally
+        likely, and the rules are counted again. Items that occur together still do; only their
+        order is random.
 
         Parameters
         ----------
         permutations : int
-            How many; the least p-value is 1 / (permutations + 1).
+            The number of permutations. The least possible p-value is 1 / (permutations + 1).
         seed : int
-            Of the draws, from 0 to 2^64 - 1. The same seed gives the same result, with any number
-            of threads.
+            The seed of the random permutations, from 0 to 2^64 - 1. The same seed gives the same
+            result, with any number of threads.
         threads, progress
             As for `mine`.
 
         Returns
         -------
         frame
-            A row for each rule: `antecedents`, `consequents`, `count`; `expected`, its mean over
-            the data and all permutations, and `deviation`, the standard deviation; `p_value`, the
-            share of these in which the rule counts at least as often; `p_adjusted`, the share in
-            which any rule that can be proposed of the item sets stands out at least as far, which
-            bounds the chance of one false find or more among all of them (Westfall and Young 1993,
-            maximum statistic, single step); and `q_value`, `p_value` corrected for the share of
-            false finds (Benjamini and Hochberg 1995) over everything proposed.
+            A row for each rule: `antecedents`, `consequents`, `count`, and these columns, each over
+            the data and all permutations together:
+
+            - `expected`, the mean of the count, and `deviation`, its standard deviation;
+            - `p_value`, the share in which the rule counts at least as often as in the data;
+            - `p_adjusted`, the share in which any rule that can be proposed from the item sets
+              deviates at least as far. It bounds the probability of one or more false positives
+              among all these rules (Westfall and Young 1993, single-step maxT);
+            - `q_value`, `p_value` corrected for the false discovery rate over all proposed rules
+              (Benjamini and Hochberg 1995).
+
+        Raises
+        ------
+        DataError
+            When the histories have no times, and for an argument out of range.
 
         Notes
         -----
-        The statistic is the distance from the mean in standard deviations, for rules that have the
-        least count. Selections such as `filter` do not make the family smaller. It takes about as
-        long as counting the rules so many times.
+        The statistic is the distance of the count from its mean in standard deviations, for rules
+        that reach the least count, and otherwise 0. Selections such as `filter` do not reduce the
+        number of rules that `p_adjusted` and `q_value` correct for. The test takes about
+        `permutations` times as long as counting the rules.
         """
         if not self._run.has_times:
             raise DataError("nothing follows anything here: these histories have no times")
@@ -307,24 +344,30 @@ class Mined:
         return self._run.histories._frame(self._order_table(columns))
 
     def match(self, histories: Histories, *, now: Any = None) -> Any:
-        """Tell which rules are met in other histories: what may follow next, and for whom.
+        """Apply the rules to other histories: what may follow next, and for whom.
 
-        A rule is met when every antecedent occurred at `now` or before it, within the window, and
-        no consequent did.
+        A rule matches a history when every antecedent occurred at `now` or before, within the
+        window, and no consequent did.
 
         Parameters
         ----------
         histories : Histories
-            With times of the same kind as those that were mined.
+            Histories with times of the same kind as those that were mined.
         now : optional
-            A point in time, as the column of the times has them; by default the last one of
-            `histories`. Later rows do not count.
+            A point in time, in the type of the time column; by default the latest time of
+            `histories`. Later rows are ignored.
 
         Returns
         -------
         frame
-            `entity`, `antecedents`, `consequents`, `antecedent_time` at which the last antecedent
-            occurred, and `rule`, the place of the rule in `rules`; by entity and rule.
+            A row for each entity and rule that matches, in this order: `entity`; `antecedents`;
+            `consequents`; `antecedent_time`, the time of the last antecedent; and `rule`, the place
+            of the rule in `rules`, from 0.
+
+        Raises
+        ------
+        DataError
+            When either of the histories has no times.
         """
         columns = histories._columns
         scale = columns.scale
@@ -364,31 +407,37 @@ class Mined:
         histories: bool = True,
         names: bool = True,
     ) -> View:
-        """Make a page of the rules that opens anywhere: one file, nothing from a network.
+        """Make a page that shows the rules: one HTML file that loads nothing from a network.
 
-        It shows all rules in an overview and a table, tells each in plain words, and has lags and
-        the counts of the reverse rules.
+        The page shows all rules in an overview and a table, explains each in plain words, and gives
+        lags and the counts of the reverse rules.
 
         Parameters
         ----------
         title : str
-            Of the page.
+            The title of the page.
         noun, nouns, verb : str
-            The words of its sentences: one "customer", several "customers", who "bought".
+            The words of the sentences on the page: one "customer", several "customers", who
+            "bought". `nouns` is by default `noun` with an "s".
         unit : str, optional
-            The unit of times that are numbers.
+            The unit of times that are integers.
         dates : bool
-            Whether such times count from the beginning of 1970 (UTC); needs `unit`.
+            Whether integer times count from the beginning of 1970 (UTC); needs `unit`.
         histories : bool
-            Whether the page has the histories, so that it shows histograms of lags and examples.
-            Of more than a million occurrences of items, whole histories are drawn at random.
+            Whether the page includes the histories, for histograms of lags and for examples. Beyond
+            a million occurrences of items, it includes a random sample of whole histories.
         names : bool
-            Whether it names the entities; else they are numbered.
+            Whether the page names the entities; otherwise it numbers them.
 
         Returns
         -------
         View
-            It shows itself in a notebook; ``view.save("rules.html")`` writes it.
+            Displays itself in a notebook; ``view.save("rules.html")`` writes it.
+
+        Raises
+        ------
+        DataError
+            For an unknown `unit`, and for `dates` without `unit`.
         """
         from quarvis.viewing import view_mined
 
@@ -400,24 +449,25 @@ class Mined:
     # Files.
 
     def write_tsv(self, rules: PathLike, item_sets: PathLike | None = None) -> None:
-        """Write the files of the command-line tool.
+        """Write the rules, and optionally the item sets, in the formats of the command-line tool.
 
-        With ``splits="runs"`` and the same settings they have the bytes that the tool writes for
-        the same data. The rules are written in the order of the file, whatever `top` made of it.
+        With ``splits="runs"`` and the same settings, the files have the same bytes as those that
+        the tool writes for the same data. Rules are written in the order of the tool's rules file,
+        even if `top` reordered them.
 
         Parameters
         ----------
         rules : path
-            Where the rules go; what is there is replaced.
+            The rules file; an existing file is replaced.
         item_sets : path, optional
-            Where the item sets go; None writes none.
+            The item-set file, likewise. None writes none.
 
         Raises
         ------
         OSError
             When a file cannot be opened or written.
         DataError
-            When the histories have no times, so that the rules are none of the tool.
+            When the histories have no times: the tool's rules need an order.
         """
         if not self._run.has_times:
             raise DataError("the tool's rules have an order, and these histories have no times")
@@ -438,7 +488,7 @@ class Mined:
     # Tables.
 
     def _order_table(self, columns: dict[str, Any]) -> pa.Table:
-        """Give the columns of a test of the order, of which there is one value a rule found."""
+        """Return the result of `test_order` for these rules; `columns` are of all rules found."""
         q_values = benjamini_hochberg(columns["p"], int(columns["proposed"]))
         table = self._table.select(["antecedents", "consequents", "count"])
         for name, values in (
@@ -507,7 +557,7 @@ class Mined:
         return Mined(self._run, self._found, places)
 
     def _values(self, name: str) -> Any:
-        """A column or a measure of all rules that were found."""
+        """Return a column or a measure of all rules that were found, selected or not."""
         own = self._measures()
         if name in own:
             return np.asarray(own[name], np.float64)
@@ -532,7 +582,7 @@ class Mined:
         return matching(self._names.to_pylist(), patterns, role)
 
     def _all_in(self, side: str, mask: Any) -> Any:
-        """By rule: whether all items of the side are marked, by rank."""
+        """Return, for each rule found, whether `mask`, by rank, marks all items of the side."""
         offsets, ranks = self._rule_columns[side]
         if len(offsets) == 1:
             return np.ones(0, bool)

@@ -1,4 +1,4 @@
-"""The run: from histories to item sets and rules."""
+"""Mines histories: from rows to item sets and rules."""
 
 from __future__ import annotations
 
@@ -24,23 +24,23 @@ Splits = Literal["all", "runs"]
 
 @dataclass(frozen=True)
 class Budget:
-    """What a run may take; None is no bound.
+    """Limits of a run; None means no limit.
 
     Parameters
     ----------
     seconds : float, optional
-        Time of the run, on the wall clock; more than 0.
+        The wall-clock time of the run, in seconds; greater than 0.
     sets : int, optional
-        Frequent item sets of all sizes together; at least 1. A run is ended as soon as there is one
-        more, in the midst of a size, too.
+        The number of frequent item sets of all sizes together; at least 1. The run ends as soon as
+        it finds one more, even in the middle of a size.
     bytes : int, optional
-        Memory beside the histories, as the engine reckons it: its copy of them, 28 bytes an item
-        set and 144 bytes a rule; at least 1. Frames of the results are not reckoned.
+        The memory in bytes, beside the histories; at least 1. The engine counts its own copy of the
+        histories, 28 bytes per item set and 144 bytes per rule. Frames of results do not count.
 
     Raises
     ------
     DataError
-        For bounds out of range.
+        When a limit is out of range.
     """
 
     seconds: float | None = None
@@ -86,52 +86,55 @@ def mine(
     Parameters
     ----------
     data : Histories or frame
-        The histories, or a frame and the names of its columns.
+        The histories, or a frame together with `entity`, `time` and `items`.
     entity, time, items, missing
         As for `Histories`; only when `data` is a frame.
     min_count : int, optional
-        The least number of histories that hold an item set, and that a rule counts in; at least 1.
+        The least number of histories that hold a frequent item set, and the least count of a rule;
+        at least 1.
     min_support : float, optional
-        The same as a share of all histories, from 0 to 1. One of both must be given; of both, the
-        greater number holds.
+        The same as a share of all histories, from 0 to 1. Give `min_count` or `min_support`; if
+        both are given, the greater number applies.
     window : str, int, timedelta or None
-        How long before the consequents the antecedents may lie, and for how long the consequents
-        must not have occurred: for dates a length of time such as "30d" or "36h" or a timedelta,
-        for integers a number in their unit. A length of exactly the window is within it. None is
-        the whole past.
+        The longest time from an antecedent to the consequents, and the time during which the
+        consequents must not have occurred before. For dates a length of time such as "30d" or
+        "36h", or a timedelta; for integer times a number in their unit. The window includes a time
+        of exactly this length. None means the whole past.
     max_items : int, optional
         The greatest number of items of a set, and so of both sides of a rule together; at least 2.
     min_confidence, min_lift, max_conviction : float
-        What a rule must have; inclusive.
+        The thresholds of a rule; inclusive.
     splits : {"all", "runs"}
-        Which rules are proposed of a set: every way to cut it in two, or what the command-line tool
-        proposes, whose antecedents are runs of neighbours among the sorted items.
+        The rules that are proposed from an item set. "all" proposes every way to split it in two.
+        "runs" proposes what the command-line tool does: only antecedents that are contiguous among
+        the sorted items.
     antecedents, consequents : str or sequence of str, optional
-        Names of items, or patterns of them (``"BAG *"``): every item of that side of a rule
-        must match one. What cannot be part of such a rule is not searched; the item sets are then
-        those alone that have an item for either side.
+        Names of items, or patterns such as ``"BAG *"``. Every item of that side of a rule must
+        match one of them. Item sets that no such rule can come from are not searched, so
+        `Mined.item_sets` has only sets with items for both sides.
     rules : bool
-        False finds the item sets alone.
+        False finds only the item sets.
     threads : int, optional
-        Threads that share the run; by default one for each core that this process may use. The
-        result does not depend on it.
+        The number of threads; by default one for each core that this process may use. The result
+        does not depend on it.
     progress : bool or callable
-        True prints to standard error; a callable gets (step, done, all) ten times a second at most.
+        True prints the progress to standard error. A callable is called with (step, done, all), at
+        most ten times a second.
     budget : Budget, optional
-        What the run may take.
+        The limits of the run.
 
     Returns
     -------
     Mined
-        The rules, the item sets and what can be asked of them.
+        The rules and the item sets.
 
     Raises
     ------
     DataError
-        For arguments that do not fit the data.
+        When an argument does not fit the data.
     BudgetExceeded
-        When the run comes to the end of its budget; it tells how far the run came, and a least
-        count to try next.
+        When the run exceeds its budget. The error tells how far the run came, and a minimum count
+        to try next.
     KeyboardInterrupt
         Within a tenth of a second after Ctrl-C.
 
@@ -171,7 +174,13 @@ def mine(
 
 
 def least_count(min_count: int | None, min_support: float | None, histories: int) -> int:
-    """Give the least count that both arguments ask for."""
+    """Return the least count that satisfies both arguments; at least 1.
+
+    Raises
+    ------
+    DataError
+        When both are None, or one is out of range.
+    """
     if min_count is None and min_support is None:
         raise DataError(
             "give min_count=... (histories) or min_support=... (their share): the number of item "
@@ -184,7 +193,7 @@ def least_count(min_count: int | None, min_support: float | None, histories: int
         if not is_number(min_support) or not 0 <= min_support <= 1:
             raise DataError(f"min_support={min_support!r}: give a share from 0 to 1")
         count = math.ceil(min_support * histories)
-        # The product is rounded, so its neighbours are looked at, too.
+        # The product is rounded, so its neighbours are also tried.
         count = next(c for c in range(max(count - 1, 0), count + 2)
                      if c >= min_support * histories or c / max(histories, 1) >= min_support)
         least = max(least, count)
@@ -244,18 +253,18 @@ def _exceeded(error: _engine.BudgetExceeded, budget: Budget, min_count: int) -> 
 
 
 def exceeded(bound: str, at: str, levels: Sequence[int], advised: int) -> BudgetExceeded:
-    """Give the error of a run that reached a bound.
+    """Return the error of a run that exceeded a limit of its budget.
 
     Parameters
     ----------
     bound : str
-        Its number and unit.
+        The limit, with its unit.
     at : str
         The least count, as the caller gave it.
     levels : sequence of int
-        The item sets that were found of each size, from 1 on; empty before the search.
+        The number of item sets found of each size, from 1 on; empty before the search.
     advised : int
-        A count that at most half of them have.
+        A minimum count that at most half of these sets reach.
     """
     if levels:
         came = (
@@ -271,12 +280,12 @@ def exceeded(bound: str, at: str, levels: Sequence[int], advised: int) -> Budget
 
 
 def checked_budget(budget: Budget | None) -> Budget:
-    """Give the bounds of a run, none for None.
+    """Return the budget; for None, one without limits.
 
     Raises
     ------
     DataError
-        For what is no `Budget`.
+        When `budget` is neither None nor a `Budget`.
     """
     if budget is None:
         return Budget()

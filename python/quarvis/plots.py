@@ -1,4 +1,4 @@
-"""Plots of rules, as Altair charts; needs the extra ``quarvis[plots]``.
+"""Plots rules as Altair charts; requires the extra ``quarvis[plots]``.
 
 >>> chart = quarvis.plots.scatter(mined)
 >>> quarvis.plots.save(chart, "rules.svg")
@@ -22,22 +22,22 @@ from quarvis.writing import require_format, write_whole
 
 _MOST_POINTS = 1000
 _BINS = 40
-#: What `save` writes, by the endings of names.
+#: The endings of file names that `save` supports.
 FORMATS = (".svg", ".png", ".html")
 
 
 def scatter(mined: Mined, *, x: str = "support", y: str = "confidence", color: str = "lift") -> Any:
     """Draw a point for each rule.
 
-    Of more than 1,000 rules the others are counted in squares, and the 1,000 with the greatest
-    value of `color` are points above them.
+    With more than 1,000 rules, only the 1,000 with the greatest values of `color` are points. They
+    are drawn over squares that show how many of all rules lie there.
 
     Parameters
     ----------
     mined : Mined
         The rules.
     x, y, color : str
-        Columns or measures.
+        The columns or measures to draw.
 
     Returns
     -------
@@ -73,23 +73,23 @@ def scatter(mined: Mined, *, x: str = "support", y: str = "confidence", color: s
 
 
 def graph(mined: Mined, *, by: str = "lift", rules: int = 50) -> Any:
-    """Draw items, with a line from each antecedent to each consequent of the best rules.
+    """Draw the best rules as a graph: a line from each antecedent to each consequent.
 
     Parameters
     ----------
     mined : Mined
         The rules.
     by : str
-        The column or measure of which the rules have the greatest values.
+        The column or measure that ranks the rules, greatest first.
     rules : int
-        How many rules to draw; more are hardly readable.
+        The number of rules to draw; more than the default are hard to read.
 
     Returns
     -------
     altair.LayerChart
-        Antecedents stand on the left and consequents on the right, each near those that it is
-        joined with; an item that is both stands on either side. Of several rules that join the same
-        two items, the line has the greatest value.
+        Antecedents are on the left and consequents on the right, each near the items it is joined
+        to. An item that is both appears on both sides. If several rules join the same two items,
+        the line shows the greatest value.
     """
     alt = _altair()
     best = mined.top(rules, by=by)
@@ -105,7 +105,7 @@ def graph(mined: Mined, *, by: str = "lift", rules: int = 50) -> Any:
                 edges[a, s] = max(value, edges.get((a, s), value))
     sides = _sides_of_graph(list(edges))
     rows = max(len(sides[0]), len(sides[1]), 1)
-    # The shorter side is spread over the height of the longer one.
+    # Spreads the shorter side over the height of the longer one.
     heights = [
         {item: (place + 0.5) * rows / len(side) for place, item in enumerate(side)}
         for side in sides
@@ -134,14 +134,21 @@ def graph(mined: Mined, *, by: str = "lift", rules: int = 50) -> Any:
 
 
 def lags(mined: Mined, rule: Any) -> Any:
-    """Draw how long the consequents of a rule take to follow, over the histories that count.
+    """Draw a histogram of the lags of a rule, over the histories in which it counts.
+
+    Parameters
+    ----------
+    mined : Mined
+        The run.
+    rule : pair of item lists, or row
+        As for `Mined.explain`.
 
     Returns
     -------
     altair.Chart
-        Lags are days for dates and timestamps, else numbers in the unit of the times. A bar counts
-        the lags from its left end on and below its right end; the last one those at its right end,
-        too. Where all lags are whole numbers, so are the ends.
+        Lags are in days for dates and timestamps, otherwise in the unit of the times. A bar counts
+        the lags from its left edge up to, but not including, its right edge; the last bar includes
+        its right edge. If all lags are whole numbers, so are the edges.
     """
     alt = _altair()
     explanation = mined.explain(rule)
@@ -166,11 +173,27 @@ def lags(mined: Mined, rule: Any) -> Any:
 
 
 def rules_of(mined: Mined, item: str, *, by: str = "lift", rules: int = 30) -> Any:
-    """Draw the best rules that have an item, as bars.
+    """Draw the best rules that contain an item, as bars.
+
+    Parameters
+    ----------
+    mined : Mined
+        The rules.
+    item : str
+        The name of the item, or a pattern.
+    by : str
+        The column or measure that ranks the rules, greatest first.
+    rules : int
+        The number of rules to draw.
 
     Returns
     -------
     altair.Chart
+
+    Raises
+    ------
+    DataError
+        When no rule has the item.
     """
     alt = _altair()
     best = mined.filter(contains=item).top(rules, by=by)
@@ -186,12 +209,12 @@ def rules_of(mined: Mined, item: str, *, by: str = "lift", rules: int = 30) -> A
 
 
 def save(chart: Any, path: str | os.PathLike[str]) -> None:
-    """Write a chart as .svg, .png or .html; the page needs no network.
+    """Write a chart as .svg, .png or .html; the .html page needs no network.
 
     Raises
     ------
     DataError
-        For another ending.
+        For any other ending.
     OSError
         When the file cannot be written.
     """
@@ -237,7 +260,7 @@ def _color(name: str, **legend: Any) -> Any:
 
 
 def _bins(values: Any) -> Any:
-    """Give the ends of up to 40 bars, whole numbers where the values are."""
+    """Return the number of bars or, if all values are whole, the edges of up to 40 bars."""
     if len(values) == 0 or (values != np.floor(values)).any():
         return _BINS
     width = int(np.ceil((values.max() - values.min() + 1) / _BINS))
@@ -246,10 +269,10 @@ def _bins(values: Any) -> Any:
 
 
 def _sides_of_graph(edges: list[tuple[str, str]]) -> tuple[list[str], list[str]]:
-    """Order both sides so that few lines cross.
+    """Return the items of both sides, ordered so that few lines cross.
 
-    By the mean places of the neighbours on the other side, in turns: Sugiyama, Tagawa, Toda,
-    Methods for Visual Understanding of Hierarchical System Structures, 1981.
+    Sorts each side in turn by the mean place of its neighbours on the other: Sugiyama, Tagawa,
+    Toda, Methods for Visual Understanding of Hierarchical System Structures, 1981.
     """
     left, right = (sorted({edge[side] for edge in edges}) for side in (0, 1))
     for turn in range(8):

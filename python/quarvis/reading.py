@@ -1,4 +1,4 @@
-"""Histories from files."""
+"""Reads histories from files."""
 
 from __future__ import annotations
 
@@ -26,19 +26,32 @@ def read(
     path: PathLike, *, entity: str | None, time: str | None, items: str | Sequence[str],
     missing: Missing = "error", where: Any = None, **options: Any,
 ) -> Histories:
-    """Read histories from a file, in the format that its name ends with.
+    """Read histories from a file in the format of its name's ending.
 
     Parameters
     ----------
     path : path
-        A file that ends with .parquet, .arrow, .feather, .csv, .tsv, .json, .jsonl or .ndjson; the
-        text formats may be compressed (.gz, .bz2, .zst, .lz4, .br).
+        A file whose name ends in .parquet, .arrow, .feather, .ipc, .csv, .tsv, .txt, .json, .jsonl
+        or .ndjson. The text formats may be compressed (.gz, .bz2, .zst, .lz4, .br).
     entity, time, items, missing
         As for `Histories`.
     where : pyarrow.compute.Expression, optional
-        Which rows to read, for example ``pc.field("Quantity") > 0``.
+        The condition that rows must meet to be read, for example ``pc.field("Quantity") > 0``.
     **options
-        Of `read_csv`, for the text formats with columns.
+        Further options of `read_csv`, for .csv, .tsv and .txt.
+
+    Returns
+    -------
+    Histories
+        Its frames of results are PyArrow tables.
+
+    Raises
+    ------
+    DataError
+        When the ending is unknown, when the content does not have the format, or when the data
+        cannot be mined as they are.
+    OSError
+        When the file cannot be read.
     """
     arguments: dict[str, Any] = {"entity": entity, "time": time, "items": items}
     arguments |= {"missing": missing, "where": where}
@@ -61,9 +74,9 @@ def read_parquet(
     path: PathLike, *, entity: str | None, time: str | None, items: str | Sequence[str],
     missing: Missing = "error", where: Any = None,
 ) -> Histories:
-    """Read histories from a Parquet file; of its columns only those that are named.
+    """Read histories from a Parquet file; only the named columns are loaded.
 
-    For the parameters see `read`. Results are given as PyArrow tables.
+    For the parameters, the result and the errors see `read`.
     """
     import pyarrow.dataset
 
@@ -79,7 +92,7 @@ def read_arrow(
 ) -> Histories:
     """Read histories from an Arrow file (IPC, Feather version 2).
 
-    For the parameters see `read`. Results are given as PyArrow tables.
+    For the parameters, the result and the errors see `read`.
     """
     import pyarrow.dataset
 
@@ -96,25 +109,26 @@ def read_csv(
 ) -> Histories:
     """Read histories from a file of delimited text with a header line.
 
-    Lines may end in LF or CR LF; cells may be quoted by double quotes and hold delimiters, line
-    ends and doubled quotes. Entities and items are text, just as they stand, so "007" stays "007".
+    Lines may end in LF or CR LF. Cells in double quotes may hold delimiters, line ends and doubled
+    quotes. Entities and items are read as text, so "007" stays "007". For the result and the errors
+    see `read`.
 
     Parameters
     ----------
     path : path
-        The file; compressed when its name ends with .gz, .bz2, .zst, .lz4 or .br.
+        The file. It is decompressed when its name ends in .gz, .bz2, .zst, .lz4 or .br.
     entity, time, items, missing, where
         As for `read`.
     delimiter : str, optional
-        What separates cells: by default a tab in a file that ends with .tsv, otherwise a comma.
+        The character between cells; by default a tab for .tsv, otherwise a comma.
     encoding : str, optional
-        By default UTF-8, or UTF-16 when the file begins with its byte-order mark. A mark is
-        skipped.
+        The encoding of the text; by default UTF-16 if the file begins with its byte-order mark,
+        otherwise UTF-8. A byte-order mark is skipped.
     time_format : str, optional
-        How times are written, in the notation of strptime, such as "%d.%m.%Y %H:%M". By default
-        integers, and dates and timestamps in the notation of ISO 8601.
+        The format of the times in the notation of strptime, such as "%d.%m.%Y %H:%M". By default
+        times are integers, or dates or timestamps in ISO 8601 notation.
     list_delimiter : str, optional
-        What separates the items of a cell that has several, such as ";".
+        The character between the items of one cell, such as ";"; by default a cell is one item.
     """
     import pyarrow.csv
 
@@ -150,9 +164,10 @@ def read_json(
     path: PathLike, *, entity: str | None, time: str | None, items: str | Sequence[str],
     missing: Missing = "error", where: Any = None,
 ) -> Histories:
-    """Read histories from a file of JSON lines, an object each.
+    """Read histories from a file of JSON lines, one object per line.
 
-    For the parameters see `read`. Times in the notation of ISO 8601 are timestamps.
+    Times in ISO 8601 notation are read as timestamps. For the parameters, the result and the errors
+    see `read`.
     """
     import pyarrow.json
 
@@ -167,11 +182,11 @@ def read_json(
 
 
 def read_transactions(path: PathLike) -> Histories:
-    """Read a transaction file of the command-line tool, by the tool's own rules.
+    """Read a transaction file of the command-line tool exactly as the tool reads it.
 
-    The first line is a header; then each row has the entity, the time, an unsigned number of 32
-    bits, and any number of items, with tabs between. What is no number reads as 0, and a row that
-    lacks a cell takes it from the next one; `quarvis.check` tells where that happens.
+    The first line is a header. Each row has the entity, the time as an unsigned 32-bit number, and
+    any number of items, separated by tabs. A time that is not a number reads as 0, and a row that
+    lacks a cell takes it from the next row; `quarvis.check` reports such places.
 
     Raises
     ------
@@ -215,7 +230,7 @@ def _chosen(table: pa.Table, where: Any) -> pa.Table:
 
 @contextmanager
 def _naming(name: str, remedy: str) -> Iterator[None]:
-    """Name the file whose content is none of its format."""
+    """Raise `DataError` that names the file when its content does not have its format."""
     try:
         yield
     except pa.ArrowInvalid as error:
@@ -223,12 +238,12 @@ def _naming(name: str, remedy: str) -> Iterator[None]:
     except OSError as error:
         if error.errno is not None:
             raise
-        # Of what cannot be unpacked, Arrow tells the reason alone.
+        # When decompression fails, Arrow's message does not name the file.
         raise DataError(f"{name}: {error}") from error
 
 
 def _require_several_cells(name: str, header: list[str], delimiter: str) -> None:
-    """Refuse a header that is one cell with another delimiter in it."""
+    """Refuse a header of a single cell that contains a different delimiter."""
     if len(header) != 1:
         return
     other = max(",;|\t", key=header[0].count)
@@ -240,7 +255,7 @@ def _require_several_cells(name: str, header: list[str], delimiter: str) -> None
 
 @contextmanager
 def _telling(where: Any) -> Iterator[None]:
-    """Tell which condition does not fit the columns."""
+    """Raise `DataError` that names the condition when it does not fit the columns."""
     try:
         yield
     except (pa.ArrowInvalid, pa.ArrowNotImplementedError, pa.ArrowTypeError) as error:
@@ -260,7 +275,7 @@ def _of_dataset(
         with _telling(where):
             table = dataset.to_table(columns=columns, filter=where)
     else:
-        table = dataset.schema.empty_table()  # whose reader tells which one is not there
+        table = dataset.schema.empty_table()  # `Histories` then names the missing column
     histories = Histories(table, entity=entity, time=time, items=items, missing=missing)
     if where is not None:
         histories._left_out = dataset.count_rows() - table.num_rows

@@ -1,4 +1,4 @@
-"""One self-contained page that shows rules."""
+"""Makes a self-contained page that shows rules."""
 
 from __future__ import annotations
 
@@ -30,18 +30,19 @@ PathLike = str | os.PathLike[str]
 Unit = Literal["days", "hours", "minutes", "seconds", "milliseconds"]
 
 MOST_OCCURRENCES = 1_000_000
-"""Of items in histories that a page has; beyond it, histories are drawn at random."""
+"""The most occurrences of items in the histories of a page. Beyond it, the page has a random sample
+of the histories."""
 
 _UNITS: dict[str, float] = {
     "days": 86400.0, "hours": 3600.0, "minutes": 60.0, "seconds": 1.0, "milliseconds": 1e-3,
 }
-_PROVED = 25  # rules that are counted again
+_PROVED = 25  # the number of rules that `_prove` counts again
 
 
 class View:
-    """A page that shows rules: one file without anything from a network.
+    """A page that shows rules: one HTML file that loads nothing from a network.
 
-    In a notebook it shows itself; `save` writes it.
+    It displays itself in a notebook; `save` writes it.
     """
 
     def __init__(self, text: str) -> None:
@@ -58,16 +59,16 @@ class View:
         Parameters
         ----------
         path : path
-            Where it goes.
+            The file to write.
         force : bool
-            Whether to replace what is there.
+            Whether to replace an existing file.
 
         Raises
         ------
         FileExistsError
-            When there is something and `force` is False.
+            When the file exists and `force` is False.
         OSError
-            When it cannot be written.
+            When the file cannot be written.
         """
         if not force and Path(path).exists():
             raise FileExistsError(errno.EEXIST, os.strerror(errno.EEXIST), os.fspath(path))
@@ -77,7 +78,7 @@ class View:
         return f"<quarvis.View: {len(self._text.encode()):,} bytes>"
 
     def _repr_html_(self) -> str:
-        # The frame has no origin of its own, so the page reaches nothing of the notebook.
+        # A sandboxed frame has an opaque origin, so the page cannot access the notebook.
         return (
             f'<iframe srcdoc="{html.escape(self._text)}" title="Rules" width="100%" height="900" '
             'sandbox="allow-scripts allow-downloads allow-modals" style="border:0"></iframe>'
@@ -98,30 +99,31 @@ def view(
     verb: str = "had",
     names: bool = True,
 ) -> View:
-    """Make the page of a file of rules.
+    """Make a page from a file of rules.
 
     Parameters
     ----------
     rules : path
-        The tool's rules file, or, with the ending .parquet, the rules of a `Mined`.
+        The tool's rules file or, with the ending .parquet, the rules of a `Mined`.
     item_sets : path, optional
-        The tool's item-set file. Names with commas are then read as they were.
+        The tool's item-set file. With it, names that contain commas are read correctly.
     histories : path or Histories, optional
-        What the rules were mined from: the tool's transaction file, or histories. The page then
-        tells lags, reverse counts and examples, and needs `window`.
+        The histories that the rules were mined from: the tool's transaction file, or an object. The
+        page then has lags, reverse counts and examples. Requires `window`.
     window : str, int, timedelta or None
-        The window of the run: a length of time, or a number in the unit of the times; None is the
-        whole past. A file of rules does not tell it.
+        The window of the run: a length of time, or a number in the unit of the times; None means
+        the whole past. A file of rules does not contain it.
     unit : str, optional
-        The unit of times that are numbers.
+        The unit of integer times.
     dates : bool
-        Whether times that are numbers count from the beginning of 1970 (UTC); needs `unit`.
+        Whether integer times count from the beginning of 1970 (UTC); needs `unit`.
     title : str, optional
-        By default the name of the file.
+        The title of the page; by default made from the name of the file.
     noun, nouns, verb : str
-        The words of its sentences: one "customer", several "customers", who "bought".
+        The words of the sentences on the page: one "customer", several "customers", who "bought".
+        `nouns` is by default `noun` with an "s".
     names : bool
-        Whether the page names the entities of its histories; else they are numbered.
+        Whether the page names the entities of its histories; otherwise it numbers them.
 
     Returns
     -------
@@ -131,7 +133,8 @@ def view(
     Raises
     ------
     DataError
-        When a file is none of these, or when the histories give other counts than the rules have.
+        When a file does not have its format, when an argument is missing or out of range, or when
+        the counts of the rules do not agree with the histories.
     OSError
         When a file cannot be read.
     """
@@ -163,7 +166,7 @@ def view_mined(
     mined: Mined, *, title: str, noun: str, nouns: str | None, verb: str, unit: Unit | None,
     dates: bool, histories: bool, names: bool,
 ) -> View:
-    """Make the page of a run; see `Mined.view`."""
+    """Make a page from the result of a run; see `Mined.view`."""
     _check_unit(unit, dates)
     run = mined._run
     table = _rules_of(mined)
@@ -200,7 +203,7 @@ def _check_unit(unit: Unit | None, dates: bool) -> None:
 
 
 def _unit_of(scale: TimeScale, unit: Unit | None, dates: bool) -> TimeUnit:
-    """Tell what the numbers of the page mean, which are times of the engine."""
+    """Return the meaning of the times on the page, which are engine times."""
     if scale.nanoseconds is not None:
         seconds = scale.nanoseconds / 1e9
         return TimeUnit(seconds * scale.step, scale.origin * seconds)
@@ -211,7 +214,7 @@ def _unit_of(scale: TimeScale, unit: Unit | None, dates: bool) -> TimeUnit:
 
 
 def _window_units(window: Window, scale: TimeScale, unit: Unit | None) -> int:
-    """Give a window in units of the times, where 0 is the whole past."""
+    """Return a window in units of the times; 0 means the whole past."""
     if window is None:
         return 0
     if isinstance(window, int) and not isinstance(window, bool) and window >= 0:
@@ -307,9 +310,9 @@ def _rules_of(mined: Mined) -> PageRules:
 
 
 def _prove(table: PageRules, histories: Histories, window: int) -> None:
-    """Count some rules again in the histories, and raise `DataError` when that gives other counts.
+    """Count some rules again in the histories; raise `DataError` when a count differs.
 
-    Another window, or another file, would make a page whose lags belong to other rules.
+    With a different window or file, the page would show lags that do not belong to its rules.
     """
     if len(histories) != table.total and not table.approximate and len(table):
         raise DataError(

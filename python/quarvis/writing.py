@@ -1,4 +1,4 @@
-"""Files of histories and of tables, whole or not at all."""
+"""Writes files of histories and of tables, completely or not at all."""
 
 from __future__ import annotations
 
@@ -21,18 +21,19 @@ if TYPE_CHECKING:
 
 PathLike = str | os.PathLike[str]
 
-#: What a cell of a transaction file cannot hold: it would be read as something else.
+#: Matches names that a transaction file cannot hold, since they would be read differently.
 _UNWRITABLE = "^\"|[\t\n\r]"
 
 
-#: What `write_table` writes, by the endings of names.
+#: The endings of file names that `write_table` supports.
 FORMATS = (".parquet", ".arrow", ".csv", ".json", ".jsonl")
 
 
 def write_whole(path: PathLike, write: Callable[[BinaryIO], object]) -> None:
-    """Write a file beside its place and move it there, so that it is never half written.
+    """Write a temporary file in the same folder and rename it, so `path` is never half written.
 
-    What is no regular file, such as a device, is written directly. An `OSError` names the file.
+    A path that exists but is not a regular file, such as a device, is written directly. Any
+    `OSError` names the file.
     """
     target = Path(path)
     try:
@@ -62,21 +63,21 @@ def _write_whole(target: Path, write: Callable[[BinaryIO], object]) -> None:
 
 
 def write_transactions(histories: Histories, path: PathLike) -> str:
-    """Write a transaction file of the command-line tool, one row an item.
+    """Write a transaction file of the command-line tool, one row per item.
 
-    Times are the numbers of the column where those fit (days or seconds and so on since 1970 for
-    dates), else they count from the first time on.
+    Times are the numbers of the column if these fit in 32 bits; for dates, these are days or
+    seconds and so on since 1970. Otherwise times count from the first time on.
 
     Returns
     -------
     str
-        What the times of the file count, in words.
+        The unit and the origin of the times in the file, in words.
 
     Raises
     ------
     DataError
-        For histories without times, for names that such a file cannot hold, and for times that do
-        not fit in 32 bits.
+        When the histories have no times, when such a file cannot hold a name, or when the times
+        span more than 32 bits.
     OSError
         When the file cannot be written.
     """
@@ -127,9 +128,10 @@ def write_transactions(histories: Histories, path: PathLike) -> str:
 
 
 def write_table(table: pa.Table, path: PathLike) -> None:
-    """Write a table in the format that the name ends with: parquet, arrow, csv, json or jsonl.
+    """Write a table in the format of the name's ending, one of `FORMATS`.
 
-    In CSV, lists are written as JSON.
+    In CSV, lists are written as JSON and durations as seconds. Raises `DataError` for any other
+    ending, and `OSError` when the file cannot be written.
     """
     import pyarrow.csv
     import pyarrow.feather
@@ -147,7 +149,7 @@ def write_table(table: pa.Table, path: PathLike) -> None:
 
 
 def require_format(path: PathLike, formats: Sequence[str]) -> None:
-    """Raise `DataError` for a name whose ending is none of these."""
+    """Raise `DataError` for a name whose ending is not in `formats`."""
     if Path(path).suffix.lower() not in formats:
         raise DataError(
             f"the ending of {os.fspath(path)!r} tells no format: name the file "

@@ -1,1 +1,1 @@
-"""The page that shows rules: its template, and what packs data into it."""
+"""The page that shows rules: its template, and the code that packs data into it."""

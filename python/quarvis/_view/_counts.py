@@ -1,4 +1,4 @@
-"""The numbers of histories behind measures that were written with six digits."""
+"""Recovers numbers of histories from measures that were written with six digits."""
 
 from __future__ import annotations
 
@@ -11,12 +11,12 @@ Floats = np.ndarray[Any, np.dtype[np.float64]]
 Places = np.ndarray[Any, np.dtype[np.int64]]
 
 _DIGITS = 6
-_TOLERANCE = 1e-4  # of the lift that the counts give, relative
+_TOLERANCE = 1e-4  # the relative error allowed between the written lift and that of the counts
 
 
 @dataclass(frozen=True)
 class Written:
-    """The columns of a rules file, by rule; sides as places among the different ones."""
+    """The columns of a rules file, by rule. A side is given as its place among distinct sides."""
 
     antecedent: Places
     consequent: Places
@@ -32,29 +32,29 @@ class Written:
 
 @dataclass(frozen=True)
 class Counts:
-    """What the measures tell of the histories."""
+    """Numbers of histories recovered from the measures."""
 
-    total: int  #: N.
+    total: int  #: N, the number of all histories.
     sets: Places  #: n(X), by side.
-    approximate: bool  #: Whether the digits allow for other numbers too.
-    wrong: int | None  #: A rule whose measures cannot come from any counts.
+    approximate: bool  #: Whether other numbers would give the same digits.
+    wrong: int | None  #: A rule whose measures cannot come from any counts, if there is one.
 
 
 def recover(written: Written, sides: int, known: dict[int, int]) -> Counts:
-    """Work out N and n(X) of each side.
+    """Recover N, and n(X) of each side.
 
-    Each measure with its rounding bounds a whole number: N = Count / Support, n(A) = n(A u S) /
-    Confidence, n(S) = n(A u S) / Probability. The bounds of all rules together leave one number
-    for up to some hundred thousand histories.
+    A rounded measure gives a lower and an upper bound of a whole number: N = Count / Support,
+    n(A) = n(A u S) / Confidence, n(S) = n(A u S) / Probability. With up to some hundred thousand
+    histories, the bounds of all rules together leave only one number.
 
     Parameters
     ----------
     written : Written
         The columns of the file.
     sides : int
-        How many different sides there are.
+        The number of distinct sides.
     known : dict
-        n(X) of the sides for which it is known.
+        n(X) by side, for the sides for which it is known.
     """
     if len(written.count) == 0:
         return Counts(0, np.zeros(sides, np.int64), False, None)
@@ -82,7 +82,7 @@ def recover(written: Written, sides: int, known: dict[int, int]) -> Counts:
 
 
 def _quotient(number: Floats, measure: Floats) -> tuple[Floats, Floats]:
-    """Bound number / measure for a measure that was rounded."""
+    """Return the lower and upper bounds of `number` / `measure` for a rounded measure."""
     with np.errstate(divide="ignore", invalid="ignore"):
         half = 0.5 * 10.0 ** (np.floor(np.log10(measure)) - (_DIGITS - 1))
         least = number / (measure + half)
@@ -92,7 +92,7 @@ def _quotient(number: Floats, measure: Floats) -> tuple[Floats, Floats]:
 
 
 def _whole(low: Floats, high: Floats) -> tuple[Places, Any, Any]:
-    """Give a whole number between bounds, whether there are several, and whether there is none."""
+    """Return a whole number between the bounds, and whether there are several or none."""
     first = np.ceil(low * (1 - 1e-12))
     last = np.floor(high * (1 + 1e-12))
     none = first > last

@@ -1,4 +1,4 @@
-"""The tool's rules file and item-set file, read back."""
+"""Reads the tool's rules file and item-set file."""
 
 from __future__ import annotations
 
@@ -24,29 +24,29 @@ _NUMBERS = re.compile(r"\d+\t\d+(\t-?(\d+(\.\d*)?(e[+-]?\d+)?|inf|nan)){6}")
 
 @dataclass(frozen=True)
 class ItemSets:
-    """What the page needs of an item-set file."""
+    """The data that the page needs from an item-set file."""
 
     single: dict[str, int]  #: The count of each item.
-    size: int  #: How many sets there are.
+    size: int  #: The number of sets.
 
 
 
 def read_rules(path: str | os.PathLike[str], item_sets: ItemSets | None = None) -> PageRules:
     """Read a rules file of the tool.
 
-    The numbers of histories are worked out from the measures, which have six digits.
+    The numbers of histories are recovered from the measures, which have six digits.
 
     Parameters
     ----------
     path : path
         The rules file.
     item_sets : ItemSets, optional
-        What `read_item_sets` gave; then names with commas are no riddle.
+        The result of `read_item_sets`. It makes names with commas unambiguous.
 
     Raises
     ------
     DataError
-        When the file is no rules file; the message names the line.
+        When the file is not a rules file. The message names the line.
     """
     name = os.fspath(path)
     rows = list(_rows(name))
@@ -60,8 +60,8 @@ def read_rules(path: str | os.PathLike[str], item_sets: ItemSets | None = None) 
 def read_item_sets(path: str | os.PathLike[str]) -> ItemSets:
     """Read an item-set file of the tool.
 
-    Every item of a set is in the file as a set of its own, and its text is shorter. So the shortest
-    text that the names known so far do not explain is a name with commas.
+    Every item of a set is also in the file as a set of its own, whose text is shorter. So texts are
+    read from the shortest on: one that is not a list of known names is itself a name with commas.
     """
     name = os.fspath(path)
     lines = _text(name).split("\n")
@@ -87,7 +87,10 @@ def read_item_sets(path: str | os.PathLike[str]) -> ItemSets:
 
 
 def _set_rows(lines: list[str]) -> Iterator[tuple[int, str, str | None, int]]:
-    """Give line number, line, the text between the braces, and the count."""
+    """Yield line number, line, the text between the braces, and the count.
+
+    The text is None for a line that is not a count and a set.
+    """
     waiting = ""
     begin = 2
     for number, line in enumerate(lines[1:], 2):
@@ -105,12 +108,12 @@ def _set_rows(lines: list[str]) -> Iterator[tuple[int, str, str | None, int]]:
 
 
 def _text(name: str) -> str:
-    # Names need not be UTF-8; what is not stays apart and can be seen.
+    # Names need not be UTF-8. Other bytes become visible escapes, so that names stay distinct.
     return Path(name).read_bytes().decode(errors="backslashreplace")
 
 
 def _rows(name: str) -> Iterator[tuple[int, str, list[float]]]:
-    """Give line number, rule and numbers; a rule may hold tabs and line ends."""
+    """Yield line number, rule and numbers; the rule may contain tabs and line ends."""
     lines = _text(name).split("\n")
     if lines[0] != _HEADER:
         raise DataError(f"{name} is no rules file of the tool: its first line is not {_HEADER!r}")

@@ -1,4 +1,4 @@
-"""Histories as the page has them: only the items that occur in its rules."""
+"""Packs histories for the page, with only the items that occur in its rules."""
 
 from __future__ import annotations
 
@@ -13,33 +13,33 @@ from quarvis.histories import Histories
 
 @dataclass(frozen=True)
 class PageHistories:
-    """Histories, each with its transactions in the order of time."""
+    """Histories, each with its transactions in ascending time."""
 
-    begin: Numbers  #: By history, and the end of the last: its first transaction.
-    times: Numbers  #: By transaction.
-    item_begin: Numbers  #: By transaction, and the end of the last: its first item.
-    items: Numbers  #: Places in the items of the rules.
-    names: list[str]  #: Of the entities; empty when they are left out.
-    sampled_from: int | None  #: Of how many histories these were drawn.
+    begin: Numbers  #: The first transaction of each history; the last entry is the end.
+    times: Numbers  #: The time of each transaction.
+    item_begin: Numbers  #: The first item of each transaction; the last entry is the end.
+    items: Numbers  #: Items, as places in the items of the rules.
+    names: list[str]  #: The names of the entities; empty when they are left out.
+    sampled_from: int | None  #: The number of histories that these are a sample of.
 
 
 def pack(
     histories: Histories, rules: PageRules, *, names: bool, most: int, seed: int = 0
 ) -> PageHistories:
-    """Give the histories that have any item of the rules.
+    """Return the histories that have any item of the rules.
 
     Parameters
     ----------
     histories : Histories
-        What the rules were mined from.
+        The histories that the rules were mined from.
     rules : PageRules
         The rules of the page.
     names : bool
-        Whether the page has the names of the entities.
+        Whether to include the names of the entities.
     most : int
-        The most occurrences of items; beyond it, whole histories are drawn at random.
+        The most occurrences of items. Beyond it, a random sample of whole histories is returned.
     seed : int
-        Of the draw.
+        The seed of the sample.
     """
     columns = histories._columns
     place_of = _places(columns.item_names.to_pylist(), rules.items)
@@ -71,7 +71,7 @@ def pack(
 
 
 def _places(names: list[Any], wanted: list[str]) -> Numbers:
-    """By code of the histories, and for no item at the end: the place among the wanted, or -1."""
+    """Return the place of each code's name in `wanted`, or -1; the last entry is for no item."""
     place = {name: number for number, name in enumerate(wanted)}
     return np.array([*(place.get(name, -1) for name in names), -1], np.int64)
 

@@ -1,7 +1,8 @@
-"""The page as text: the template with the data in their place.
+"""Renders the page: inserts the data into the template.
 
-The data are a JSON object in an inert script element, with the columns packed into one block of
-bytes: little-endian, each column begins at a multiple of 8, deflated, in base64.
+The data are a JSON object in an inert script element. All columns are packed into one block of
+bytes, little-endian, each column at a multiple of 8 bytes. The block is compressed by deflate and
+encoded in base64.
 """
 
 from __future__ import annotations
@@ -22,40 +23,39 @@ _PLACE = "@@DATA@@"
 
 @dataclass(frozen=True)
 class Words:
-    """What sentences are made of."""
+    """The words of the sentences on the page."""
 
-    entity: str = "history"  #: One history,
-    entities: str = "histories"  #: several,
-    verb: str = "had"  #: and what they did with items, in the past.
+    entity: str = "history"  #: One history.
+    entities: str = "histories"  #: Several histories.
+    verb: str = "had"  #: What entities did with items, in the past tense.
 
 
 @dataclass(frozen=True)
 class TimeUnit:
-    """What the numbers of time mean."""
+    """The meaning of the times on the page."""
 
-    seconds: float | None = None  #: In a unit; None when it is no length of the clock.
-    origin: float | None = None  #: Time 0 in seconds since 1970-01-01 UTC; None for no dates.
-    first: int = 0  #: The number in the data that time 0 stands for.
-    unit: str = "units of time"  #: In words, plural; used without `seconds`.
+    seconds: float | None = None  #: The length of a unit in seconds; None when it is unknown.
+    origin: float | None = None  #: Time 0 in seconds since 1970-01-01 UTC; None without dates.
+    first: int = 0  #: The value in the data that time 0 stands for.
+    unit: str = "units of time"  #: The unit in words, plural; used without `seconds`.
 
 
 @dataclass(frozen=True)
 class About:
-    """What the page tells besides the rules."""
+    """The title, the words and the settings that the page shows besides the rules."""
 
     title: str = "Rules"
     words: Words = field(default_factory=Words)
     time: TimeUnit = field(default_factory=TimeUnit)
-    window: int | None = None  #: In units of time; 0 is the whole past, None is not known.
+    window: int | None = None  #: In units of time; 0 means the whole past, None unknown.
     min_count: int | None = None
-    notes: tuple[str, ...] = ()  #: Remarks, a sentence each.
+    notes: tuple[str, ...] = ()  #: Remarks of one sentence each.
 
 
 def render(rules: PageRules, about: About, histories: PageHistories | None = None) -> str:
-    """Give the page as HTML, one text that needs nothing else.
+    """Return the page as self-contained HTML.
 
-    Whatever the data hold, it stays data: the JSON is without ``<``, and the page makes text nodes
-    of names.
+    No name can become markup: the JSON contains no ``<``, and the page inserts names as text nodes.
     """
     columns = _rule_columns(rules)
     if histories is not None:
@@ -85,14 +85,14 @@ def render(rules: PageRules, about: About, histories: PageHistories | None = Non
 
 
 def template() -> str:
-    """Give the page without data, which view/ is built into."""
+    """Return the page without data, as built from the sources in view/."""
     return resources.files("quarvis._view").joinpath("template.html").read_text(encoding="utf-8")
 
 
 def script_json(data: Any) -> str:
-    """Give JSON that can neither end the script element that it stands in nor open another."""
+    """Return JSON that is safe in a script element: it can neither close it nor open another."""
     text = json.dumps(data, ensure_ascii=False, separators=(",", ":"), allow_nan=False)
-    # Halves of surrogate pairs have no UTF-8.
+    # A lone surrogate has no encoding in UTF-8, so it is replaced.
     text = text.encode("utf-16", "surrogatepass").decode("utf-16", "replace")
     return text.replace("<", "\\u003c").replace("\u2028", "\\u2028").replace("\u2029", "\\u2029")
 
@@ -133,7 +133,7 @@ def _pack(columns: dict[str, Numbers]) -> tuple[list[tuple[str, str, int]], str]
 
 
 def _kind(column: Numbers) -> str:
-    """Name the smallest type that holds a column; whole numbers up to 2^53 stay exact."""
+    """Return the smallest type that holds a column; whole numbers up to 2^53 stay exact."""
     most = int(column.max()) if len(column) and column.dtype.kind in "ui" else 0
     if column.dtype.kind == "f" or most >= 2**32:
         return "f64"

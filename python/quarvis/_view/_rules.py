@@ -1,4 +1,4 @@
-"""Rules as the page has them: columns of numbers over tables of names and of sides."""
+"""Packs rules for the page: columns of numbers that refer to tables of items and of sides."""
 
 from __future__ import annotations
 
@@ -16,25 +16,25 @@ class PageRules:
 
     total: int  #: N, the number of all histories.
     items: list[str]
-    set_begin: Numbers  #: By side, and the end of the last: its place in `set_items`.
-    set_items: Numbers  #: Places in `items`, ascending by name in each side.
-    set_count: Numbers  #: n(X), by side.
-    antecedent: Numbers  #: By rule: a side.
+    set_begin: Numbers  #: The begin of each side in `set_items`; the last entry is the end.
+    set_items: Numbers  #: Places in `items`; those of a side are in ascending order of names.
+    set_count: Numbers  #: n(X) of each side.
+    antecedent: Numbers  #: The side of each rule, as a place.
     consequent: Numbers
-    union_count: Numbers  #: n(A u S), by rule.
-    count: Numbers | None  #: In order and within the window; None without times.
-    item_count: Numbers  #: n of each item; 0 where it is not known.
-    approximate: bool = False  #: Whether counts were worked out and could be others.
-    item_sets: int | None = None  #: How many frequent item sets there are.
-    extra: dict[str, Numbers] = field(default_factory=dict)  #: Further columns by rule.
+    union_count: Numbers  #: n(A u S) of each rule.
+    count: Numbers | None  #: The count in order, within the window; None without times.
+    item_count: Numbers  #: n of each item; 0 if unknown.
+    approximate: bool = False  #: Whether the counts were recovered and other counts are possible.
+    item_sets: int | None = None  #: The number of frequent item sets, if known.
+    extra: dict[str, Numbers] = field(default_factory=dict)  #: Further columns, by rule.
 
     def __len__(self) -> int:
-        """The number of rules."""
+        """Return the number of rules."""
         return len(self.antecedent)
 
 
 class RulesBuilder:
-    """Numbers items and sides in the order in which they are first met."""
+    """Numbers items and sides in the order in which they first occur."""
 
     def __init__(self) -> None:
         self._items: dict[str, int] = {}
@@ -42,11 +42,11 @@ class RulesBuilder:
 
     @property
     def sides(self) -> list[tuple[str, ...]]:
-        """The different sides."""
+        """The distinct sides, in the order of their numbers."""
         return list(self._sides)
 
     def side(self, items: tuple[str, ...]) -> int:
-        """Give the place of a side."""
+        """Return the number of a side; a new side gets the next one."""
         found = self._sides.get(items)
         if found is None:
             found = self._sides[items] = len(self._sides)
@@ -57,7 +57,7 @@ class RulesBuilder:
     def build(
         self, *, item_counts: dict[str, int] | None = None, set_counts: Numbers, **columns: Any
     ) -> PageRules:
-        """Give the rules, whose other columns are those of `PageRules`."""
+        """Return the rules; `columns` are the remaining attributes of `PageRules`."""
         lengths = [len(side) for side in self._sides]
         counts = np.zeros(len(self._items), np.int64)
         for place, side in enumerate(self._sides):

@@ -1,7 +1,7 @@
-"""The texts of item sets and rules in the tool's files, read back.
+"""Reads the texts of item sets and rules in the tool's files.
 
-Nothing is quoted there, so a name with a comma or an arrow can be read in several ways. Names that
-are known decide; without them, the way with the fewest items that nobody knows is taken.
+Names are not quoted there, so a text with a comma or an arrow in a name is ambiguous. Of all ways
+to read a text, the one with the fewest unknown names is chosen.
 """
 
 from __future__ import annotations
@@ -11,14 +11,14 @@ from collections.abc import Container, Iterable
 Side = tuple[str, ...]
 
 _ARROW = " => "
-_LONGEST = 24  # commas that a name is tried with
-_UNKNOWN = 1.0
-_COMMA = 0.01  # for each comma in a name that nobody knows
-_BLANK = 0.6  # for a name that nobody knows and that begins or ends with a blank
+_LONGEST = 24  # the most pieces between commas that are joined to one name
+_UNKNOWN = 1.0  # the cost of an unknown name
+_COMMA = 0.01  # the additional cost of each comma in it
+_BLANK = 0.6  # its additional cost if it begins or ends with a blank
 
 
 def split_rule(text: str, known: frozenset[str]) -> tuple[Side, Side] | None:
-    """Give the sides of a rule, or None for a text without an arrow."""
+    """Return the sides of a rule, or None for a text without an arrow."""
     best: tuple[float, tuple[Side, Side]] | None = None
     at = text.find(_ARROW)
     while at >= 0:
@@ -34,7 +34,7 @@ def split_rule(text: str, known: frozenset[str]) -> tuple[Side, Side] | None:
 
 
 def plain_names(texts: Iterable[str]) -> frozenset[str]:
-    """Give the names that stand alone on a side of rules that can be read in one way only."""
+    """Return the names that are the only item of a side, from texts with exactly one arrow."""
     names: set[str] = set()
     for text in texts:
         sides = text.split(_ARROW)
@@ -44,7 +44,7 @@ def plain_names(texts: Iterable[str]) -> frozenset[str]:
 
 
 def is_list(text: str, known: Container[str]) -> bool:
-    """Whether a text is two known names or more, with commas between."""
+    """Return whether a text is a list of two or more known names between commas."""
     return _split_list(text, known, 2)[0] == 0
 
 
@@ -57,11 +57,14 @@ def _split_side(text: str, known: Container[str]) -> tuple[float, Side]:
 
 
 def _split_list(text: str, known: Container[str], least: int) -> tuple[float, Side]:
-    """Give the cheapest way to cut a text at commas into at least so many names, one or two."""
+    """Return the cheapest way to split a text at commas into at least one or two names.
+
+    The result is its cost and the names; `least` is 1 or 2.
+    """
     pieces = text.split(",")
     if all(piece in known for piece in pieces):
         return 0.0, tuple(pieces)
-    # By the number of pieces: the cost of the cheapest way, and where its last name begins.
+    # For the first k pieces: the cost of the cheapest way, and where its last name begins.
     costs = [0.0] + [float("inf")] * len(pieces)
     begins = [0] * (len(pieces) + 1)
     for end in range(1, len(pieces) + 1):

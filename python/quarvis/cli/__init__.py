@@ -1,4 +1,4 @@
-"""The command ``quarvis``, over the functions of the package."""
+"""The command ``quarvis``, a front end of the package's functions."""
 
 from quarvis.cli.commands import main
 

@@ -1,4 +1,4 @@
-"""Run the command by ``python -m quarvis.cli``."""
+"""Runs the command as ``python -m quarvis.cli``."""
 
 from quarvis.cli.commands import main
 

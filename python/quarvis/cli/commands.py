@@ -1,4 +1,4 @@
-"""The commands."""
+"""The subcommands of ``quarvis``."""
 
 from __future__ import annotations
 
@@ -184,7 +184,7 @@ def view(
 
 
 def _sides(rule: str) -> tuple[list[str], list[str]]:
-    """Give the sides of a rule as the tool writes it; braces hold items with commas between."""
+    """Return the sides of a rule in the tool's notation; braces hold items between commas."""
     left, arrow, right = rule.partition(" => ")
     if not arrow:
         raise click.UsageError(f"{rule!r} is no rule: write 'bread => butter' or '{{a,b}} => c'")
@@ -197,7 +197,7 @@ def _sides(rule: str) -> tuple[list[str], list[str]]:
 
 
 def main() -> None:
-    """Run the command; errors are told in one line, with status 1, or 2 for wrong arguments."""
+    """Run the command. An error prints one line; the status is 1, or 2 for wrong arguments."""
     try:
         with frame.one_line_errors():
             status = cli.main(standalone_mode=False)

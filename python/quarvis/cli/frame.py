@@ -1,4 +1,4 @@
-"""What all commands share: errors of one line, progress, outputs, common options."""
+"""What the subcommands share: one-line errors, progress, outputs and common options."""
 
 from __future__ import annotations
 
@@ -22,7 +22,7 @@ from quarvis.writing import FORMATS, require_format, write_table
 
 Command = TypeVar("Command", bound=Callable[..., Any])
 
-#: The formats of rules and item sets, with that of the tool.
+#: The formats of rules and item sets, including that of the tool.
 RULE_FORMATS = (*FORMATS, ".tsv")
 
 _WIDTH = 30
@@ -31,7 +31,7 @@ _TRANSACTION_FILES = (".tsv", ".txt", "")
 
 @contextmanager
 def one_line_errors() -> Iterator[None]:
-    """Tell errors and warnings of the package in one line each, without a traceback."""
+    """Print each error and warning of the package in one line, without a traceback."""
     with warnings.catch_warnings():
         warnings.simplefilter("always", quarvis.QuarvisWarning)
         warnings.showwarning = _show_warning
@@ -51,14 +51,14 @@ def _show_warning(message: Any, *_: Any, **__: Any) -> None:
 
 
 class Progress:
-    """A bar on a terminal, a line for each step elsewhere; on standard error."""
+    """Shows progress on standard error: a bar on a terminal, otherwise a line for each step."""
 
     def __init__(self) -> None:
         self._step = ""
         self._is_terminal = sys.stderr.isatty()
 
     def __call__(self, step: str, done: int, total: int) -> None:
-        """Tell that so much of a step is done."""
+        """Show that `done` of `total` tasks of a step are done."""
         if self._is_terminal:
             filled = _WIDTH * done // max(total, 1)
             bar = "#" * filled + "-" * (_WIDTH - filled)
@@ -74,9 +74,9 @@ class Progress:
 
 
 def check_output(path: Path | None, force: bool, formats: Sequence[str] = ()) -> None:
-    """Refuse to replace a file, or one that could not be written, before any work is done.
+    """Refuse an output file that exists or could not be written, before any work is done.
 
-    `formats` are the endings that the name may have; any, if there are none.
+    `formats` lists the allowed endings of the name; if it is empty, any ending is allowed.
     """
     if path is None:
         return
@@ -89,7 +89,7 @@ def check_output(path: Path | None, force: bool, formats: Sequence[str] = ()) ->
 
 
 def write_rules(mined: Mined, path: Path) -> None:
-    """Write the rules in the format of the ending; .tsv is that of the tool."""
+    """Write the rules in the format of the ending; .tsv is the tool's rules file."""
     if path.suffix.lower() == ".tsv":
         mined.write_tsv(path)
     else:
@@ -97,7 +97,7 @@ def write_rules(mined: Mined, path: Path) -> None:
 
 
 def data_options(command: Command) -> Command:
-    """Add the options that tell how to read the input."""
+    """Add the options for reading the input."""
     for option in reversed((
         click.option("--entity", metavar="COLUMN", help="Column of the entities."),
         click.option("--time", metavar="COLUMN", help="Column of the times."),
@@ -145,7 +145,7 @@ def mining_options(command: Command) -> Command:
 
 
 def read_input(path: Path, options: dict[str, Any]) -> Histories:
-    """Read the input, and take the options of the reading out of the others."""
+    """Read the input, and remove the options for reading from `options`."""
     entity, time, items = (options.pop(name) for name in ("entity", "time", "items"))
     where = options.pop("where")
     drop = options.pop("drop_missing")
@@ -183,7 +183,7 @@ def run(histories: Histories, options: dict[str, Any]) -> Mined:
 
 
 def _condition(texts: tuple[str, ...]) -> Any:
-    """Give the expression of conditions such as "Quantity>0"; all must hold."""
+    """Return conditions such as "Quantity>0" as one expression: all must hold."""
     import pyarrow.compute as pc
 
     signs = {">=": operator.ge, "<=": operator.le, "!=": operator.ne, ">": operator.gt,
@@ -200,7 +200,7 @@ def _condition(texts: tuple[str, ...]) -> Any:
 
 
 def _value(text: str) -> float | str | datetime.date:
-    """Give what a condition compares with: a number, a date, or text, which may be quoted."""
+    """Return the value of a condition: a number, a date, or text, which may be quoted."""
     if re.fullmatch(r"-?\d+(\.\d+)?", text):
         return float(text)
     if re.fullmatch(r"\d{4}-\d\d-\d\d", text):

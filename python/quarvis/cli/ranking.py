@@ -1,4 +1,4 @@
-"""Rules of a file, best first."""
+"""Shows the rules of a file, best first."""
 
 from __future__ import annotations
 
@@ -10,7 +10,7 @@ import pyarrow.compute as pc
 
 from quarvis.errors import DataError
 
-#: The columns of the tool's rules file, as the package calls them.
+#: The package's names for the columns of the tool's rules file.
 _OF_TOOL = {
     "Count": "count", "A union S": "union_count", "Support": "ordered_support",
     "Confidence": "confidence", "Lift": "lift", "Conviction": "conviction",
@@ -19,7 +19,7 @@ _OF_TOOL = {
 
 
 def read_rules(path: Path) -> pa.Table:
-    """Read a file of rules into a table with the column `rule`, the text of each, first."""
+    """Read a file of rules into a table whose first column `rule` has each rule as text."""
     import pyarrow.csv
     import pyarrow.feather
     import pyarrow.json
@@ -60,7 +60,7 @@ def read_rules(path: Path) -> pa.Table:
 
 
 def show_rules(table: pa.Table, by: str, top: int, ascending: bool) -> str:
-    """Give the first rules as aligned text, the value that orders them first."""
+    """Return the first `top` rules as aligned text; the first column is the one ordered by."""
     names = table.column_names[1:]
     if by not in names:
         raise DataError(f"there is no column {by!r}; the columns are {', '.join(names)}")

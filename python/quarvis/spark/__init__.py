@@ -1,10 +1,10 @@
-"""Association rules of histories that Spark has: the numbers of `quarvis.mine`, in a cluster.
+"""Mine association rules in a cluster of Spark, with the same results as `quarvis.mine`.
 
 >>> from quarvis.spark import mine
 >>> mined = mine(frame, entity="customer", time="day", items="product", min_count=100, window="30d")
 >>> mined.rules.show()
 
-The executors need the package, too.
+The package must also be installed on the executors.
 """
 
 from quarvis.mining import Budget

@@ -1,4 +1,4 @@
-"""Runs that can go on where they ended: their state in a folder that Spark can reach."""
+"""Checkpoints: the state of a run in a folder that Spark can access, for resuming it."""
 
 from __future__ import annotations
 
@@ -12,15 +12,15 @@ _DDL = "number int, settings string, state binary"
 
 
 class Checkpoint:
-    """The levels of a run in a folder, as rows of Parquet files that are whole or not there.
+    """The states of a run after each level, as rows of Parquet files; no file is ever partial.
 
     Parameters
     ----------
     session : SparkSession
     folder : str
-        A path or an address that the cluster can read and write.
+        A path or a URL that the cluster can read and write.
     settings : dict
-        What the run depends on, with a digest of the data.
+        Everything that the run depends on, including a digest of the data.
     """
 
     def __init__(self, session: Any, folder: str, settings: dict[str, Any]) -> None:
@@ -31,12 +31,12 @@ class Checkpoint:
         self._settings = json.dumps(settings, sort_keys=True, default=str)
 
     def last(self) -> _engine.LevelRun | None:
-        """Give the state after the last whole level, or None.
+        """Return the state after the last complete level, or None.
 
         Raises
         ------
         DataError
-            When the folder has a run of other data or settings.
+            When the folder has a run with other data or settings.
         """
         from pyspark.errors import AnalysisException
 

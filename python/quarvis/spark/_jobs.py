@@ -1,4 +1,4 @@
-"""Jobs of a run: their names in the pages of Spark, their end by Ctrl-C, and the time they have."""
+"""The Spark jobs of a run: their names in Spark's UI, interruption by Ctrl-C, and time limit."""
 
 from __future__ import annotations
 
@@ -19,23 +19,23 @@ _ROWS_PER_BATCH = "spark.sql.execution.arrow.maxRecordsPerBatch"
 
 
 class OutOfTime(Exception):
-    """The seconds of the budget are over."""
+    """The time of the budget is exceeded."""
 
 
 class Jobs:
-    """Runs jobs in a session, classic or Connect, one after the other.
+    """Runs jobs in a session, classic or Spark Connect, one after the other.
 
     Parameters
     ----------
     session : SparkSession
-        Whose configuration is changed while a job counts on shards, and put back afterwards.
+        The session. Its configuration is changed while a job counts on shards, then restored.
     seconds : float, optional
-        What all jobs together may take.
+        The limit of the time of all jobs together.
     tasks : int, optional
-        In how many tasks shards are counted; by default as many as there are cores, where Spark
-        tells that, else one for each partition of the shards.
+        The number of tasks that count on the shards. By default the number of cores, if Spark
+        reports it, otherwise one for each partition of the shards.
     progress : callable, optional
-        Gets (step, done, all) before each job.
+        Called with (step, done, all) before each job.
     """
 
     def __init__(
@@ -54,17 +54,17 @@ class Jobs:
         self.tasks = tasks
 
     def tell(self, step: str, done: int, total: int) -> None:
-        """Tell how far the run is."""
+        """Report the progress of the run."""
         if self._progress is not None:
             self._progress(step, done, total)
 
     @contextlib.contextmanager
     def interruptible(self) -> Iterator[None]:
-        """Have Ctrl-C cancel the job at hand, and then raise `KeyboardInterrupt`.
+        """Make Ctrl-C cancel the current job and then raise `KeyboardInterrupt`.
 
-        The signal comes in the middle of a talk with Spark, where an exception would break the
-        connection; so the handler only has another thread cancel what runs under the tag. In other
-        threads than the main one signals are not heeded.
+        An exception raised in the handler could break the connection in the middle of an exchange
+        with Spark. So the handler only starts a thread that cancels the jobs under the tag. Signals
+        are handled only in the main thread.
         """
         if threading.current_thread() is not threading.main_thread():
             yield
@@ -72,7 +72,7 @@ class Jobs:
         ended = threading.Event()
 
         def cancel() -> None:
-            # A job that has not begun yet is none that can be cancelled.
+            # A job that has not started yet cannot be cancelled, so this is tried repeatedly.
             while not ended.wait(0.2):
                 with contextlib.suppress(Exception):
                     self.session.interruptTag(self._tag)
@@ -96,12 +96,12 @@ class Jobs:
 
     @contextlib.contextmanager
     def named(self, name: str, batch: int | None = None) -> Iterator[None]:
-        """Run jobs under a name; `batch` rows cross to Python at a time.
+        """Run jobs under a name; Spark passes `batch` rows at a time to Python.
 
         Raises
         ------
         OutOfTime
-            When the time is over, also in the middle of a job.
+            When the time limit is reached, even in the middle of a job.
         """
         self.count += 1
         session = self.session
@@ -163,10 +163,10 @@ class Jobs:
     def summed(
         self, shards: Any, work: _work.Work, keys: int, name: str, least: int | None
     ) -> list[tuple[int, int, bytes]]:
-        """Have the work done on all shards and give its sums, by kind and key.
+        """Do the work on all shards; return its sums as (kind, key, bytes), sorted.
 
-        Each task sums over its shards before anything is shuffled, and each key is summed in one
-        place. What has not the least count does not come back.
+        Each task sums over its shards before anything is shuffled. Then each key is summed by one
+        task. Counts below `least` are not returned.
         """
         adders = max(1, min(keys, self.tasks or keys))
         parts = shards if self.tasks is None else shards.coalesce(self.tasks)

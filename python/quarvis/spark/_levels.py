@@ -1,4 +1,4 @@
-"""The level loop: candidates out, sums back, the next level made."""
+"""The level loop: sends candidates to the executors, gets sums back, makes the next level."""
 
 from __future__ import annotations
 
@@ -14,24 +14,24 @@ from quarvis.mining import exceeded
 from quarvis.spark import _work
 from quarvis.spark._jobs import Jobs, log
 
-#: Of a candidate and of a rule in a sum.
+#: The bytes of a candidate and of a rule in a sum.
 _COUNT_BYTES, _TALLY_BYTES = 4, 24
 
 
 @dataclass(frozen=True)
 class Limits:
-    """What a level may take.
+    """The limits of a level.
 
     Attributes
     ----------
     block_bytes : int
-        The sums that a task holds; more take several jobs.
+        The most bytes of sums that a task holds; a level that needs more takes several jobs.
     key_bytes : int
-        The sums that are added up in one place.
+        The most bytes of the sums that are added up by one task.
     driver_bytes : int
-        What the driver holds of sets and rules.
+        The most bytes of sets and rules at the driver.
     sets : int or None
-        Item sets of all sizes together.
+        The most item sets of all sizes together.
     """
 
     block_bytes: int
@@ -41,7 +41,7 @@ class Limits:
 
 
 def sets_found(run: _engine.LevelRun) -> int:
-    """Give the number of item sets of all sizes."""
+    """Return the number of item sets of all sizes."""
     return sum(run.set_count(size) for size in range(1, run.size + 1))
 
 
@@ -49,7 +49,7 @@ def count_levels(
     jobs: Jobs, shards: Any, run: _engine.LevelRun, wants_rules: bool, limits: Limits,
     done: Callable[[_engine.LevelRun], object] = lambda run: None,
 ) -> None:
-    """Find all sets, and the rules of each size together with the sets of the next one.
+    """Find all sets, counting the rules of each size in the same jobs as the next larger sets.
 
     Calls `done` after each level.
 
@@ -125,7 +125,7 @@ def _check_bytes(run: _engine.LevelRun, more: int, limits: Limits) -> None:
 def _packed(
     blocks: list[_work.Block], each: int, most: int
 ) -> list[list[tuple[int, _work.Block]]]:
-    """Put blocks that stand one after the other into jobs; each knows its place as its key."""
+    """Group consecutive blocks into jobs; the key of a block is its place among all blocks."""
     jobs: list[list[tuple[int, _work.Block]]] = []
     room = 0
     for key, block in enumerate(blocks):

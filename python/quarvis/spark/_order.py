@@ -1,4 +1,4 @@
-"""The test of the order in a cluster: permuted shards, and rules recounted on them."""
+"""The test of the order in a cluster: counts the rules again on permuted shards."""
 
 from __future__ import annotations
 
@@ -12,15 +12,15 @@ from quarvis.spark import _work
 from quarvis.spark._jobs import Jobs
 from quarvis.spark._shards import Shards
 
-#: Between the seeds of permutations; odd, so that they differ.
+#: The difference between the seeds of successive permutations; odd, so that all seeds differ.
 _SEED_STEP = 0x9E3779B97F4A7C15
 
-#: Tallies of rules as bytes.
+#: The layout of the tally of a rule.
 TALLY = np.dtype([
     ("split", "<u8"), ("set", "<u4"), ("met", "<u4"), ("counted", "<u4"), ("unused", "<u4")
 ])
 
-#: What the states of the data sets of a job may take in a task.
+#: The most bytes that the states of a job's data sets take in a task.
 _STATE_BYTES = 2**26
 
 _MOST_OF_JOB = 32
@@ -31,7 +31,7 @@ First = dict[tuple[int, int], int]
 
 
 class Order:
-    """Recounts the rules where times are permuted; data set 0 is the data themselves."""
+    """Counts the rules on data sets: number 0 is the data, the others are permutations of it."""
 
     def __init__(
         self, jobs: Jobs, shards: Shards, run: _engine.LevelRun, masks: tuple[Any, Any] | None,
@@ -48,7 +48,7 @@ class Order:
         self._batches = [range(i, min(i + each, sets)) for i in range(0, sets, each)]
 
     def tested(self, rules: list[Rule], observed: Any) -> dict[str, Any]:
-        """Give by rule `p`, `p_max`, `mean` and `deviation`, as `quarvis._engine.test_order`."""
+        """Return `p`, `p_max`, `mean` and `deviation` by rule, as `quarvis._engine.test_order`."""
         listed = self._listed()
         known = self._sides(listed)
         sums, squares = self._sums(known)
@@ -90,13 +90,13 @@ class Order:
         }
 
     def _listed(self) -> list[list[Any]]:
-        """By data set and size from 2 on: the tallies of the rules that are met often enough."""
+        """Return the tallies of rules met often enough, by data set and by size from 2 on."""
         fed: list[list[bytes]] = [[] for _ in self._seeds]
         for size in range(2, self._run.size + 1):
             name = f"permuted rules of {size} items"
             for number, batch in enumerate(self._batches):
                 self._progress(name, number, len(self._batches))
-                # Without a rule of a size there is none of the next.
+                # If a size has no rule, the next size has none either.
                 going = [i for i in batch if size == 2 or fed[i][-1]]
                 if not going:
                     continue
@@ -114,7 +114,7 @@ class Order:
         return [[np.frombuffer(data, TALLY) for data in sizes] for sizes in fed]
 
     def _by_rule(self, listed: list[list[Any]]) -> Iterator[dict[Rule, int]]:
-        """By data set: the rules that are listed in it, and their counts."""
+        """Yield, for each data set, the rules that are listed in it and their counts."""
         for sizes in listed:
             counts: dict[Rule, int] = {}
             for size, tallies in enumerate(sizes, 2):
@@ -127,7 +127,7 @@ class Order:
             yield counts
 
     def _sides(self, listed: list[list[Any]]) -> list[Rule]:
-        """The rules that are listed in any data set."""
+        """Return the rules that are listed in any data set."""
         known: dict[Rule, None] = {}
         for counts in self._by_rule(listed):
             known.update(dict.fromkeys(counts))
@@ -150,7 +150,7 @@ class Order:
                    for mask, side in zip(self._masks, rule, strict=True))
 
     def _sums(self, rules: list[Rule]) -> tuple[Any, Any]:
-        """Sum the counts of all rules over the data sets, and their squares."""
+        """Return, for each rule, the sum of its counts over the data sets, and of their squares."""
         sums = np.zeros(len(rules), np.uint64)
         squares = np.zeros(len(rules), np.uint64)
         if not rules:
@@ -186,7 +186,7 @@ def tally_orders(
     name: str, base: bytes, items: int, first: First,
     sets: dict[int, tuple[int | None, list[bytes]]],
 ) -> _work.Work:
-    """Tally the rules of the next size on data sets, each of which is a key."""
+    """Return the work that tallies the rules of the next size; each data set is a key."""
 
     def tally(batches: _work.Batches) -> _work.Batches:
         runs = {}
@@ -208,7 +208,7 @@ def count_orders(
     name: str, base: bytes, first: First, sets: dict[int, int | None], window: int,
     sides: list[tuple[Any, Any]],
 ) -> _work.Work:
-    """Count rules on data sets, each of which is a key."""
+    """Return the work that counts rules; each data set is a key."""
 
     def count(batches: _work.Batches) -> _work.Batches:
         run = _engine.LevelRun.from_bytes(base)

@@ -1,4 +1,4 @@
-"""What is asked of a run in a cluster after it: sides, explanations, and tests of the order."""
+"""Questions about a finished run in a cluster: sides, explanations and tests of the order."""
 
 from __future__ import annotations
 
@@ -28,7 +28,7 @@ Lists = tuple[Any, Any]
 
 
 def with_sides(setup: Setup, found: _engine.Found) -> _engine.Found:
-    """Count the sides of rules in all histories, and give the rules that pass then."""
+    """Count the sides of rules in all histories, and return the rules that then pass."""
     assert setup.sides is not None
     watch = _engine.Watch()
     columns = found.rules(watch)
@@ -58,7 +58,7 @@ def _keys(lists: Lists) -> list[tuple[int, ...]]:
 
 
 def count_sets(name: str, offsets: Any, ranks: Any) -> _work.Work:
-    """Count in how many of all histories sets are."""
+    """Return the work that counts, among all histories, those that hold each set."""
 
     def count(batches: _work.Batches) -> _work.Batches:
         total = np.zeros(len(offsets) - 1, np.uint32)
@@ -98,10 +98,10 @@ def explain(setup: Setup, rule: Any) -> Explanation:
 
 
 def _shards_with(setup: Setup, items: list[str]) -> tuple[Any, dict[str, int]]:
-    """Give shards that have the items, and the codes of these.
+    """Return shards that have the items, and the codes of the items.
 
-    The shards of the run have the items that may be frequent. Where that is not enough, the rows of
-    the items are shipped again, and those alone.
+    The shards of the run have only items that may be frequent. If that is not enough, new shards
+    are built from the rows of these items.
     """
     codes = pc.index_in(pa.array(items, pa.large_string()), setup.names)
     if setup.sides is None and codes.null_count == 0:
@@ -154,7 +154,7 @@ def explain_counts(name: str, ranks: list[Any], window: int) -> _work.Work:
 def explain_histories(
     name: str, ranks: list[Any], window: int, scale: TimeScale
 ) -> _work.Work:
-    """Give a row for each history that holds all items."""
+    """Return the work that makes a row for each history that holds all items."""
 
     def tell(batches: _work.Batches) -> Iterator[pa.RecordBatch]:
         for data, entities in _work.cells(batches, "shard", "entities"):
@@ -186,7 +186,7 @@ def test_order(
     setup: Setup, run: _engine.LevelRun, collected: Collected, permutations: int, seed: int,
     progress: Callable[[str, int, int], object] | None,
 ) -> pa.Table:
-    """Permute the times and recount, in the cluster; give a table by rule."""
+    """Permute the times and count again in the cluster; return a table with a row per rule."""
     if not setup.has_times:
         raise DataError("nothing follows anything here: these histories have no times")
     permutations, seed = draws(permutations, seed)

@@ -1,4 +1,4 @@
-"""From a frame of Spark to rows of entity, time and code, by Spark alone."""
+"""Turns a Spark frame into rows of entity, time and code, by Spark expressions only."""
 
 from __future__ import annotations
 
@@ -14,8 +14,7 @@ from pyspark.sql import types as T  # noqa: N812
 from quarvis._times import TimeScale
 from quarvis.errors import DataError
 
-#: The columns of rows: what they lack, as a sum of these numbers, and whether they are the first
-#: of a row of the input.
+#: Flags of the column `lacks`: what a row lacks, or that a name has a fraction.
 NO_ENTITY, NO_TIME, NO_ITEM, FRACTION = 1, 2, 4, 8
 
 _MICROSECONDS = (10**6, 10**3)
@@ -23,32 +22,35 @@ _MICROSECONDS = (10**6, 10**3)
 
 @dataclass(frozen=True)
 class Source:
-    """Rows of one item each, as the input has them: `entity`, `time`, `item`, `lacks`, `first`."""
+    """Rows of one item each, with the columns `entity`, `time`, `item`, `lacks` and `first`.
+
+    `lacks` is a sum of the flags, and `first` marks one row for each row of the input.
+    """
 
     rows: Any
-    time: TimeScale  #: Without its origin, its step and its last time.
-    names: dict[int, str]  #: By what a row may lack: the column.
+    time: TimeScale  #: Its origin, step and last time are not set.
+    names: dict[int, str]  #: For each flag of something missing, the column.
 
 
 @dataclass(frozen=True)
 class Facts:
-    """What one look at all rows told."""
+    """The result of one pass over all rows."""
 
     rows: int
     dropped: dict[str, int]
     scale: TimeScale
-    digest: str  #: Of all rows, in any order; empty when it was not asked for.
+    digest: str  #: A digest of all rows, independent of their order; empty when not requested.
 
 
 def source_of(
     frame: Any, entity: str | None, time: str | None, items: str | Sequence[str]
 ) -> Source:
-    """Give the rows of a frame.
+    """Return the rows of a frame.
 
     Raises
     ------
     DataError
-        For a column that is not there or has no fit type.
+        When a column is missing or has an unsuitable type.
     """
     columns = [items] if isinstance(items, str) else list(items)
     if not columns:
@@ -100,7 +102,7 @@ def _flag(condition: Any, number: int) -> Any:
 
 
 def _value(column: Any, kind: T.DataType, name: str) -> tuple[Any, Any, Any]:
-    """Give a value that names something, whether it is missing, and whether it is a fraction."""
+    """Return a column as names, whether a value is missing, and whether it has a fraction."""
     if isinstance(kind, T.FloatType | T.DoubleType):
         missing = column.isNull() | F.isnan(column)
         broken = ~missing & (F.floor(column) != column)
@@ -115,7 +117,7 @@ def _value(column: Any, kind: T.DataType, name: str) -> tuple[Any, Any, Any]:
 
 
 def _name(column: Any, kind: T.DataType, name: str) -> tuple[Any, Any, Any]:
-    """Give a value as the name of an item."""
+    """Return the same for names of items, as text."""
     if isinstance(kind, T.TimestampType | T.TimestampNTZType):
         raise DataError(f"column {name!r} has items as {kind.simpleString()}: convert them to text")
     value, missing, broken = _value(column, kind, name)
@@ -187,7 +189,7 @@ def _time(name: str, kind: T.DataType) -> tuple[Any, TimeScale]:
 
 
 def by_item(source: Source, drops: bool, digest: bool) -> Any:
-    """Give a row for each item, with its number of rows and what is to be known of all of them."""
+    """Return a row for each item, with its number of rows and partial sums for `facts_of`."""
     first = F.col("first").cast("bigint")
     kept = F.col("lacks") == 0 if drops else F.lit(True)
     time = F.when(kept, F.col("time"))
@@ -212,12 +214,12 @@ def by_item(source: Source, drops: bool, digest: bool) -> Any:
 
 
 def facts_of(grouped: Any, source: Source, drops: bool, digest: bool) -> Facts:
-    """Tell what all rows have, from what is known of each item.
+    """Combine the rows of `by_item` into the facts about all rows.
 
     Raises
     ------
     DataError
-        When rows lack what they need, or have fractions as names.
+        When rows lack a value and are not to be dropped, or have fractions as names.
     """
     sums = ["rows", "all_rows", *(f"lacks_{flag}" for flag in (NO_ENTITY, NO_TIME, NO_ITEM,
                                                               FRACTION))]
@@ -264,7 +266,7 @@ def _scale(scale: TimeScale, known: dict[str, Any]) -> TimeScale:
 
 
 def coded(source: Source, drops: bool, scale: TimeScale, codes: Any) -> Any:
-    """Give rows of entity, time and code, as they are shipped; a null is an item that is rare."""
+    """Return the rows to ship: entity, time and code; the code of a rare item is null."""
     rows = source.rows
     if drops:
         rows = rows.where(F.col("lacks") == 0)

@@ -1,4 +1,4 @@
-"""The histories of a run in the cluster, as shards."""
+"""The histories of a run, kept in the cluster as shards."""
 
 from __future__ import annotations
 
@@ -15,19 +15,19 @@ from quarvis.spark._jobs import Jobs, log
 class Shards:
     """Shards of histories, kept in the memory and on the disks of the executors.
 
-    Rows are shipped once, by ranges of entities, so that a history is in one shard. What is lost
-    is built again by Spark from the rows. Histories are numbered by the order of their entities.
+    Rows are shuffled once, by ranges of entities, so each history is in one shard. Spark rebuilds
+    lost shards from the rows. Histories are numbered in the order of their entities.
 
     Attributes
     ----------
     frame : DataFrame
         A row for each shard, see `_work.SHARD`.
     histories, with_times : int
-        All histories, and those with several times.
+        The number of all histories, and of those with more than one time.
     first : dict
-        By partition and number of a shard: the number of its first history.
+        The number of the first history of a shard, by the shard's partition and number.
     counts : numpy.ndarray
-        By code: the histories that the item is in.
+        The number of histories that hold each item, by code.
     """
 
     def __init__(
@@ -69,5 +69,5 @@ class Shards:
         )
 
     def unpersist(self) -> None:
-        """Give back what the executors keep."""
+        """Release the shards on the executors."""
         self.frame.unpersist()

@@ -1,7 +1,7 @@
-"""What executors do: build shards of histories, and count on them.
+"""The work of the executors: they build shards of histories and count on them.
 
-Every function here gives a function for `mapInArrow`, which takes and gives record batches. It is
-named after its work, since the name is shown in the pages of Spark. Shards come one a batch.
+The public functions that return `Work` return a function for `mapInArrow`, from record batches to
+record batches. It has a readable name, which Spark's UI shows. A batch holds one shard.
 """
 
 from __future__ import annotations
@@ -19,7 +19,8 @@ from quarvis import _engine
 Batches = Iterator[pa.RecordBatch]
 Work = Callable[[Batches], Batches]
 
-#: A shard: where it was built, what is in it, and its bytes. `entities` is an Arrow stream.
+#: A shard: where it was built, what it contains, and its bytes. `entities` is an Arrow stream;
+#: `whole` is a shard of all histories for runs with patterns for the sides, otherwise empty.
 SHARD = pa.schema([
     ("partition", pa.int32()), ("number", pa.int32()), ("histories", pa.int64()),
     ("with_times", pa.int64()), ("rows", pa.int64()), ("entities", pa.binary()),
@@ -30,7 +31,7 @@ SHARD_DDL = (
     "entities binary, shard binary, whole binary"
 )
 
-#: Numbers that are summed over the shards: those of a kind and a key belong together.
+#: Numbers to be summed over the shards. Rows with the same kind and key are added up.
 SUM = pa.schema([("kind", pa.int32()), ("key", pa.int32()), ("data", pa.binary())])
 SUM_DDL = "kind int, key int, data binary"
 
@@ -42,18 +43,18 @@ Block = tuple[int, int, int]
 
 @dataclass(frozen=True)
 class Sides:
-    """Which items may be on the sides of rules, by code."""
+    """The items that may be on each side of a rule: one byte per code, 1 if allowed."""
 
     left: bytes
     right: bytes
 
     def masks(self) -> tuple[Any, Any]:
-        """Give both as arrays of truth values."""
+        """Return both as boolean arrays."""
         return np.frombuffer(self.left, bool), np.frombuffer(self.right, bool)
 
 
 def named(work: Work, name: str) -> Work:
-    """Name a function, for the pages of Spark."""
+    """Set the name of a function that Spark's UI shows."""
     work.__name__ = name
     return work
 
@@ -62,9 +63,9 @@ def named(work: Work, name: str) -> Work:
 
 
 def build_shards(items: int, shard_bytes: int, sides: Sides | None) -> Work:
-    """Build shards of rows of entity, time and code, which come sorted by entity.
+    """Return the work that builds shards from rows of entity, time and code, sorted by entity.
 
-    A shard ends with the entity that makes it take `shard_bytes`, at 12 bytes a row.
+    A shard ends with the entity at which it reaches `shard_bytes`, at 12 bytes per row.
     """
 
     def build(batches: Batches) -> Batches:
@@ -84,7 +85,7 @@ def build_shards(items: int, shard_bytes: int, sides: Sides | None) -> Work:
                 continue
             table = pa.Table.from_batches(held)
             ends = np.flatnonzero(_begins(_one_array(table.column(0))))
-            # The last history may go on in the next batch.
+            # The last history may continue in the next batch.
             start = 0
             while ends[-1] - start >= most:
                 end = int(ends[np.searchsorted(ends, start + most)])
@@ -93,7 +94,7 @@ def build_shards(items: int, shard_bytes: int, sides: Sides | None) -> Work:
                 start = end
             held = table.slice(start).combine_chunks().to_batches()
             rows -= start
-            # A history that is larger than a shard is not looked at again with each batch.
+            # If a history is larger than a shard, not every batch triggers another search.
             looked_at = most if start else max(most, 2 * rows)
         if rows:
             yield _shard(pa.Table.from_batches(held), place, number, items, sides)
@@ -107,7 +108,7 @@ def _one_array(column: pa.ChunkedArray) -> pa.Array:
 
 
 def _begins(entities: pa.Array) -> Any:
-    """Tell by row whether another entity begins there."""
+    """Return, for each row, whether an entity begins there."""
     begins = np.ones(len(entities), bool)
     if len(entities) > 1:
         others = pc.not_equal(entities.slice(1), entities.slice(0, len(entities) - 1))
@@ -164,7 +165,7 @@ def _codes(column: pa.ChunkedArray) -> Any:
 
 
 def _code_names(items: int) -> tuple[Any, Any]:
-    """Give names of four bytes whose order is that of the codes."""
+    """Return names of four bytes in the order of the codes, as offsets and bytes."""
     codes = np.arange(items, dtype=">u4").view(np.uint8)
     return np.arange(items + 1, dtype=np.int64) * 4, codes
 
@@ -184,7 +185,7 @@ def _stream(values: pa.Array) -> bytes:
 
 
 def entities_of(stream: bytes) -> pa.ChunkedArray:
-    """Give the entities of a shard, by the number of the history."""
+    """Return the entities of a shard, by the number of the history in the shard."""
     return pa.ipc.open_stream(stream).read_all().column(0)
 
 
@@ -192,7 +193,7 @@ def entities_of(stream: bytes) -> pa.ChunkedArray:
 
 
 def cells(batches: Batches, *names: str) -> Iterator[tuple[Any, ...]]:
-    """Give the rows one by one, so that only one shard is held."""
+    """Yield the named cells of one row at a time, so that only one shard is in memory."""
     for batch in batches:
         columns = [batch.column(batch.schema.get_field_index(name)) for name in names]
         for row in range(batch.num_rows):
@@ -207,7 +208,7 @@ def sums(parts: Iterator[tuple[int, int, bytes]]) -> Batches:
 
 
 def count_items(name: str) -> Work:
-    """Count the histories that each item is in."""
+    """Return the work that counts the histories that hold each item."""
 
     def count(batches: Batches) -> Batches:
         total = None
@@ -224,7 +225,7 @@ def count_level(
     name: str, for_sets: bytes | None, set_blocks: list[tuple[int, Block]],
     for_rules: bytes | None, rule_blocks: list[tuple[int, Block]],
 ) -> Work:
-    """Count blocks of candidates, and tally blocks of rules, by their keys."""
+    """Return the work that counts blocks of candidates and tallies blocks of rules, by key."""
 
     def count(batches: Batches) -> Batches:
         sets = None if for_sets is None else _engine.LevelRun.from_bytes(for_sets)
@@ -249,9 +250,10 @@ def count_level(
 
 
 def add_up(name: str, least: int | None) -> Work:
-    """Sum what comes sorted by kind and key; keep what has the least count, or all.
+    """Return the work that adds up rows sorted by kind and key.
 
-    Counts that are kept are places and counts, one after the other.
+    It drops numbers below `least`, unless that is None. The remaining counts are written as all
+    places followed by all counts.
     """
 
     def finished(kind: int, total: Any) -> bytes:
@@ -284,7 +286,7 @@ def add_up(name: str, least: int | None) -> Work:
 
 
 def frequent(data: bytes) -> tuple[Any, Any]:
-    """Give the places and the counts that `add_up` kept."""
+    """Return the places and the counts that `add_up` kept."""
     numbers = np.frombuffer(data, np.uint32)
     half = len(numbers) // 2
     return numbers[:half], numbers[half:]

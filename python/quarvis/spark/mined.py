@@ -1,4 +1,4 @@
-"""What a run in a cluster found, as frames of Spark."""
+"""The results of a run in a cluster, as Spark frames."""
 
 from __future__ import annotations
 
@@ -26,16 +26,16 @@ from quarvis.spark._shards import Shards
 
 PathLike = str | os.PathLike[str]
 
-#: Rules or sets that the driver makes rows of; of more, executors do.
+#: The most rules or sets that the driver turns into rows; beyond it, executors do.
 ROWS_AT_DRIVER = 100_000
 
-#: Rules or sets of a partition that executors make.
+#: The number of rules or sets in each partition that executors make.
 _ROWS_OF_PART = 250_000
 
 
 @dataclass(frozen=True)
 class Setup:
-    """What was mined, and how."""
+    """The data and the settings of a run."""
 
     jobs: Jobs
     source: Source
@@ -52,14 +52,15 @@ class Setup:
 
     @property
     def has_times(self) -> bool:
-        """Whether rules have an order."""
+        """Whether the histories have times, so that rules have an order."""
         return self.scale.type is not None
 
 
 class Mined:
-    """The rules and the item sets of a run in a cluster; made by `mine`.
+    """The rules and the item sets of a run in a cluster; returned by `mine`.
 
-    The executors keep the shards until `unpersist`, so that questions need not ship the rows again.
+    The executors keep the shards of the histories until `unpersist`, so questions need not read the
+    rows again.
     """
 
     def __init__(self, setup: Setup, run: _engine.LevelRun) -> None:
@@ -68,10 +69,9 @@ class Mined:
 
     @cached_property
     def rules(self) -> Any:
-        """The rules as a frame of Spark, with the columns of `quarvis.Mined.rules`.
+        """The rules as a Spark frame, with the columns of `quarvis.Mined.rules`.
 
-        Counts are whole numbers of 64 bits. Rows have no order: executors write them where there
-        are many.
+        Counts are 64-bit integers. The rows have no order.
         """
         if self._is_small(self._run.rule_count):
             return self._frame(self.collect().to_arrow())
@@ -79,16 +79,16 @@ class Mined:
 
     @cached_property
     def item_sets(self) -> Any:
-        """The frequent item sets as a frame of Spark: `items`, `count` and `support`."""
+        """The frequent item sets as a Spark frame: `items`, `count` and `support`."""
         sets = sets_found(self._run)
         if self._is_small(sets):
             return self._frame(self.collect().item_sets)
         return self._in_parts("item_sets", sets)
 
     def collect(self) -> Collected:
-        """Give what was found as an object of this process, like that of `quarvis.mine`.
+        """Bring the results into this process, as an object like that of `quarvis.mine`.
 
-        Its frames are PyArrow tables. What needs the histories is asked of the cluster.
+        Its frames are PyArrow tables. Questions that need the histories still run in the cluster.
         """
         return self._collected
 
@@ -102,9 +102,9 @@ class Mined:
         return Collected(parts.local_run(setup.options, setup.window), found, cluster=self)
 
     def explain(self, rule: Any) -> Explanation:
-        """Tell how each history with all items of a rule counts for it, or why it does not.
+        """Explain in which of the histories with all items of a rule it counts, and why not else.
 
-        As `quarvis.Mined.explain`; `histories` is a frame of Spark.
+        The same as `quarvis.Mined.explain`, but `histories` is a Spark frame.
         """
         with self._setup.jobs.interruptible():
             return _questions.explain(self._setup, rule)
@@ -112,10 +112,11 @@ class Mined:
     def test_order(
         self, *, permutations: int = 999, seed: int = 0, progress: Progress = False
     ) -> Any:
-        """Test whether the consequents follow more often than order by chance explains.
+        """Test whether the consequents follow more often than a random order would explain.
 
-        As `quarvis.Mined.test_order`, of which it gives the numbers for the same rows sorted by
-        entity: draws depend on the number of a history. A frame of Spark.
+        The same as `quarvis.Mined.test_order`, but the result is a Spark frame. The numbers equal
+        those of one machine for the same rows sorted by entity, since the permutation of a history
+        depends on its number.
         """
         tested = self._tested(self.collect(), permutations, seed, progress)
         return self._frame(tested)
@@ -129,23 +130,24 @@ class Mined:
             )
 
     def write(self, rules: PathLike, item_sets: PathLike | None = None) -> None:
-        """Write rules and item sets as Parquet files of a folder each; executors write.
+        """Write the rules and the item sets as Parquet files, from the executors.
 
         Parameters
         ----------
         rules, item_sets : path
-            Where they go, as Spark names it; what is there is replaced.
+            A folder for each, as a path or URL of Spark; an existing folder is replaced. Without
+            `item_sets`, only the rules are written.
         """
         self.rules.write.mode("overwrite").parquet(os.fspath(rules))
         if item_sets is not None:
             self.item_sets.write.mode("overwrite").parquet(os.fspath(item_sets))
 
     def unpersist(self) -> None:
-        """Give back the memory and the disks of the executors; questions then ship rows again."""
+        """Release the shards on the executors; later questions build them again."""
         self._setup.shards.unpersist()
 
     def __len__(self) -> int:
-        """The number of rules."""
+        """Return the number of rules."""
         return len(self.collect())
 
     def __repr__(self) -> str:
@@ -171,7 +173,7 @@ class Mined:
 
 @dataclass(frozen=True)
 class Parts:
-    """What executors need to make rows of a run."""
+    """What executors need to turn the results of a run into rows."""
 
     names: pa.Array
     counts: Any
@@ -183,14 +185,14 @@ class Parts:
 
     @classmethod
     def of(cls, setup: Setup) -> Parts:
-        """Give those of a run."""
+        """Return the parts of a run."""
         return cls(
             setup.names, setup.shards.counts, setup.shards.histories, setup.scale, setup.splits,
             setup.thresholds, setup.wants_rules,
         )
 
     def found(self, run: _engine.LevelRun, first: int = 0, most: int = 2**62) -> _engine.Found:
-        """Give what the run found, or some of the rules."""
+        """Return the results of the run; of the rules, `most` from number `first` on."""
         index = _engine.items(*string_buffers(self.names), self.counts, 0)
         found = run.found(index, self.histories, first, most)
         if self.scale.type is None and self.wants_rules:
@@ -201,14 +203,14 @@ class Parts:
         return found
 
     def local_run(self, options: _engine.Options, window: Window) -> local.Run:
-        """Give what a local object knows of the run."""
+        """Return the settings of the run in the form of a run on one machine."""
         return local.Run(
             _Counted(self.histories, self.scale, self.names),  # type: ignore[arg-type]
             options, window, self.splits, self.thresholds, self.wants_rules,
         )
 
     def rows(self, run: _engine.LevelRun, what: str, part: int, parts: int) -> pa.Table:
-        """Give one part of many of the rules or of the sets."""
+        """Return one of `parts` parts of the rules or of the sets."""
         number = run.rule_count
         first, end = (number * (part + i) // parts for i in (0, 1))
         found = self.found(run, first, end - first)
@@ -221,7 +223,7 @@ class Parts:
 
 
 def make_rows(some: Parts, state: bytes, what: str, parts: int) -> _work.Work:
-    """Make rows of rules or of sets, some parts a task."""
+    """Return the work that makes rows of rules or of sets, one or more parts per task."""
 
     def make(batches: _work.Batches) -> _work.Batches:
         run = _engine.LevelRun.from_bytes(state)
@@ -233,7 +235,7 @@ def make_rows(some: Parts, state: bytes, what: str, parts: int) -> _work.Work:
 
 
 class _Counted:
-    """Stands for histories that are in the cluster: their number, and what times mean."""
+    """Stands in for histories that are in the cluster: has their number, times scale and items."""
 
     def __init__(self, number: int, scale: TimeScale, names: pa.Array) -> None:
         self._number = number
@@ -247,7 +249,7 @@ class _Counted:
 
 
 class Collected(local.Mined):
-    """What a run in a cluster found, in this process; see `quarvis.Mined`."""
+    """The results of a run in a cluster, in this process; see `quarvis.Mined`."""
 
     def __init__(
         self, run: local.Run, found: _engine.Found, places: local.Places | None = None,
@@ -257,16 +259,16 @@ class Collected(local.Mined):
         self._cluster = cluster
 
     def explain(self, rule: Any) -> Explanation:
-        """As `quarvis.spark.Mined.explain`, in the cluster."""
+        """The same as `quarvis.spark.Mined.explain`; runs in the cluster."""
         return self._cluster.explain(rule)
 
     def test_order(
         self, *, permutations: int = 999, seed: int = 0, threads: int | None = None,
         progress: Progress = False,
     ) -> Any:
-        """As `quarvis.spark.Mined.test_order`, in the cluster, of these rules; a PyArrow table.
+        """The same as `quarvis.spark.Mined.test_order` for these rules, as a PyArrow table.
 
-        `threads` has no effect: the tasks of the run are those of the test.
+        Runs in the cluster. `threads` has no effect: the test uses the tasks of the run.
         """
         return self._cluster._tested(self, permutations, seed, progress)
 
@@ -286,7 +288,7 @@ class Collected(local.Mined):
 
 
 def spark_table(table: pa.Table) -> pa.Table:
-    """Give a table with types that Spark has: its whole numbers have a sign."""
+    """Return the table with types that Spark supports, which has no unsigned integers."""
     for place, field in enumerate(table.schema):
         if pa.types.is_unsigned_integer(field.type):
             table = table.set_column(place, field.name, table.column(place).cast(pa.int64()))

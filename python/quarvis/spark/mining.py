@@ -1,4 +1,4 @@
-"""The run in a cluster: from a frame of Spark to item sets and rules."""
+"""Mines in a cluster: from a Spark frame to item sets and rules."""
 
 from __future__ import annotations
 
@@ -36,22 +36,22 @@ from quarvis.spark._levels import Limits, count_levels, sets_found
 from quarvis.spark._shards import Shards
 from quarvis.spark.mined import Mined, Setup
 
-#: Rows of a partition of shards, and the most partitions where the session does not ask for more.
+#: The rows of a partition of shards, and the most partitions unless the session asks for more.
 _ROWS_PER_PARTITION, _MOST_PARTITIONS = 500_000, 10_000
 
-#: Of a shard: enough for the dictionary to be a small part, and little beside an executor.
+#: The size of a shard: large compared to its dictionary, small compared to an executor's memory.
 _SHARD_BYTES, _SHARD_BYTES_PER_ITEM = 8 * 2**20, 64
 
-#: Sums that are added up in one place; a block has eight of them at least.
+#: The most bytes of the sums that one task adds up; at most an eighth of a block.
 _KEY_BYTES = 2**20
 
 
 @dataclass(frozen=True)
 class _Dictionary:
-    """The items that may be frequent, by code, in the byte order of their names."""
+    """The items that may be frequent, by code. Codes are in the byte order of the names."""
 
     names: pa.Array
-    codes: Any  #: The same as a frame of Spark: item, code.
+    codes: Any  #: The same as a Spark frame with the columns `item` and `code`.
 
 
 def mine(
@@ -81,53 +81,55 @@ def mine(
     block_bytes: int = 64 * 2**20,
     driver_bytes: int = 2**30,
 ) -> Mined:
-    """Find the frequent item sets and the rules of a frame of Spark, in its cluster.
+    """Find the frequent item sets and the rules of a Spark frame, in its cluster.
 
-    What is found is what `quarvis.mine` finds in the same rows, whatever their order and however
-    they are partitioned. It takes the same arguments but `threads`, and these besides.
+    The results are the same as those of `quarvis.mine` for the same rows, whatever their order and
+    partitions.
 
     Parameters
     ----------
     data : pyspark.sql.DataFrame
-        Of a classic session or of Spark Connect.
+        A frame of a classic session or of Spark Connect.
     entity, time, items, missing
         As for `quarvis.Histories`.
     min_count, min_support, window, max_items, min_confidence, min_lift, max_conviction, splits,
     antecedents, consequents, rules, progress
         As for `quarvis.mine`.
     budget : Budget, optional
-        `seconds` and `sets` as for `quarvis.mine`; `bytes` bounds the sets and rules at the driver,
-        as `driver_bytes` does, and the lesser one holds.
+        `seconds` and `sets` are as for `quarvis.mine`. `bytes` limits the sets and rules at the
+        driver, like `driver_bytes`; the smaller limit applies.
     checkpoint : str, optional
-        A folder that the cluster can write. A run that died goes on from its last whole level when
-        it is started again with the same data and settings.
+        A folder that the cluster can write. A run that ended early resumes after its last complete
+        level when it is started again with the same data and settings.
     partitions : int, optional
-        Of the histories; by default one for each 500,000 rows, but at most 10,000, or
-        ``spark.sql.shuffle.partitions`` where that is more.
+        The number of partitions of the histories. By default one for each 500,000 rows, but at most
+        10,000 or ``spark.sql.shuffle.partitions``, whichever is greater.
     tasks : int, optional
-        In how many tasks a level is counted. By default there are as many as cores, or one for each
-        partition by Spark Connect, which does not tell of cores. Fewer shuffle less.
+        The number of tasks that count a level. By default the number of cores or, in Spark Connect,
+        which does not report cores, one for each partition. Fewer tasks shuffle less.
     shard_bytes : int, optional
-        What a shard of histories takes, about; by default 8 MiB, or 64 bytes for each item that may
-        be frequent where that is more. A history is in one shard, however long it is.
+        The approximate size of a shard of histories, in bytes. By default 8 MiB or 64 bytes for
+        each item that may be frequent, whichever is greater. A history is always in one shard,
+        however long it is.
     block_bytes : int
-        The sums that a task holds at a time; the candidates of a level take more jobs when they
-        need more.
+        The most bytes of sums that a task holds at a time. A level whose candidates need more takes
+        several jobs.
     driver_bytes : int
-        What the sets and rules may take at the driver, 20 bytes a set and 32 a rule, and those of
-        the level that is counted.
+        The most bytes of sets and rules at the driver: 20 bytes per set and 32 per rule, plus those
+        of the level that is being counted.
 
     Returns
     -------
     Mined
-        `rules` and `item_sets` as frames of Spark.
+        Its `rules` and `item_sets` are Spark frames.
 
     Raises
     ------
     DataError
-        For arguments that do not fit the data, and a checkpoint of other ones.
+        When an argument does not fit the data, or when the checkpoint belongs to other data or
+        settings.
     BudgetExceeded
-        When the run reached a bound of the budget or `driver_bytes`.
+        When the run exceeds a limit of the budget or `driver_bytes`.
     """
     began = clock.monotonic()
     session = data.sparkSession
@@ -211,7 +213,7 @@ def mine(
 def _begun(
     jobs: Jobs, run: _engine.LevelRun, folder: str | None, settings: dict[str, Any]
 ) -> tuple[_engine.LevelRun, Callable[[_engine.LevelRun], object]]:
-    """Give the run, or the one that is kept in the folder, and what is to be done after a level."""
+    """Return the run, or the one saved in the folder, and the function to call after a level."""
     if folder is None:
         return run, lambda run: None
     checkpoint = Checkpoint(jobs.session, folder, settings)
@@ -222,7 +224,7 @@ def _begun(
 
 
 def _searched(options: _engine.Options, sides: _work.Sides | None) -> _engine.Options:
-    """Give the options of the search: with sides, the thresholds hold only afterwards."""
+    """Return the options of the search; with sides, the thresholds are applied only afterwards."""
     if sides is not None:
         options.set_thresholds(0.0, 0.0, 0.0, math.inf)
     return options
@@ -239,7 +241,7 @@ def _least(
 
 
 def _dictionary_of(session: Any, grouped: Any, least: int) -> _Dictionary:
-    """Number the items of as many rows as an item needs histories."""
+    """Number the items that have at least `least` rows; any other item is in fewer histories."""
     frequent = grouped.where(F.col("item").isNotNull() & (F.col("n") >= F.lit(least)))
     texts = frequent.select("item").toArrow().column(0).to_pylist()
     names = sorted(texts, key=str.encode)
@@ -258,7 +260,8 @@ def _sides_of(
 ) -> _work.Sides | None:
     if antecedents is None and consequents is None:
         return None
-    # A pattern may match items that are rare, and is none of no item then.
+    # A pattern may match only rare items. So it is matched against all names, not just frequent
+    # ones, before an error says that it matches no item.
     with jobs.named("names of items"):
         table = grouped.where(F.col("item").isNotNull()).select("item").toArrow()
     names = table.column(0).to_pylist()
