@@ -1,4 +1,4 @@
-"""Settings of the reference of the Python package; tools/check-python-docs builds it."""
+"""Sphinx settings of the Python reference, which tools/check-python-docs builds."""
 
 import quarvis
 
