@@ -11,17 +11,17 @@
 #include <nanobind/ndarray.h>
 
 /// \file
-/// Columns on their way between Python and the engine. Nothing is copied on the way in, and a
-/// vector becomes the owner of its array on the way out.
+/// Converts columns between Python and the engine. Columns from Python are not copied. A vector
+/// that goes to Python becomes the owner of its array.
 namespace binding {
 
 namespace nb = nanobind;
 
-/// A contiguous numpy column that a caller passes.
+/// A contiguous numpy column from Python.
 template <class T>
 using Column = nb::ndarray<const T, nb::ndim<1>, nb::c_contig, nb::device::cpu>;
 
-/// A numpy column that a caller gets.
+/// A numpy column for Python.
 template <class T>
 using Array = nb::ndarray<nb::numpy, T, nb::ndim<1>>;
 
@@ -31,7 +31,7 @@ std::span<const T> valuesOf(const Column<T>& column) {
     return {column.data(), column.size()};
 }
 
-/// The values as an array that owns them. The caller holds the interpreter's lock.
+/// The values as an array that owns them. The caller must hold the interpreter's lock.
 template <class T>
 Array<T> arrayOf(std::vector<T> values) {
     auto* kept = new std::vector<T>(std::move(values));
@@ -43,7 +43,7 @@ Array<T> arrayOf(std::vector<T> values) {
 using Columns = nb::typed<nb::dict, nb::str, nb::any>;
 using Pair = nb::typed<nb::tuple, nb::any, nb::any>;
 
-/// Strings one after the other, as Arrow keeps them: string i is the bytes from `offsets[i]` to
+/// Concatenated strings, in the layout of Arrow: string i is the bytes from `offsets[i]` up to
 /// `offsets[i + 1]`.
 struct Strings {
     std::vector<std::int64_t> offsets = {0};
@@ -60,8 +60,7 @@ inline Pair toPython(Strings strings) {
     return nb::make_tuple(arrayOf(std::move(strings.offsets)), arrayOf(std::move(strings.bytes)));
 }
 
-/// Lists of numbers one after the other: list i is the values from `offsets[i]` to `offsets[i +
-/// 1]`.
+/// Concatenated lists of numbers: list i is the values from `offsets[i]` up to `offsets[i + 1]`.
 struct Lists {
     std::vector<std::int64_t> offsets = {0};
     std::vector<std::uint32_t> values;

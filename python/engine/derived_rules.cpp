@@ -26,7 +26,7 @@ std::uint32_t countOf(const ItemSets& sets, const std::vector<Rank>& items) {
     return sets.level(items.size()).count[sets.find(items)];
 }
 
-/// Whether the bits that are set are neighbours.
+/// Whether the set bits are contiguous.
 bool isRun(std::uint64_t bits) {
     const std::uint64_t lowest = bits & -bits;
     return ((bits + lowest) & bits) == 0;
@@ -46,7 +46,7 @@ Found withBasketRules(const Found& found, std::size_t histories, Splits splits,
         for (ItemSetCursor cursor(sets); cursor.next();) {
             const std::span<const Rank> items = cursor.items();
             watch.endIfAsked();
-            // A set with more items would have more parts than there is room for.
+            // The bits are enough: a set with more items has too many subsets to fit in memory.
             const std::uint64_t all = (std::uint64_t{1} << items.size()) - 1;
             for (std::uint64_t split = 1; split < all; ++split) {
                 if (splits == Splits::RUNS && !isRun(split))
@@ -76,7 +76,7 @@ Found withBasketRules(const Found& found, std::size_t histories, Splits splits,
 
 namespace {
 
-/// By rank of one index: the rank in another one that has the same items and more.
+/// For each rank of `from`, the rank in `to`, which has the same items and possibly more.
 std::vector<Rank> ranksIn(const HistoryIndex& from, const HistoryIndex& to) {
     std::vector<Rank> ranks;
     std::uint32_t other = 0;
@@ -114,7 +114,8 @@ class SideCounts {
     std::map<std::vector<Rank>, std::uint32_t> m_known;
 };
 
-/// The rules and sets that have the sides. `countsOf(rule, place)` fills in the counts of sides.
+/// The rules and sets whose items match the sides. `countsOf(rule, place)` sets the counts of the
+/// rule's sides.
 template <class CountsOf>
 Found selectedBySides(const Found& found, std::span<const std::uint8_t> left,
                       std::span<const std::uint8_t> right, std::size_t histories,

@@ -13,9 +13,9 @@
 
 namespace binding {
 
-/// Calls `worker(place)` for each place below `count` in `threads` threads, the calling one among
-/// them; each thread has a worker of its own, made by `makeWorker()`. The first exception ends all
-/// and is rethrown; `Cancelled` is thrown when the watch ends the run.
+/// Calls `worker(place)` for each place below `count`, in `threads` threads including the calling
+/// one. Each thread has a worker of its own, made by `makeWorker()`. The first exception ends all
+/// threads and is rethrown. Throws `Cancelled` when the watch ends the run.
 template <class MakeWorker>
 void forEachPlace(std::size_t count, unsigned threads, Watch& watch, MakeWorker makeWorker) {
     std::atomic<std::size_t> next{0};
@@ -39,7 +39,7 @@ void forEachPlace(std::size_t count, unsigned threads, Watch& watch, MakeWorker 
         }
     };
     {
-        // They join at the end of the block, also when one of them cannot be started.
+        // The threads join at the end of the block, even if one of them cannot be started.
         std::vector<std::jthread> others;
         for (unsigned thread = 1; thread < threads && thread < count; ++thread)
             others.emplace_back(run, false);

@@ -24,7 +24,7 @@ using quarvis::mining::Rule;
 
 namespace {
 
-/// The options of a run under the watch, which begins.
+/// The options of a run with the watch's budget. Begins the steps of the search.
 MiningOptions begin(const MiningOptions& options, Watch& watch) {
     MiningOptions watched = options;
     watched.budget = watch.budget();
@@ -36,7 +36,7 @@ std::shared_ptr<const ItemSets> share(ItemSets sets) {
     return std::make_shared<const ItemSets>(std::move(sets));
 }
 
-/// Walks over the sets that are listed.
+/// Visits each listed set in the order of the item-set file.
 template <class Visit>
 void forEachListed(const Found& found, Visit visit) {
     std::size_t place = 0;
@@ -161,11 +161,11 @@ namespace {
     throw std::system_error(errno, std::generic_category());
 }
 
-/// Passes on the lines of a result file that are kept. The writers flush after each line, which is
-/// how it tells the lines, whatever bytes the names have; the file itself is flushed at its end.
+/// Writes only the kept lines of a result file. Names may contain line ends, so lines are told
+/// apart by the flush that the writers do after each line. The file itself is flushed at the end.
 class KeptLines : public std::streambuf {
   public:
-    /// `isKept` tells of a line by its place behind the header.
+    /// `isKept(i)` tells whether to write line i after the header, from 0.
     KeptLines(std::ofstream& out, std::function<bool(std::size_t)> isKept)
         : m_out(out), m_isKept(std::move(isKept)) {}
 

@@ -31,7 +31,7 @@ ItemTimes::ItemTimes(const HistoryIndex& index) : m_begin(index.itemCount() + 1)
 }
 
 std::size_t ItemTimes::seek(std::size_t from, std::size_t to, std::uint32_t history) const {
-    // Steps that double: what is sought is mostly near.
+    // The steps double, since the occurrence is usually near.
     std::size_t step = 1;
     while (from + step < to && m_histories[from + step] < history) {
         from += step;
@@ -55,7 +55,7 @@ RuleTimes RuleTimesSearch::find(const quarvis::mining::Rule& rule) {
     return found;
 }
 
-/// Goes on to the next history that has all of the items; false when there is none.
+/// Advances to the next history that has all of the items; false when there is none.
 bool RuleTimesSearch::m_align() {
     std::uint32_t history = 0;
     for (std::size_t agreed = 0; agreed < m_items.size();) {
@@ -74,7 +74,7 @@ bool RuleTimesSearch::m_align() {
     return true;
 }
 
-/// Walks over the transactions of a history that have any of the items.
+/// Visits the transactions of a history that have any of the items.
 void RuleTimesSearch::m_visit(std::size_t antecedent, RuleTimes& found) {
     const std::uint32_t history = m_times.history(m_items.front().next);
     const auto isHere = [&](const Item& item) {

@@ -11,9 +11,8 @@
 
 namespace binding {
 
-/// An index turned by item: for each item the histories and times at which it occurs, in this
-/// order. Rules of few items are so looked at where their items are, and nowhere else; 12 bytes an
-/// occurrence.
+/// An inverted index: for each item its occurrences, sorted by history and then by time. With it, a
+/// rule is evaluated only in the histories of its items. Takes 12 bytes per occurrence.
 class ItemTimes {
   public:
     explicit ItemTimes(const quarvis::mining::HistoryIndex& index);
@@ -25,25 +24,25 @@ class ItemTimes {
     std::uint32_t history(std::size_t occurrence) const { return m_histories[occurrence]; }
     std::uint64_t time(std::size_t occurrence) const { return m_times[occurrence]; }
 
-    /// The first occurrence of [from, to) in this history or a later one.
+    /// The first occurrence in [from, to) that is in this history or a later one; `to` if none is.
     std::size_t seek(std::size_t from, std::size_t to, std::uint32_t history) const;
 
   private:
-    std::vector<std::size_t> m_begin;  // by rank, and the end of the last
+    std::vector<std::size_t> m_begin;  // by rank; the last entry is the end
     std::vector<std::uint32_t> m_histories;
     std::vector<std::uint64_t> m_times;
 };
 
-/// How a rule comes about in the histories.
+/// The lags of a rule, and how often its reverse counts.
 struct RuleTimes {
-    /// Of each history that the rule counts in, ascending: the time of its first such transaction
-    /// less the time at which the last item of the antecedent had occurred.
+    /// One lag for each history that the rule counts in, ascending. A lag is the time of the first
+    /// transaction that counts, minus the time of the last item of the antecedent before it.
     std::vector<std::uint64_t> lags;
 
-    std::uint32_t reverseCount = 0;  ///< The histories in which the reverse rule counts.
+    std::uint32_t reverseCount = 0;  ///< The number of histories in which the reverse rule counts.
 };
 
-/// Looks at rules one after the other. A window of 0 is the whole past.
+/// Evaluates rules one after the other. A window of 0 means the whole past.
 class RuleTimesSearch {
   public:
     RuleTimesSearch(const ItemTimes& times, std::uint64_t window)
@@ -52,7 +51,7 @@ class RuleTimesSearch {
     RuleTimes find(const quarvis::mining::Rule& rule);
 
   private:
-    /// An item of the rule with its occurrences that are still to come.
+    /// An item of the rule, with its occurrences that were not visited yet.
     struct Item {
         std::size_t next;
         std::size_t end;

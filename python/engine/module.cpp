@@ -25,8 +25,9 @@
 #include "watch.hpp"
 
 /// \file
-/// The module quarvis._engine: what the Python package asks of the engine, as numbers and columns.
-/// It checks no more than what keeps memory safe; words for users are the package's work.
+/// The module quarvis._engine gives the Python package access to the engine, by numbers and
+/// columns. It checks only what memory safety needs. The package checks everything else and words
+/// the messages for users.
 
 namespace {
 

@@ -23,7 +23,8 @@ using quarvis::mining::Splits;
 
 namespace {
 
-/// Heeds the watch from any thread, and tells it nothing: the watch is for the calling thread.
+/// Passes on cancellation from the watch to any thread. Reports nothing to the watch, which only
+/// the calling thread may use.
 class QuietObserver : public quarvis::mining::Observer {
   public:
     explicit QuietObserver(const Watch& watch) : m_watch(watch) {}
@@ -35,7 +36,7 @@ class QuietObserver : public quarvis::mining::Observer {
 
 using Side = std::vector<Rank>;
 
-/// Numbers rules that are listed in some data set, and keeps them. Several threads may use it.
+/// Stores and numbers the rules that are listed in any data set. Thread-safe.
 class ListedRules {
   public:
     std::uint32_t numberOf(const Rule& rule) {
@@ -98,7 +99,7 @@ class OrderTest {
         m_findMaxima();
     }
 
-    /// Fills in the columns for the rules of the run.
+    /// Sets the columns for the rules of the run.
     void tell(std::vector<double>& p, std::vector<double>& pMax, std::vector<double>& mean,
               std::vector<double>& deviation) {
         const auto sets = static_cast<double>(m_listed.size());
@@ -124,7 +125,7 @@ class OrderTest {
     }
 
   private:
-    /// The data for 0, else a permutation.
+    /// The data for 0, otherwise a permutation.
     HistoryIndex m_dataSet(std::size_t set) const {
         constexpr std::uint64_t step = 0x9e3779b97f4a7c15U;
         return set == 0 ? *m_found.index
@@ -150,7 +151,7 @@ class OrderTest {
             m_watch.endIfAsked();
             counts.push_back(search.find(m_rules[rule]).lags.size());
         }
-        // Sums of whole numbers are the same in any order.
+        // Sums of integers do not depend on the order in which threads add.
         const std::lock_guard lock(m_mutex);
         for (std::size_t rule = 0; rule < counts.size(); ++rule) {
             m_sums[rule] += counts[rule];
@@ -192,12 +193,12 @@ class OrderTest {
     ListedRules m_rules;
     std::vector<std::vector<Listed>> m_listed;  // by data set
     std::mutex m_mutex;
-    std::vector<std::uint64_t> m_sums;     // by rule: of its counts,
-    std::vector<std::uint64_t> m_squares;  // and of their squares
+    std::vector<std::uint64_t> m_sums;     // of the counts of each rule
+    std::vector<std::uint64_t> m_squares;  // of the squares of these counts
     std::vector<double> m_maxima;          // of each data set, ascending
 };
 
-/// The rules that can be proposed of all sets.
+/// The number of rules that can be proposed from all sets.
 double proposedRules(const Found& found, Splits splits) {
     double proposed = 0;
     for (std::size_t size = 2; size <= found.itemSets->levels(); ++size) {

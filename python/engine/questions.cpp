@@ -122,10 +122,10 @@ Side sideOf(std::span<const Rank> ranks) {
     return {ranks.begin(), ranks.end()};
 }
 
-/// Rules with the same subsequent: the places by antecedent.
+/// The rules with the same subsequent: their places by antecedent.
 using Group = std::map<Side, std::size_t>;
 
-/// Whether a proper, non-empty part of the antecedent is in the group and passes the test.
+/// Whether a proper, non-empty subset of the antecedent is in the group and passes the test.
 template <class Test>
 bool anyPart(const Group& group, const Side& antecedent, Test test) {
     const bool fewParts =
@@ -190,7 +190,7 @@ Columns match(const Found& found, const Column<std::int64_t>& places,
     std::vector<std::int64_t> met;
     std::vector<std::uint64_t> complete;
     watch.run([&] {
-        // By an item of the antecedent: the rules. It is the one in the fewest histories.
+        // The rules by one item of their antecedents, the one that is in the fewest histories.
         std::vector<std::vector<std::size_t>> rulesOf(items);
         for (std::size_t place = 0; place < places.size(); ++place) {
             const Rule rule = ruleAt(found, places, place);
@@ -275,7 +275,7 @@ Array<double> fisher(double n, const Column<double>& a, const Column<double>& s,
             double k = std::max(u.data()[rule], drawn + marked - n);
             const double first =
                 logChoose(marked, k) + logChoose(n - marked, drawn - k) - logChoose(n, drawn);
-            // Terms relative to the first one, which may be too small for a number of its own.
+            // The terms are relative to the first one, which may underflow by itself.
             double term = 1;
             double sum = 0;
             for (; k <= most && term > sum * std::numeric_limits<double>::epsilon() / 4; ++k) {

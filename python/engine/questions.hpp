@@ -8,39 +8,40 @@
 #include "watch.hpp"
 
 /// \file
-/// What can be asked of rules that were found. Rules are named by their places in `Found::rules`.
+/// Questions about rules that were found. A rule is given by its place in `Found::rules`.
 namespace binding {
 
-/// How each history that holds all items of a rule counts for it, whether the rule is listed or
-/// not: the columns `history`, `counts`, `time` and `complete`, the time at which the last item of
-/// the antecedent had occurred, and `miss`, the place of the reason among those of the engine; and
-/// the numbers `count` and `reverse_count`.
+/// Explains a rule, which need not have been found, for each history that holds all of its items.
+/// The columns are `history`; `counts`; `time`, that of the first transaction that counts;
+/// `complete`, the time of the last item of the antecedent before it; and `miss`, the number of
+/// the reason why the rule does not count. `count` and `reverse_count` are numbers.
 Columns explain(const quarvis::mining::HistoryIndex& index, const Column<std::uint32_t>& antecedent,
                 const Column<std::uint32_t>& subsequent, std::uint64_t window);
 
-/// Of each of the rules: the least lag, the least one that half of the counted histories do not
-/// exceed, likewise nine tenths, and the greatest, as `least`, `median`, `percentile90` and
-/// `greatest`; and `reverse_count`, the count of the reverse rule.
+/// For each of the rules, the lags `least`, `median`, `percentile90` and `greatest`, and
+/// `reverse_count`, the count of the reverse rule. `median` and `percentile90` are the least lags
+/// that half and nine tenths of the counted histories do not exceed.
 Columns lags(const Found& found, const Column<std::int64_t>& places, std::uint64_t window,
              unsigned threads, Watch& watch);
 
-/// By place in `places`: 1 when another one of these rules has the same subsequent, a part of the
-/// antecedent and at least as great a value. `values` has one by place in `Found::rules`.
+/// For each of the rules, 1 if another of them has the same subsequent, a proper subset of the
+/// antecedent and at least as great a value, otherwise 0. `values` has a value for each rule of
+/// `Found::rules`.
 Array<std::uint8_t> redundant(const Found& found, const Column<std::int64_t>& places,
                               const Column<double>& values, Watch& watch);
 
-/// Which of the rules are met at the time `now` in histories that are given by rows of history,
-/// time and rank: all of the antecedent is recent and nothing of the subsequent, where what
-/// occurred at `now` or before it, within the window, is recent. The columns `history`, `place`,
-/// the place in `places`, and `complete`.
+/// Finds the rules that match histories at the time `now`. The histories are given by rows of
+/// history, time and rank. An item is recent if it occurred at `now` or before, within the window.
+/// A rule matches if all of its antecedent is recent and nothing of its subsequent is. The columns
+/// are `history`, `place`, an index into `places`, and `complete`, as for `explain`.
 Columns match(const Found& found, const Column<std::int64_t>& places,
               const Column<std::uint32_t>& histories, const Column<std::uint64_t>& times,
               const Column<std::uint32_t>& ranks, std::uint64_t now, std::uint64_t window,
               Watch& watch);
 
-/// By rule: the probability that of `a` histories drawn out of `n` at least `u` are among `s`
-/// marked ones, Fisher's exact test of one side. The sum of the hypergeometric probabilities from u
-/// on, each from the one before.
+/// For each rule, the p-value of Fisher's one-sided exact test: the probability that of `a`
+/// histories drawn from `n`, at least `u` are among `s` marked ones. Sums the hypergeometric
+/// probabilities from u on, each computed from the one before.
 Array<double> fisher(double n, const Column<double>& a, const Column<double>& s,
                      const Column<double>& u);
 

@@ -20,17 +20,17 @@ using TimeColumn = std::variant<Column<std::uint32_t>, Column<std::uint64_t>>;
 /// Rows as columns of codes and the names of the items. Shares the columns with Python.
 class Rows {
   public:
-    /// The columns have one length; entities are below `histories`, items are codes of the names or
-    /// `NO_ITEM`. The names, given by offsets and bytes, differ.
+    /// The columns must have the same length. Entities must be below `histories`; items must be
+    /// codes of the names or `NO_ITEM`. The names, given by offsets and bytes, must be distinct.
     Rows(Column<std::uint32_t> entities, TimeColumn times, Column<std::uint32_t> items,
          std::size_t histories, const Column<std::int64_t>& nameOffsets,
          const Column<std::uint8_t>& nameBytes);
 
-    /// The index of the items that are in `minCount` histories or more. Works without the
-    /// interpreter's lock, under the watch.
+    /// The index of the items that are in at least `minCount` histories. Releases the interpreter's
+    /// lock while it works, under the watch.
     IndexPointer index(std::uint32_t minCount, Watch& watch) const;
 
-    /// A shard of all items, whose ranks are the codes where the names are in byte order.
+    /// A shard of all items. If the names are in byte order, its ranks equal the codes.
     IndexPointer shard() const;
 
   private:
@@ -41,15 +41,15 @@ class Rows {
     quarvis::mining::Dictionary m_names;
 };
 
-/// Items without histories, by names in byte order. Throws `std::invalid_argument` for names in
-/// another order and for another number of counts.
+/// An index of items without histories. The names must be in byte order. Throws
+/// `std::invalid_argument` if they are not, or if there is not one count per name.
 IndexPointer itemIndex(const Column<std::int64_t>& nameOffsets,
                        const Column<std::uint8_t>& nameBytes, const Column<std::uint32_t>& counts,
                        std::uint32_t minCount);
 
-/// Reads a transaction file by the rules of the tool, which accepts whatever it finds; a file that
-/// cannot be opened reads as empty. Gives a dictionary of the columns `entities`, `times` and
-/// `items`, one row an item or an itemless row, and of the names `entity_names` and `item_names`.
+/// Reads a transaction file as the tool does, which accepts any content. A file that cannot be
+/// opened reads as empty. Returns the columns `entities`, `times` and `items`, with one row per
+/// item and one for each row without items, and the names `entity_names` and `item_names`.
 Columns readTransactions(const std::string& path);
 
 }  // namespace binding

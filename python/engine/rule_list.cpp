@@ -10,7 +10,7 @@ Rule RuleList::operator[](std::size_t place) const {
     return m_added.empty() ? m_found[place] : m_ruleOf(m_added[place]);
 }
 
-/// With its sides.
+/// The added rule with its sides set.
 Rule RuleList::m_ruleOf(const Added& added) const {
     const std::span ranks(m_ranks);
     Rule rule = added.rule;

@@ -9,15 +9,15 @@
 
 namespace binding {
 
-/// Measures that a rule must have; inclusive, and a NaN passes none.
+/// Thresholds of a rule. They are inclusive, and a NaN fails.
 struct RuleBounds {
     double minConfidence;
     double minLift;
     double maxConviction;
 };
 
-/// Rules in the order of the rules file: those of a run of the engine, or rules that are added one
-/// by one and then sorted.
+/// Rules in the order of the rules file. They come from a run of the engine, or are added one by
+/// one and then sorted.
 class RuleList {
   public:
     RuleList() = default;
@@ -25,11 +25,11 @@ class RuleList {
 
     std::size_t size() const { return m_found.size() + m_added.size(); }
 
-    /// A rule by its place. Its sides are valid as long as the rules are.
+    /// A rule by its place. Its sides are valid as long as the list.
     quarvis::mining::Rule operator[](std::size_t place) const;
 
-    /// Adds a rule to a list that has none of a run, if it passes. Its counts are taken as they
-    /// stand and its measures made of them, with `histories` in all.
+    /// Adds a rule if it passes `bounds`. The list must have no rules of a run. The measures are
+    /// computed from the rule's counts and from `histories`, the number of all histories.
     void add(const quarvis::mining::Rule& rule, std::size_t histories, const RuleBounds& bounds);
 
     /// Puts added rules into order.
@@ -40,7 +40,7 @@ class RuleList {
         std::size_t begin;
         std::size_t antecedent;
         std::size_t subsequent;
-        quarvis::mining::Rule rule;  // but for the sides
+        quarvis::mining::Rule rule;  // its sides are not set
     };
 
     quarvis::mining::Rule m_ruleOf(const Added& added) const;

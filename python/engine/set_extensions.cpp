@@ -6,13 +6,13 @@
 #include <utility>
 
 /// \file
-/// Which sets are closed and which are maximal (Pasquier, Bastide, Taouil, Lakhal: Discovering
-/// Frequent Closed Itemsets for Association Rules, 1999; Bayardo: Efficiently Mining Long Patterns
-/// from Databases, 1998). By anti-monotonicity it is enough to look at the extensions by one item,
-/// and each set finds the sets that it extends: those that lack one of its items. One walk down the
-/// trie does it. The places of the sets that lack an item of the prefix are known from the step
-/// before, and what lacks the same item of an extended prefix is among their extensions, so that
-/// these lists of siblings are merged and no set is searched from the root on.
+/// Finds the closed and the maximal sets (Pasquier, Bastide, Taouil, Lakhal: Discovering Frequent
+/// Closed Itemsets for Association Rules, 1999; Bayardo: Efficiently Mining Long Patterns from
+/// Databases, 1998). By anti-monotonicity, only extensions by one item need to be compared. So each
+/// set marks its subsets that lack one item. One depth-first walk of the trie finds them. For each
+/// item of a prefix, the place of the prefix without that item is known from the step before, and
+/// an extended prefix without the same item is an extension of that place. So two sorted lists of
+/// siblings are merged, and no set is searched from the root.
 namespace binding {
 
 using quarvis::mining::ItemSets;
@@ -44,9 +44,9 @@ class Extensions {
     std::vector<std::uint8_t> notMaximal;
 
   private:
-    /// `lacking` has, for each item of the set but the last, the place of the set without that
-    /// item; without the last one it is the prefix. A set without an item of a later set is its
-    /// prefix or follows it, so that all its marks are made when the walk leaves it.
+    /// `lacking[i]` is the place of the set without its item i, for all items but the last; without
+    /// the last item the set is its prefix. A subset that lacks one item is the prefix or comes
+    /// later in the walk, so all marks of a set are made when the walk leaves it.
     void m_visit(std::size_t size, std::size_t set, std::span<const std::uint32_t> lacking) {
         m_watch.endIfAsked();
         const Level& level = m_sets.level(size);
@@ -66,7 +66,8 @@ class Extensions {
         m_leave(m_marks[size - 1][set]);
     }
 
-    /// For each extension of the set, the places of the sets that lack one of the set's items.
+    /// Finds, for each extension of the set, the places of its subsets that lack one of the set's
+    /// items.
     void m_findLacking(std::size_t size, std::size_t set, std::span<const std::uint32_t> lacking) {
         const Level& level = m_sets.level(size);
         const Level& above = m_sets.level(size + 1);
@@ -75,7 +76,7 @@ class Extensions {
         std::vector<std::uint32_t>& places = m_lacking[size];
         places.resize((end - begin) * size);
         for (std::size_t item = 0; item < size; ++item) {
-            // The set without the item; it begins the sets that are looked for.
+            // The set without the item is the prefix of the wanted subsets.
             auto sibling = level.last.begin();
             auto last = level.last.end();
             if (size > 1) {
@@ -94,8 +95,7 @@ class Extensions {
 
     using Items = std::vector<Rank>::const_iterator;
 
-    /// The first item that is not before the given one, in about as many steps as the logarithm of
-    /// how far it is.
+    /// The first item that is not before the given one. Takes steps logarithmic in its distance.
     static Items s_find(Items begin, Items end, Rank item) {
         std::ptrdiff_t step = 1;
         while (end - begin > step && begin[step] < item) {

@@ -9,11 +9,12 @@
 
 namespace binding {
 
-/// By listed item set, in the order of the item-set file: 1 where a set that was found extends it
-/// by one item with as many histories (`not_closed`), and with any number of them (`not_maximal`).
+/// For each listed item set, in the order of the item-set file, two columns. `not_closed` is 1 if
+/// a set that was found has one item more and the same count; `not_maximal` is 1 if any set that
+/// was found has one item more.
 ///
-/// Takes time and memory in proportion to the items of all sets, and a byte a set. Throws Python
-/// errors, and `BudgetExceeded` beyond the watch's budget of time.
+/// Takes time and memory proportional to the items of all sets, plus a byte per set. Throws Python
+/// errors, and `BudgetExceeded` when the watch's budget of time is exceeded.
 Columns itemSetExtensions(const Found& found, Watch& watch);
 
 }  // namespace binding

@@ -14,7 +14,7 @@ using quarvis::mining::Rank;
 
 namespace {
 
-/// Lists of ranks of a shard, each with an item at least.
+/// Lists of ranks of a shard, each with at least one item.
 class RankLists {
   public:
     RankLists(const Column<std::int64_t>& offsets, const Column<std::uint32_t>& ranks,

@@ -27,8 +27,8 @@
 #include "shard_questions.hpp"
 
 /// \file
-/// Shards and states of runs cross as bytes, counts as columns. A block is a tuple of two first
-/// items and a number; tallies of rules are bytes, 24 a rule, whose layout is that of `RuleTally`.
+/// Shards and states of runs are passed as bytes, counts as columns. A block is a tuple of two
+/// first items and a number. Tallies of rules are bytes, 24 per rule, in the layout of `RuleTally`.
 namespace binding {
 
 using quarvis::mining::BudgetExceeded;
@@ -83,7 +83,7 @@ IndexPointer shardOf(const nb::bytes& bytes) {
     return std::make_shared<const HistoryIndex>(quarvis::mining::indexFromBytes(chars));
 }
 
-/// What works on one shard for a run; it keeps both alive.
+/// Counts on one shard for a run. Keeps both alive.
 class ShardWork {
   public:
     ShardWork(IndexPointer shard, std::shared_ptr<const LevelRun> run)
@@ -114,14 +114,14 @@ class ShardWork {
     ShardCounter m_counter;
 };
 
-/// The tallies that are met in so many histories.
+/// The tallies of the rules that are met in at least `least` histories.
 nb::bytes frequentTallies(const nb::bytes& bytes, std::uint32_t least) {
     std::vector<RuleTally> tallies = talliesOf(bytes);
     std::erase_if(tallies, [least](const RuleTally& tally) { return tally.met < least; });
     return toPython(tallies);
 }
 
-/// A sum of tallies that grows.
+/// A running sum of tallies.
 class TallySum {
   public:
     void add(const nb::bytes& bytes) {
@@ -158,9 +158,9 @@ Found foundOf(const LevelRun& run, const IndexPointer& items, std::size_t histor
                  {}};
 }
 
-/// How far the run came, as `BudgetExceeded` tells it: sets by size, and a least count to try next.
+/// How far the run came, as in `BudgetExceeded`: sets by size, and a least count to try next.
 std::tuple<std::vector<std::size_t>, std::uint32_t> reachOf(const LevelRun& run) {
-    // The bound does not matter here, for the caller has its own.
+    // The kind of limit is not used.
     const BudgetExceeded reached =
         quarvis::mining::exceeded(BudgetExceeded::Limit::BYTES, run.itemSets());
     return {reached.levels(), reached.advisedCount()};

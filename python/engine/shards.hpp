@@ -4,7 +4,7 @@
 
 namespace binding {
 
-/// Adds what a run over shards in other processes needs: `Shard`, `LevelRun`, and the sums.
+/// Adds the classes for a run over shards in other processes: `LevelRun`, `ShardWork`, `TallySum`.
 void addShards(nanobind::module_& module);
 
 }  // namespace binding

@@ -11,7 +11,7 @@ using quarvis::mining::Budget;
 
 namespace {
 
-/// Ctrl-C is to end a run within a tenth of a second, so signals are asked for more often.
+/// Ctrl-C must end a run within a tenth of a second, so signals are polled more often than that.
 constexpr std::chrono::milliseconds POLLED_EVERY{20};
 constexpr std::chrono::milliseconds TOLD_EVERY{100};
 
@@ -41,7 +41,7 @@ void Watch::levelFound(std::size_t size, std::size_t sets) {
 
 Budget Watch::budget() const {
     Budget left = m_budget;
-    if (left.time.count() != 0)  // which must not become 0, for that is no bound
+    if (left.time.count() != 0)  // 0 means no limit, so the time left must not become 0
         left.time = std::max<std::chrono::nanoseconds>(left.time - (Clock::now() - m_began),
                                                        std::chrono::nanoseconds(1));
     return left;
@@ -75,7 +75,7 @@ void Watch::poll() const {
     }
     const nanobind::gil_scoped_acquire acquired;
     if (PyErr_CheckSignals() != 0) {
-        // The error stays set in this thread until the run has ended.
+        // The Python error stays set in this thread until the run has ended.
         m_hasError = true;
         m_stopped = true;
     }

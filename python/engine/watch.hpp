@@ -13,15 +13,15 @@
 
 namespace binding {
 
-/// Watches a run on behalf of Python: asks for pending signals, so that Ctrl-C ends the run, and
-/// tells a callable of the progress, ten times a second at most. It holds the budget of the run,
-/// which counts from its making on, over all steps.
+/// Watches a run for Python: checks for pending signals, so that Ctrl-C ends the run, and reports
+/// progress to a callable, at most ten times a second. Holds the budget of the run, which starts
+/// when the watch is made and covers all steps.
 ///
-/// Made and destroyed with the interpreter's lock held. The engine calls it without the lock; it
-/// takes the lock for the moments in which it needs Python, in the calling thread alone.
+/// Must be made and destroyed with the interpreter's lock held. The engine calls it without the
+/// lock. The watch takes the lock only while it needs Python, and only in the calling thread.
 class Watch : public quarvis::mining::Observer {
   public:
-    /// `progress` is called as `progress(step, done, all)` with the step's name, or is None.
+    /// `progress` is None, or is called as `progress(step, done, all)` with the name of the step.
     Watch(nanobind::object progress, const quarvis::mining::Budget& budget);
 
     void levelFound(std::size_t size, std::size_t sets) override;
@@ -34,19 +34,19 @@ class Watch : public quarvis::mining::Observer {
             throw quarvis::mining::Cancelled();
     }
 
-    /// Names the step that progress is told of from now on.
+    /// Sets the name of the step for the following progress reports.
     void beginStep(std::string name) { m_step = std::move(name); }
 
-    /// Names the steps of a search for item sets of up to `maxSize` items, or of any size if that
-    /// is 0, and of the search for their rules that follows it.
+    /// Names the steps of a search for item sets of up to `maxSize` items (0 means any size), and
+    /// of the search for their rules that follows.
     void beginSearch(std::size_t maxSize);
 
-    /// The budget of the run with the time that is left of it.
+    /// The budget of the run, with the time that is left.
     quarvis::mining::Budget budget() const;
 
-    /// Calls `work`, a run of the engine that keeps to `budget()`, without the interpreter's lock
-    /// and passes on what it throws. A Python error that ended the work, such as KeyboardInterrupt,
-    /// is thrown as `nanobind::python_error`.
+    /// Calls `work`, a run of the engine that keeps to `budget()`, without the interpreter's lock.
+    /// Exceptions of the work propagate. A Python error that ended the work, such as
+    /// KeyboardInterrupt, is thrown as `nanobind::python_error`.
     template <class Work>
     auto run(Work work) {
         begin(false);
@@ -59,8 +59,8 @@ class Watch : public quarvis::mining::Observer {
         }
     }
 
-    /// As `run`, for work that knows of no budget: when the time of the run is over it throws
-    /// `BudgetExceeded`, which tells of the sets that were found before.
+    /// The same for work that does not keep to a budget by itself. When the time of the run is
+    /// over, throws `BudgetExceeded`, which reports `found`, the sets that were found before.
     template <class Work>
     auto runInTime(Work work, const quarvis::mining::ItemSets& found = {}) {
         begin(true);
@@ -90,7 +90,7 @@ class Watch : public quarvis::mining::Observer {
     std::thread::id m_caller;
     Clock::time_point m_told;
 
-    // The engine asks through a constant observer.
+    // Mutable, since the engine polls through a constant observer.
     mutable Clock::time_point m_polled;
     mutable std::atomic<bool> m_stopped{false};
     mutable bool m_hasError = false;
