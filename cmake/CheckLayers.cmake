@@ -1,10 +1,9 @@
 # cmake -DROOT=<source tree> -P CheckLayers.cmake
 #
-# Fails, naming file and line, when a layer includes a header of a layer above it. The support
-# library may include nothing of the others, the rule model nothing of the engine or the tool, the
-# engine nothing of the tool, nor of the two libraries: it stands on the standard library alone.
-# (The tool's own folder is on no include path but its own, so its bare header names are out of
-# reach already.)
+# Fails, naming file and line, when a layer includes a header of a higher layer. The support library
+# may include nothing of the others, the rule model nothing of the engine or the tool, and the
+# engine nothing but the standard library. (The folder of the tool is only on its own include path,
+# so no other layer can include its headers by their bare names.)
 
 set(VIOLATIONS "")
 

@@ -1,5 +1,5 @@
-# What `cmake --install` puts into a prefix: the tool, the headers, both kinds of all libraries, a
-# CMake package and pkg-config files. No installed file names the prefix, so it may be moved.
+# Installs the tool, the headers, the static and shared libraries, a CMake package and pkg-config
+# files. No installed file names the prefix, so it may be moved.
 
 include(CMakePackageConfigHelpers)
 

@@ -1,6 +1,6 @@
-# quarvis_library(<name> [<lower layer>...]): the sources of the current folder, compiled once for
-# the static library <name> and for the shared one, <name>-shared. Each links its like of the layers
-# below it.
+# quarvis_library(<name> [<lower layer>...]): compiles the sources of the current folder once, for
+# the static library <name> and the shared library <name>-shared. The static one links the static
+# libraries of the lower layers, the shared one the shared libraries.
 function(quarvis_library name)
     file(GLOB sources CONFIGURE_DEPENDS *.cpp)
     add_library(${name}-objects OBJECT ${sources})
@@ -14,17 +14,17 @@ function(quarvis_library name)
         target_compile_features(${target} PUBLIC cxx_std_20)
     endforeach()
 
-    # Calls inside a library need not heed that a program may replace the function, so they cost the
-    # same in code for shared libraries as in other code.
+    # Calls inside a library need not allow for a program that replaces the function. So they cost
+    # no more in code for shared libraries than in other code.
     set_target_properties(${name}-objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
     target_compile_options(${name}-objects PRIVATE -fno-semantic-interposition)
 
-    # The shared library exports what the public headers declare, each between a pair of pragmas.
+    # The shared library exports only what the public headers declare between a pair of pragmas.
     set_target_properties(${name}-objects PROPERTIES
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
 
-    # A minor version may change what programs were linked with.
+    # A new minor version may be incompatible with programs linked before.
     set_target_properties(${name}-shared PROPERTIES
         OUTPUT_NAME ${name}
         VERSION ${PROJECT_VERSION}

@@ -1,6 +1,6 @@
-# find_package(quarvis) gives the targets quarvis::moxtel, the support library, quarvis::rule, the
-# rule model, which links it, and quarvis::mining, the mining engine: the shared libraries where
-# BUILD_SHARED_LIBS is on, otherwise the static ones.
+# find_package(quarvis) defines the targets quarvis::moxtel, the support library; quarvis::rule, the
+# rule model, which links the support library; and quarvis::mining, the mining engine. They are the
+# shared libraries if BUILD_SHARED_LIBS is on, otherwise the static ones.
 
 include(CMakeFindDependencyMacro)
 find_dependency(Threads)

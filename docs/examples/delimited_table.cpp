@@ -12,7 +12,7 @@ using moxtel::io::TextWriter;
 
 namespace {
 
-/// The cells of the row at hand.
+/// The cells of the current row.
 std::vector<std::string> readRow(DelimitedRowParser& table) {
     std::vector<std::string> cells;
     while (table.hasCell())

@@ -1,4 +1,4 @@
-// Registers three options and prints what a command line says of them.
+// Registers three options and prints their values from a command line.
 #include <iostream>
 #include <iterator>
 
@@ -16,7 +16,7 @@ int main() {
     const char* const arguments[] = {"program", "--depth=5", "-q", "-n", "ann", "bob", "in.txt"};
     const CmdLine::Result result = options.parse(std::size(arguments), arguments);
     if (!result)
-        return 1;  // The parser has said why.
+        return 1;  // The parser has printed the reason.
 
     for (const CmdLine::Binding& binding : result.bindings) {
         std::cout << "argument " << binding.pos << ": ";

@@ -1,4 +1,4 @@
-// Reads a rules file back, keeps the rules of some worth, and writes them out again.
+// Reads a rules file, keeps the interesting rules and writes them again.
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -25,12 +25,12 @@ int main() {
         return 1;
     }
 
-    // At least 3 histories and a lift of 1; a line for each rule that stays goes to std::cerr.
+    // At least 3 histories and a lift of 1. Prints each rule that stays to std::cerr.
     const double any = std::numeric_limits<double>::infinity();
     rules.filter(3, 0, 0, 1, any);
 
     for (const auto& [rule, stats] : rules)
         std::cout << rule << " (" << stats.confidence << ")\n";
-    // The number of rules goes to std::cerr as well.
+    // Also prints the number of rules to std::cerr.
     rules.write(std::cout);
 }

@@ -1,4 +1,4 @@
-// Shares an object, an object of the caller's, and a buffer.
+// Shares a managed object, an object that the caller owns, and a buffer.
 #include <iostream>
 #include <string>
 
@@ -21,7 +21,7 @@ struct Sensor {
 }  // namespace
 
 int main() {
-    // An object from `new` lives as long as the last of its handles.
+    // An object made by `new` lives until its last handle is gone.
     Pointer<Sensor> first(new Sensor("indoors"));
     {
         Pointer<Sensor> second(first);
@@ -29,7 +29,7 @@ int main() {
         std::cout << second->name << " is still there\n";
     }
 
-    // An object that is protected stays its owner's, whoever has handles to it.
+    // A protected object stays with its owner, even while there are handles to it.
     Sensor local("outdoors");
     moxtel::mem::protect(&local);
     first = Pointer<Sensor>(&local);
@@ -37,7 +37,7 @@ int main() {
     std::cout << local.name << " is still there\n";
     moxtel::mem::free(&local);
 
-    // Copies of an array share its elements; a clone has elements of its own.
+    // Copies of an array share its elements. A clone has its own elements.
     Array<int> readings(3);
     Array<int> shared(readings);
     Array<int> cloned = readings.clone();

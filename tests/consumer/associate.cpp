@@ -1,7 +1,7 @@
 // associate COUNT WINDOW ROWS
 //
-// Prints the item sets that at least COUNT histories hold, and the rules that count in as many
-// within WINDOW. ROWS has an entity, a time and an item in each line.
+// Prints the item sets that at least COUNT histories hold, and the rules that count in at least
+// COUNT histories within WINDOW. Each line of the file ROWS has an entity, a time and an item.
 #include <cstdint>
 #include <fstream>
 #include <iostream>
@@ -23,7 +23,7 @@ using quarvis::mining::Rule;
 
 namespace {
 
-/// Tells how many sets there are of each size, and ends the run beyond the greatest size.
+/// Prints the number of sets of each size, and ends the run beyond the greatest size.
 class Levels : public Observer {
   public:
     explicit Levels(std::size_t greatest) : m_greatest(greatest) {}
@@ -82,7 +82,7 @@ int main(int argc, char** argv) {
                   << ": " << rule.count << ' ' << rule.confidence << ' ' << rule.lift << '\n';
     }
 
-    // What an observer throws passes through the library.
+    // Exceptions of an observer propagate through the library.
     try {
         Levels singles(0);
         quarvis::mining::mine(index, options, singles);

@@ -1,7 +1,6 @@
 // recommend [-l LIFT] PRICES RULES
 //
-// Prints what the rules of a rules file recommend to a buyer, and what it costs by a table of
-// prices.
+// Prints what the rules of a rules file recommend to a buyer, and the cost by a table of prices.
 #include <iostream>
 #include <limits>
 #include <map>
