@@ -25,7 +25,7 @@ class Registry : public CmdLine {
     }
 };
 
-/// The arguments, each up to its NUL.
+/// Splits the bytes into arguments, each ended by a NUL.
 std::vector<std::string> argumentsOf(Bytes bytes) {
     std::vector<std::string> arguments;
     std::string argument;

@@ -182,7 +182,7 @@ class Model {
     }
 
     const std::vector<std::string>& m_arguments;
-    std::size_t m_next = 0;  ///< Index in the arguments; that of the one before it, in `argv`.
+    std::size_t m_next = 0;  ///< Index in the arguments, which is one less than that in `argv`.
     bool m_stopped = false;
     Outcome m_outcome;
 };

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/// What the parser of arguments must do, in the plainest form, with options of its own.
+/// A plain model of the argument parser, with its own set of options.
 namespace fuzz {
 
 struct OptionRow {
@@ -15,10 +15,11 @@ struct OptionRow {
     std::size_t most;
 };
 
-/// The tool's options, then one of each kind that it has not. Their serials count from 1.
+/// The tool's options, then one option of each kind that the tool does not use. Their serials count
+/// from 1.
 extern const std::vector<OptionRow> OPTIONS;
 
-/// All that a parse shows.
+/// The observable result of a parse.
 struct Outcome {
     bool success = false;
     std::vector<std::string> bindings;  ///< Each followed by its values.
@@ -31,14 +32,14 @@ struct Outcome {
 
 std::string describe(const Outcome& outcome);
 
-/// The texts of `Outcome::bindings`; of reals the exact value.
+/// The texts of `Outcome::bindings`. Real numbers are written exactly.
 std::string describeBinding(std::size_t position, unsigned serial);
 std::string describeValue(const std::string& raw, bool value);
 std::string describeValue(const std::string& raw, int value);
 std::string describeValue(const std::string& raw, unsigned value);
 std::string describeValue(const std::string& raw, float value);
 
-/// The outcome that the arguments after the program's name must have.
+/// The expected outcome for these arguments, which do not include the program's name.
 Outcome modelled(const std::vector<std::string>& arguments);
 
 }  // namespace fuzz

@@ -39,7 +39,7 @@ std::uint64_t wordOf(Input& input) {
     return word;
 }
 
-/// The low bytes of a number.
+/// The lowest `size` bytes of a number, in the given byte order.
 std::string bytesOf(std::uint64_t value, std::size_t size, Endianness endian) {
     std::string bytes;
     for (std::size_t i = 0; i < size; ++i)
@@ -55,7 +55,7 @@ std::uint64_t numberOf(const std::string& bytes, Endianness endian) {
     return value;
 }
 
-/// What a writer must have written: as much as there is room for.
+/// The bytes that a writer must have written, limited by the room for them.
 struct Written {
     std::string bytes;
     std::size_t room;
@@ -67,7 +67,7 @@ struct Written {
     }
 };
 
-/// A string by start and length, as it is cut.
+/// A part of a string by start and length, both cut to what the string has.
 struct Part {
     std::string text;
     std::size_t start;
@@ -169,13 +169,14 @@ void write(Input& input, BinaryWriter& writer, Written& expected) {
     }
 }
 
-/// Bytes that are read. A stream that meets its end fails, from then on at once; other devices give
-/// what is there.
+/// The bytes to read. A stream that reaches its end fails, and then fails immediately each time.
+/// Other devices return the bytes that are left.
 class Source {
   public:
     Source(std::string bytes, bool isStream) : m_bytes(std::move(bytes)), m_isStream(isStream) {}
 
-    /// What is put into a block of `n` zeros; `counted` is what the read gives.
+    /// The content of a block of `n` zeros after a read into it. `counted` is the result of the
+    /// read.
     std::string block(std::size_t n, std::size_t& counted) {
         std::string taken;
         if (!m_ended) {

@@ -7,8 +7,8 @@
 
 namespace fuzz {
 
-/// Takes what the C library writes to one of its standard streams as long as it lives. It relies on
-/// their being variables.
+/// Captures what the C library writes to one of its standard streams during this object's lifetime.
+/// Requires that the standard streams are variables.
 class CapturedStream {
   public:
     explicit CapturedStream(std::FILE*& stream)

@@ -10,9 +10,9 @@
 
 namespace fuzz {
 
-/// A stream buffer that holds few characters at a time, each time in memory of their own, so that
-/// the address sanitizer sees who reads before or behind them. It may fail where its text ends, by
-/// an exception, as a buffer does whose device is broken.
+/// A stream buffer that holds a few characters at a time, each chunk in newly allocated memory, so
+/// that the address sanitizer detects reads before or beyond it. Optionally throws at the end of
+/// its text, like a buffer of a broken device.
 class ChunkBuffer : public std::streambuf {
   public:
     ChunkBuffer(std::string text, std::size_t chunkSize, bool fails = false)

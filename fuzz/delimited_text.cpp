@@ -21,7 +21,7 @@ using moxtel::io::DelimitedRowParser;
 using moxtel::io::EscapedDelimitedRowFormat;
 using moxtel::io::RFC4180DelimitedRowFormat;
 
-/// Where a parser stood after a step, and the cell that the step gave, if it was one.
+/// The position of a parser after a step, and the cell that the step read, if any.
 struct Step {
     std::size_t row;
     std::size_t col;
@@ -41,10 +41,10 @@ class Walk : public DelimitedRowParser {
   public:
     using DelimitedRowParser::DelimitedRowParser;
 
-    /// The steps through a text of `size` bytes, each of which consumes at least one of them.
+    /// The steps through a text of `size` bytes. Each step consumes at least one byte.
     std::vector<Step> steps(std::size_t size) {
         std::vector<Step> taken;
-        // A byte 0xFF looks like the end, behind which each further walk goes on.
+        // A byte 0xFF reads like the end of the text; each further walk continues behind it.
         for (int walks = 0; walks < 3; ++walks) {
             while (hasRow()) {
                 while (hasCell())
@@ -63,7 +63,7 @@ class Walk : public DelimitedRowParser {
     }
 };
 
-/// A format that the parser cannot know, so that it has to ask it.
+/// A format of a type unknown to the parser, so that the parser must call it for each character.
 template <class Format>
 class Asked : public Format {
   public:

@@ -34,7 +34,7 @@ struct Model {
     std::string bytes;
     bool reads;
     bool writes;
-    bool seeks;  ///< Also behind the end, and what is written there leaves zeros between.
+    bool seeks;  ///< Also beyond the end; a write there fills the gap with zeros.
     std::size_t at = 0;
 
     std::string read(std::size_t n) {
@@ -71,7 +71,7 @@ void requireRead(Device& device, Model& model, std::size_t n) {
     requireEqual("a read", got, model.read(n));
 }
 
-/// Does with the device what the input says, and with the model the same.
+/// Performs the operations of the input on the device and on the model.
 void operate(Input& input, Device& device, Model& model) {
     while (!input.empty()) {
         switch (const std::uint8_t code = input.byte(); code % 8) {
@@ -129,7 +129,7 @@ void fileForWriting(Input& input) {
 }
 
 void array(Input& input) {
-    // Of its exact size, so that the address sanitizer sees who leaves it.
+    // The array has the exact size, so that the address sanitizer detects access beyond it.
     const std::string content = input.text(MOST_BYTES);
     const std::unique_ptr<char[]> bytes(new char[content.size()]);
     std::copy(content.begin(), content.end(), bytes.get());
@@ -155,7 +155,7 @@ void string(Input& input) {
     operate(input, *device, model);
 }
 
-/// An input stream against the same one asked call by call.
+/// A device over an input stream, compared with direct calls of the same stream.
 void inputStream(Input& input) {
     const std::string content = input.text(MOST_BYTES);
     std::istringstream in(content);
@@ -208,7 +208,7 @@ void outputStream(Input& input) {
                 break;
             }
             default: {
-                // Not behind the end, where a string stream fails for good.
+                // Never beyond the end: a string stream would fail from then on.
                 const auto off = static_cast<long>(input.byte() % (model.bytes.size() + 1));
                 device->seekp(off, moxtel::io::WHENCE_SET);
                 model.seek(off, moxtel::io::WHENCE_SET);

@@ -30,15 +30,15 @@ using quarvis::mining::TimeWidth;
 constexpr std::size_t MOST_HISTORIES = 300;
 constexpr std::size_t MOST_ROWS = 500;
 
-/// Few items make sets of any size, many make sets of three at most that are in some histories:
-/// more are merely expensive, and so are more rows.
+/// With few items, sets may have any size; with many, at most three items and a least count. Larger
+/// sets and more rows are merely expensive.
 constexpr std::size_t FEW_ITEMS = 6;
 constexpr std::size_t MANY_ITEMS = 24;
 constexpr std::size_t HUNDREDS_OF_ITEMS = 240;
 constexpr std::uint32_t MOST_OF_MANY = 3;
 constexpr std::uint32_t LEAST_COUNT_OF_MANY = 3;
 
-/// A transaction, or a part of one.
+/// All or some items of a transaction.
 struct Row {
     std::uint32_t entity;
     std::uint64_t time;
@@ -52,9 +52,9 @@ struct Case {
     MiningOptions options;
 };
 
-/// Each row has four bytes: the history, the time, a bit for each of six items from one on, and in
-/// the last one that item and how many histories from that one on, at times further and further
-/// away, have the row. Entities are numbered as they are met.
+/// Decodes four bytes per row: the history, the time, a bit for each of six successive items, and a
+/// byte for the first of these items and for the number of successive histories that have the row,
+/// at greater and greater times. Entities are numbered in the order in which they first occur.
 std::vector<Row> rowsOf(Input& input, std::size_t items, std::uint64_t timeUnit,
                         std::size_t& histories) {
     std::vector<Row> rows;
@@ -79,12 +79,12 @@ std::vector<Row> rowsOf(Input& input, std::size_t items, std::uint64_t timeUnit,
     return rows;
 }
 
-/// The first byte of the case tells the unit of time, the width of times and the items.
+/// The first byte of a case determines the unit of time, the width of times and the items.
 Case caseOf(Input& input, TimeWidth& timeWidth) {
     Case made;
     const unsigned kind = input.byte();
     timeWidth = kind % 2 == 0 ? TimeWidth::BITS_32 : TimeWidth::BITS_64;
-    // 271 units at most.
+    // Times are at most 271 units.
     const std::uint64_t timeUnit = kind / 2 % 2 == 0                 ? 1
                                    : timeWidth == TimeWidth::BITS_32 ? 0x00f00000
                                                                      : 0x00f0000000000001;
@@ -145,12 +145,13 @@ std::vector<HistoryIndex> shardsOf(const HistoryIndex& index, std::size_t number
     return shards;
 }
 
-/// To start threads costs more than most runs, so few doors have some.
+/// A door is a way to run the engine. Starting threads costs more than most runs, so only a few
+/// doors use them.
 bool hasThreads(std::uint8_t door) {
     return door >= 240;
 }
 
-/// What is found through a door.
+/// Runs the engine through a door.
 class Doors {
   public:
     Doors(const Case& of, TimeWidth timeWidth)

@@ -14,7 +14,7 @@
 
 namespace fuzz {
 
-/// A key whose hash codes are few, so that keys that differ share them.
+/// A key type with few hash codes, so that different keys collide.
 struct Key {
     std::uint8_t number = 0;
     bool operator==(const Key&) const = default;
@@ -34,7 +34,7 @@ namespace {
 using moxtel::NotFoundException;
 using moxtel::util::LinkedHashMap;
 
-/// The pairs in the order in which their keys were put in.
+/// The pairs in the order in which their keys were inserted.
 using Model = std::vector<std::pair<std::uint8_t, std::string>>;
 using Container = LinkedHashMap<Key, std::string>;
 
@@ -43,7 +43,7 @@ Model::iterator found(Model& model, std::uint8_t key) {
                         [key](const auto& pair) { return pair.first == key; });
 }
 
-/// What a lookup gives; a key that is not there is a text of its own.
+/// The result of a lookup; a distinct text for an absent key.
 template <class Look>
 std::string looked(Look look) {
     try {
@@ -53,7 +53,7 @@ std::string looked(Look look) {
     }
 }
 
-/// The walks over pairs, keys and values, of the container and of the const one.
+/// Compares the iterations over pairs, keys and values, both mutable and const.
 void requireSame(Container& container, const Model& model) {
     const Container& constant = container;
     requireEqual("the size", container.size(), model.size());
@@ -76,7 +76,7 @@ void requireSame(Container& container, const Model& model) {
     requireEqual("whether there is more", pairs || constantPairs || keys || values, false);
 }
 
-/// Erases on the way, behind the walk, every pair that the mask tells.
+/// Erases the pairs that the mask selects during an iteration, after the iterator has passed them.
 void eraseOnTheWay(Container& container, Model& model, std::uint8_t mask) {
     std::size_t at = 0;
     for (auto walk = container.iterator(); walk.hasNext();) {

@@ -27,7 +27,7 @@ void require(bool holds, const char* what) {
         throw Failure(what);
 }
 
-/// Every accessor works, and what it gives is in order.
+/// Calls every accessor and checks that the content is in order.
 void visit(const HistoryIndex& index) {
     for (std::uint32_t item = 0; item < index.itemCount(); ++item) {
         require(item == 0 || index.name(Rank{item - 1}) < index.name(Rank{item}),
@@ -56,8 +56,8 @@ void visit(const HistoryIndex& index) {
     require(next <= index.transactionCount(), "there are too many transactions");
 }
 
-/// The counts of an index may be those of a larger one, and rules may then be anything; but there
-/// is a result.
+/// Checks that the index can be mined. Its counts may come from a larger index, so its rules may be
+/// anything.
 void mineAll(const HistoryIndex& index) {
     MiningOptions options;
     options.minCount = index.minCount();

@@ -8,8 +8,8 @@
 
 namespace fuzz {
 
-/// Takes a case from bytes, first to last. Past the end every byte is 0, so that any bytes make a
-/// case.
+/// Decodes a case from bytes, from first to last. Past the end every byte is 0, so any bytes are a
+/// valid case.
 class Input {
   public:
     explicit Input(Bytes bytes) : m_rest(bytes) {}
@@ -24,7 +24,7 @@ class Input {
         return first;
     }
 
-    /// As many characters as the next byte says, `most` at most.
+    /// The next byte gives the length, at most `most`; that many characters follow.
     std::string text(std::size_t most) {
         std::string text(byte() % (most + 1), '\0');
         for (char& c : text)

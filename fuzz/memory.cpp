@@ -24,7 +24,7 @@ using moxtel::mem::Pointer;
 constexpr std::size_t HANDLES = 6;
 constexpr std::size_t MOST_ELEMENTS = 12;
 
-/// Counts the objects that live. An object may hold another one of its kind.
+/// Counts its live objects. An object may hold another one.
 struct Node {
     explicit Node(int of) : value(of) { ++living; }
     Node(const Node&) = delete;
@@ -36,7 +36,7 @@ struct Node {
     Pointer<Node> next;
 };
 
-/// The same in the terms of the standard library.
+/// The same with handles of the standard library.
 struct PlainNode {
     explicit PlainNode(int of) : value(of) { ++living; }
     PlainNode(const PlainNode&) = delete;
@@ -79,14 +79,14 @@ void pointers(Input& input) {
                 plain[a].reset();
                 break;
             case 4: {
-                // A second handle from the address shares with the first one.
+                // A second handle made from the address shares ownership with the first one.
                 const Pointer<Node> copy(plain[b] ? &*handles[b] : nullptr);
                 handles[a] = copy;
                 plain[a] = plain[b];
                 break;
             }
             case 5:
-                // Only to what was made later, so that no ring stays.
+                // Only to a later object, so that no cycle is left.
                 if (plain[a] && plain[b] && plain[a]->value < plain[b]->value) {
                     handles[a]->next = handles[b];
                     plain[a]->next = plain[b];
@@ -118,7 +118,7 @@ void requireSame(const Array<std::uint8_t>& got, const std::shared_ptr<Elements>
         throw Failure("the elements are others");
 }
 
-/// The elements of a part, cut to what there is.
+/// The elements of a range, cut to the existing ones.
 Elements part(const Elements& of, std::size_t start, std::size_t count) {
     if (start >= of.size())
         return {};
@@ -126,7 +126,7 @@ Elements part(const Elements& of, std::size_t start, std::size_t count) {
     return {begin, begin + static_cast<std::ptrdiff_t>(std::min(count, of.size() - start))};
 }
 
-/// Copies a part of `source` to `at` and on; how many elements.
+/// Copies a range of `source` to `target` from `at` on. Returns the number of elements copied.
 std::size_t copy(const Elements& source, std::size_t start, std::size_t count, Elements& target,
                  std::size_t at) {
     const Elements copied = part(source, start, count);
@@ -213,7 +213,7 @@ void arrays(Input& input) {
     }
 }
 
-/// The registry itself, with addresses that nobody else manages.
+/// Tests the registry itself, with addresses that nothing else manages.
 void registry(Input& input) {
     std::array<int, HANDLES> places{};
     std::array<unsigned, HANDLES> owners{};

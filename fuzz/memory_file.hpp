@@ -10,7 +10,7 @@
 
 namespace fuzz {
 
-/// A file in memory that has a path, so that a target opens files thousands of times a second.
+/// A file in memory that has a path. A target can open it thousands of times per second.
 class MemoryFile {
   public:
     explicit MemoryFile(const std::string& content = "") : m_descriptor(memfd_create("fuzz", 0)) {

@@ -9,7 +9,7 @@ namespace fuzz {
 
 namespace {
 
-/// The character at `at`; NUL behind the end.
+/// The character at `at`; NUL beyond the end.
 char charAt(const std::string& text, std::size_t at) {
     return at < text.size() ? text[at] : '\0';
 }
@@ -34,7 +34,7 @@ Parsed<T> plainInteger(const std::string& text) {
     std::size_t at = isSign(charAt(text, 0)) ? 1 : 0;
     T value = 0;
     for (; isDigit(charAt(text, at)); ++at) {
-        // Modulo 2^64, then modulo the width of T.
+        // Computed modulo 2^64, then modulo the width of T.
         const auto digit = static_cast<unsigned long long>(text[at] - '0');
         const T next = static_cast<T>(static_cast<unsigned long long>(value) * 10 + digit);
         if (next < value)
@@ -46,7 +46,7 @@ Parsed<T> plainInteger(const std::string& text) {
     return {value, at};
 }
 
-/// A power of ten, a step for each. After a thousand it is infinite or 0 and stays so.
+/// A power of ten, one multiplication at a time. After a thousand steps it stays infinite or 0.
 template <class T>
 T plainPower(int exponent) {
     T power = 1;
@@ -55,7 +55,7 @@ T plainPower(int exponent) {
     return power;
 }
 
-// Each operation is a statement of its own, for its result has to be rounded.
+// Each operation is a separate statement, since its result must be rounded.
 template <class T>
 Parsed<T> plainReal(const std::string& text) {
     const bool negative = charAt(text, 0) == '-';

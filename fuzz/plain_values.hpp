@@ -8,11 +8,11 @@ namespace fuzz {
 template <class T>
 struct Parsed {
     T value;
-    std::size_t used;  ///< Characters.
+    std::size_t used;  ///< The number of characters used.
 };
 
-/// What `moxtel::string::parse<T>` must give for a text without a NUL, in the plainest form. For
-/// the integers, `float`, `double` and `bool`.
+/// A plain version of `moxtel::string::parse<T>`, for texts without a NUL. T may be an integer
+/// type, `float`, `double` or `bool`.
 template <class T>
 Parsed<T> plainParse(const std::string& text);
 

@@ -7,7 +7,7 @@
 
 namespace fuzz {
 
-/// Throws a `Failure` that tells both answers unless they are equal.
+/// Throws a `Failure` with both values unless they are equal.
 template <class Got, class Expected>
 void requireEqual(const char* what, const Got& got, const Expected& expected) {
     if (got == expected)

@@ -24,8 +24,8 @@ using quarvis::rule::RuleSet;
 using quarvis::test::readRules;
 using quarvis::test::written;
 
-/// Items that come back from a file: of two characters or more, without blanks at the ends, and
-/// without what separates or quotes cells where it would.
+/// Items that a file preserves: of two or more characters, without blanks at the ends, and without
+/// characters in places where they would separate or quote cells.
 const char* const ITEMS[] = {"ab", "cd", "e f", "a{b}", "x=", ">y", "a\"b", "\xc3\xa9\x80"};
 
 ItemSet itemsOf(unsigned mask) {
@@ -43,8 +43,8 @@ std::size_t countOf(Input& input) {
     return count << input.byte() % std::numeric_limits<std::size_t>::digits;
 }
 
-/// Any double whose six digits come back from a file: not one so small that it loses digits, and of
-/// the not-a-numbers, which a file tells apart by sign, the positive one.
+/// Any double whose six written digits a file preserves: none so small that it loses digits. Of the
+/// NaNs, whose sign a file shows, only the positive one.
 double measureOf(Input& input) {
     const int numerator = input.byte() - 128;
     const int denominator = input.byte();
@@ -81,7 +81,7 @@ void checkRoundTrip(const RuleSet& rules) {
         throw Failure("read back and written again:\n" + again + "instead of:\n" + file);
 }
 
-/// What is left of a set that `in` is read into, and the error, if there is one.
+/// Reads `in` into the set. Returns the set's content afterwards, and the error if there is one.
 std::string readingOf(RuleSet& rules, std::istream& in, char delim) {
     std::string error = "no error";
     try {

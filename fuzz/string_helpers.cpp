@@ -27,7 +27,7 @@ int signedCode(char c) {
     return static_cast<signed char>(c);
 }
 
-/// A text without a NUL, as a C text has it.
+/// A text without a NUL, like a C string.
 std::string cTextOf(Input& input) {
     return input.text(MOST_BYTES).c_str();
 }
@@ -49,7 +49,7 @@ void trimming(Input& input) {
                      withoutEnds(text, characters, true, false));
         requireEqual("rtrim", string::rtrim(text, argument),
                      withoutEnds(text, characters, false, true));
-        // One character that is left counts as nothing.
+        // A single remaining character is trimmed too.
         const std::string both = withoutEnds(text, characters, true, true);
         requireEqual("trim", string::trim(text, argument), both.size() == 1 ? "" : both);
     };
@@ -139,7 +139,7 @@ void comparing(Input& input) {
     requireEqual("what is not changed", unused, std::size_t{7});
 }
 
-/// Texts come back from their quotes and from their escapes.
+/// Checks that quoted and escaped texts are restored.
 void protecting(Input& input) {
     const char delim = static_cast<char>(input.byte());
     const std::string quotes = std::string(input.text(3)).c_str();

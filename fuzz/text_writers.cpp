@@ -20,7 +20,7 @@ using moxtel::io::TextWriter;
 
 constexpr std::size_t MOST_BYTES = 60;
 
-/// What a writer must have written, with room for so much.
+/// The text that a writer must have written, limited by the room for it.
 struct Model {
     std::size_t room;
     std::string text = {};
@@ -67,7 +67,7 @@ void operate(Input& input, TextWriter& writer, Model& model) {
                 break;
             }
             case 4: {
-                // The second number is where the part ends.
+                // The second number is the end of the part.
                 const std::string text = input.text(MOST_BYTES);
                 const std::size_t begin = input.byte() % (MOST_BYTES + 8);
                 const std::uint8_t last = input.byte();
@@ -89,7 +89,7 @@ void operate(Input& input, TextWriter& writer, Model& model) {
                 break;
             }
             default: {
-                // A copy goes on where the writer stands.
+                // A copy continues at the position of the writer.
                 TextWriter copy(writer);
                 writer = copy;
             }

@@ -27,7 +27,7 @@ namespace {
 
 using oracle::Table;
 
-// What is larger is merely expensive.
+// Larger cases are merely expensive.
 constexpr std::size_t MOST_OPTIONS = 5;
 constexpr std::size_t MOST_ROWS = 10;
 constexpr std::size_t HISTORIES = 4;
@@ -45,7 +45,7 @@ constexpr OptionName NAMES[] = {{'c', "count", false},     {'o', "order", false}
                                 {'C', "confidence", true}, {'l', "lift", true},
                                 {'V', "conviction", true}};
 
-/// A text that looks like a number, or else "1".
+/// A text that looks like a number, or "1".
 std::string valueOf(Input& input, bool isReal) {
     static const std::string CHARACTERS = "0123456789123.-+eEinfaNI";
     std::string text = input.text(7);
@@ -83,7 +83,7 @@ void set(Configuration& config, char key, const std::string& value) {
     }
 }
 
-/// The arguments of a run, and what they configure.
+/// The arguments of a run, and the settings that they stand for.
 struct Arguments {
     std::vector<std::string> words = {"quarvis-rules"};
     Configuration config;
@@ -95,7 +95,7 @@ struct Arguments {
         const std::size_t options = input.byte() % (MOST_OPTIONS + 1);
         for (std::size_t i = 0; i < options; ++i)
             m_addOption(input);
-        // Names stand anywhere; those behind the third one are not looked at.
+        // File names may stand anywhere. Names after the third one are ignored.
         words.insert(input.byte() % 2 == 0 ? words.begin() + 1 : words.end(), names, "-");
         if (config.maxConviction < 0)
             config.maxConviction = std::numeric_limits<double>::infinity();
@@ -109,7 +109,7 @@ struct Arguments {
         const std::string shortName = std::string("-") + name.shortKey;
         const std::string longName = std::string("--") + name.longKey;
         set(config, name.shortKey, value);
-        // A value that begins with a hyphen has to be attached.
+        // A value that begins with a hyphen must be attached.
         const std::size_t form = code / std::size(NAMES) % (value[0] == '-' ? 3 : 5);
         if (form == 0)
             words.push_back(shortName + value);
@@ -147,7 +147,8 @@ Configuration configured(const std::vector<std::string>& words) {
     return configure(static_cast<int>(argv.size()), argv.data());
 }
 
-/// Two bytes a row: a history and a bit for each item, then the time. Times reach to the last ones.
+/// Decodes two bytes per row: a history and a bit for each item, then the time. Times go up to the
+/// greatest ones.
 Table tableOf(Input& input) {
     const std::uint32_t unit = input.byte() % 2 == 0 ? 1 : 0x01010101;
     Table table;
@@ -163,7 +164,7 @@ Table tableOf(Input& input) {
     return table;
 }
 
-/// Lets a standard stream use another buffer as long as this lives.
+/// Makes a standard stream use another buffer during this object's lifetime.
 class Redirected {
   public:
     Redirected(std::ios& stream, std::streambuf* buffer)
@@ -207,7 +208,7 @@ void fuzzToolRun(Bytes bytes) {
     const Arguments arguments(input);
     const Configuration config = configured(arguments.words);
     requireSame(config, arguments.config);
-    // Every order that is asked for has its message.
+    // There is a message for each order up to the greatest, so that one must be small.
     if (config.maxOrder <= MOST_ORDER)
         requireRun(config, tableOf(input));
 }

@@ -24,17 +24,17 @@ using quarvis::test::Histories;
 using quarvis::test::historiesOf;
 using quarvis::test::readPlainly;
 
-/// A text ends at its first NUL for whoever parses it.
+/// Parsers treat a NUL as the end of the text.
 History::Time timeOf(const std::string& text) {
     return plainParse<History::Time>(text.c_str()).value;
 }
 
-/// How the characters come.
+/// How the characters arrive.
 struct Way {
-    std::size_t chunkSize;     ///< Characters in the buffer at a time; 0: all of them.
-    bool fails;                ///< Where the text ends the buffer throws.
-    std::ios::iostate thrown;  ///< What the stream throws at.
-    std::size_t skipped;       ///< The text begins behind so many others.
+    std::size_t chunkSize;     ///< Characters in the buffer at a time; 0 means all.
+    bool fails;                ///< Whether the buffer throws at the end of the text.
+    std::ios::iostate thrown;  ///< The states at which the stream throws.
+    std::size_t skipped;       ///< The number of characters before the text.
 };
 
 struct Outcome {
@@ -45,7 +45,7 @@ struct Outcome {
     bool operator==(const Outcome&) const = default;
 };
 
-/// What `read(in)` comes to with a stream of this way.
+/// Calls `read(in)` with a stream of this kind and records the outcome.
 template <class Read>
 void readBy(const Way& way, const std::string& text, Outcome& outcome, Read read) {
     std::istringstream whole(std::string(way.skipped, '\n') + text);

@@ -14,10 +14,10 @@ namespace fuzz {
 
 namespace {
 
-/// Counts run on from wherever the caller is.
+/// The count that the caller passes in; parsers add to it.
 constexpr std::size_t BEFORE = 7;
 
-/// Whether both are the same value: the same zero, and any not-a-number like any other.
+/// Whether both values are the same. Zeros of different sign differ; all NaNs are the same.
 template <class T>
 bool isSame(T a, T b) {
     if constexpr (std::is_floating_point_v<T>)
@@ -48,7 +48,7 @@ void check(const std::string& text, const char* type) {
 
 void fuzzValues(Bytes bytes) {
     const std::string whole(bytes.begin(), bytes.end());
-    const std::string text = whole.c_str();  // Up to a NUL, where the parsers end too.
+    const std::string text = whole.c_str();  // Ends at a NUL, as for the parsers.
     check<short>(text, "short");
     check<unsigned short>(text, "unsigned short");
     check<int>(text, "int");

@@ -25,24 +25,24 @@ using oracle::Outcome;
 using oracle::Settings;
 using oracle::Table;
 
-// Larger tables are merely expensive: every item makes the rules three times as many, and the plain
-// miner tests each of them in every history of its items. This many histories, and as many
-// transactions of one, fill more than one word of the bitmaps of the mining. Orders beyond the
-// number of items only add messages.
+// Larger tables are merely expensive: each item triples the number of rules, and the plain miner
+// tests each rule in every history of its items. These numbers of histories and of transactions of
+// one history fill more than one word of the engine's bitmaps. Orders beyond the number of items
+// only add messages.
 constexpr std::size_t MOST_ROWS = 12;
 constexpr std::size_t MOST_TRANSACTIONS = 80;
 constexpr std::size_t MOST_HISTORIES = 66;
 constexpr std::size_t ITEMS = 5;
 constexpr std::uint32_t MOST_ORDER = 9;
 
-/// Plain names, names that begin with one another, and odd ones.
+/// Plain names, names that are prefixes of each other, and odd names.
 const std::string NAMES[][ITEMS] = {
     {"item0", "item1", "item2", "item3", "item4"},
     {"a", "aa", "aaa", "ab", "b"},
     {"", "a,b", " => ", std::string("\0", 1), "\xff"},
 };
 
-/// Eighths, and the values that are none.
+/// Multiples of an eighth, and special values.
 double thresholdOf(std::uint8_t code) {
     switch (code) {
         case 255:
@@ -54,7 +54,7 @@ double thresholdOf(std::uint8_t code) {
     }
 }
 
-/// Small numbers, and some at the upper end.
+/// Small numbers, and some of the greatest.
 std::uint32_t numberOf(std::uint8_t code) {
     return code < 240 ? code : std::numeric_limits<std::uint32_t>::max() - (255U - code);
 }
@@ -71,17 +71,17 @@ Settings settingsOf(Input& input) {
     return settings;
 }
 
-/// What the engine yields, without the rule model around it, which costs as much as the engine; so
-/// without messages.
+/// The result of the engine alone, without messages. The rule model costs as much as the engine, so
+/// it is left out.
 Outcome minedByEngine(const Settings& settings, const Table& table) {
     const quarvis::mining::HistoryIndex index = support::indexOf(table, settings.minCount);
     quarvis::mining::Observer observer;
     return support::outcomeOf(index, mine(index, support::optionsOf(settings), observer));
 }
 
-/// Each row has three bytes: the history, the time, and a bit for each item; the two highest
-/// bits tell how many histories from that one on have the row, or, with the bit below them, at how
-/// many times from that one on the history has it.
+/// Decodes three bytes per row: the history, the time, and a bit for each item. The two highest
+/// bits tell how many successive histories have the row or, if the bit below them is set, at how
+/// many successive times the history has it.
 Table tableOf(Input& input, std::uint8_t kind) {
     const std::string* const names = NAMES[kind % std::size(NAMES)];
     const std::uint32_t timeUnit = kind < 128 ? 1 : 0x01010101;
