@@ -1,4 +1,4 @@
-// Arguments that do not parse: message, stream, and whether later arguments are still looked at.
+// Arguments that do not parse: message, stream, and whether later arguments are still parsed.
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-// Files and streams that are opened and then fail, and standard streams that are closed.
+// Files and streams that fail after they were opened, and closed standard streams.
 
 #include <csignal>
 #include <string>
@@ -32,14 +32,14 @@ std::string mined(const std::string& itemSets = {}) {
         {.transactions = 2, .histories = 1, .levels = {2, 1}, .rules = 1, .itemSets = itemSets});
 }
 
-/// What is told last when a file fails.
+/// The last message of a run whose file fails.
 std::string failure(const std::string& what) {
     return "terminate called after throwing an instance of 'moxtel::io::FileError'\n"
            "  what():  cannot " +
            what + "\n";
 }
 
-/// The messages before the number of the rules that were written.
+/// The messages that precede the number of written rules.
 std::string minedUpToTheRules() {
     const std::string messages = mined();
     return messages.substr(0, messages.size() - std::string("1\n\n").size());
@@ -108,7 +108,7 @@ TEST(FileSize, ThatMayNotGrowLeavesWholeLines) {
 }
 
 TEST(FileSize, IsNamedAsTheReason) {
-    // The messages before are shorter than the rules.
+    // The limit leaves room for the messages, which are shorter than the rules.
     const std::string item(2000, 'a');
     expectRun({.args = {"-c1", "-", "rules"},
                .input = "h\ne0\t1\t" + item + "\ne0\t2\tcd\n",
@@ -119,10 +119,10 @@ TEST(FileSize, IsNamedAsTheReason) {
 }
 
 TEST(UnreadableInput, EndsTheRun) {
-    // No page is mapped where it begins.
+    // The read fails, since no page is mapped at address 0.
     expectRun({.args = {"-c1", "/proc/self/mem", "rules"}},
               {.err = failure("read /proc/self/mem: Input/output error"), .status = -SIGABRT});
-    // The end of a pipe that is for writing.
+    // Standard input is the writing end of a pipe.
     expectRun({.args = {"-c1", "-", "rules"}, .broken = {STDIN_FILENO}},
               {.err = failure("read standard input: Bad file descriptor"), .status = -SIGABRT});
 }
@@ -147,7 +147,7 @@ TEST(UnreadableInput, MayBeOneThatMemoryDoesNotHold) {
     }
 }
 
-/// What is closed counts as the null device; no file of the run gets what is meant for it.
+/// A closed descriptor acts as the null device; no file of the run receives its output.
 TEST(ClosedStreams, AreTheNullDeviceInEveryCombination) {
     for (int combination = 0; combination < 8; ++combination) {
         SCOPED_TRACE(combination);

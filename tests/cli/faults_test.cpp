@@ -1,4 +1,4 @@
-// Small runs in which one call of the system, or one allocation, fails: each in turn.
+// Small runs in which one system call or one allocation fails, each in turn.
 
 #include <cerrno>
 #include <csignal>
@@ -20,8 +20,8 @@ using tool::Call;
 using tool::Files;
 using tool::Outcome;
 
-/// Rows of several blocks, with what is read in every way: a quoted cell, a carriage return, a row
-/// that lacks cells, an entity and an item too long to be kept inside a string object.
+/// Rows that fill several blocks and use every way of reading: a quoted cell, a carriage return, a
+/// row that lacks cells, and an entity and an item too long to be stored inside a string object.
 std::string table() {
     const std::string entity(50, 'e');
     const std::string item(100, 'i');
@@ -32,7 +32,7 @@ std::string table() {
     return text + "q\t1\t\"" + item + "\"\nr\t1\tx\r\ty\ns\n\n";
 }
 
-/// A run over files, and one over the standard streams.
+/// A run on files, and one on the standard streams.
 const std::vector<Call>& calls() {
     static const std::vector<Call> BOTH = {
         {.args = {"-c2", "-w3", "in", "rules", "sets"}, .files = {{"in", table()}}},
@@ -41,14 +41,15 @@ const std::vector<Call>& calls() {
     return BOTH;
 }
 
-/// What one of its calls fails with: 0 is a transfer of one byte. See the library.
+/// A system call that fails, and its `errno`; 0 means that it transfers only one byte. See
+/// support/faults.
 struct Fault {
     const char* call;
     int reason;
     const char* goesOn = "";
 };
 
-/// Whatever happened, no line may be cut and none may be wrong.
+/// Expects that the file is a prefix of the expected one and ends with a whole line.
 void expectWholeLines(const std::string& expected, const std::string& actual) {
     EXPECT_TRUE(expected.starts_with(actual)) << actual;
     EXPECT_TRUE(actual.empty() || actual.back() == '\n') << actual;
@@ -61,8 +62,8 @@ class Faults : public testing::Test {
             GTEST_SKIP() << "The address sanitizer has to be loaded before any other library.";
     }
 
-    /// Runs `call` once for each call that can fail so, and lets `check` compare the outcome with
-    /// the one without a fault. How many there were.
+    /// Runs `call` once for each system call that can have the fault. `check` compares the outcome
+    /// with that of a run without a fault. Returns the number of faults.
     static int withEach(const Fault& fault, const Call& call,
                         const std::function<void(const Outcome&, const Outcome&)>& check) {
         const Outcome whole = tool::run(call);
@@ -123,7 +124,7 @@ TEST_F(Faults, AWriteThatFailsEndsTheRun) {
                                                HasSubstr("cannot write sets: No space left"),
                                                HasSubstr("cannot write standard output: No space"),
                                                HasSubstr("cannot write standard error: No space")));
-                    // A message costs no result.
+                    // A lost message must not cost any result.
                     if (run.err.find("standard error") != std::string::npos) {
                         EXPECT_EQ(run.out, whole.out);
                         EXPECT_EQ(run.files.size(), whole.files.size());
@@ -147,7 +148,7 @@ TEST_F(Faults, AShortTransferGoesOn) {
         }
 }
 
-/// One that cannot be opened reads as empty or is not written.
+/// A file that cannot be opened reads as empty or is not written.
 TEST_F(Faults, AFileThatCannotBeOpenedIsNoError) {
     int nth = 0;
     const int opens =

@@ -1,4 +1,4 @@
-// Files that are not there, cannot be written or are not what they seem.
+// Files that do not exist, cannot be written, or are not regular files.
 
 #include <string>
 

@@ -1,4 +1,4 @@
-// The runner of the other tests: it must tell every difference, and it must not hide one.
+// The runner of the other tests: it must report every difference.
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ using tool::usage;
 
 const Files LEFT = {{"dir/", ""}, {"dir/file", "content"}};
 
-/// Asks for the usage text in a directory that holds a file.
+/// Expects this outcome of a run that prints the usage text, in a directory with a file.
 void expectHelp(const std::string& out, const std::string& err, int status, const Files& files) {
     expectRun({.args = {"-?"}, .files = {{"dir/file", "content"}}},
               {.out = out, .err = err, .status = status, .files = files});

@@ -1,6 +1,6 @@
 // Bytes outside the printable ASCII characters. The byte 0xFF, written \377 here, reads like the
-// end of the data, but only once: the look at it uses it up, and the next look finds the byte
-// behind it.
+// end of the data, but only once: reading it consumes it, and the next read returns the byte after
+// it.
 
 #include <string>
 
@@ -26,7 +26,7 @@ TEST(InputBytes, EveryOtherByteMayBeginAKey) {
     std::string table = "h\n";
     std::size_t keys = 0;
     for (int byte = 0; byte < 0xFF; ++byte) {
-        // A carriage return would make one line end with the line feed before it.
+        // A carriage return would form one line end with the line feed before it.
         if (byte == '\t' || byte == '\n' || byte == '\r' || byte == '"')
             continue;
         ++keys;
@@ -47,7 +47,7 @@ TEST(InputBytes, EveryOtherByteMayStandInsideAnItem) {
 TEST(InputBytes, NulIsText) {
     expectReading("h\ne\0a\t1\ta\0b\ne\0b\t1\ta\0c\ne\t1\t\0\n"s, 3, 3,
                   {{1, {"\0"s}}, {1, {"a\0b"s}}, {1, {"a\0c"s}}});
-    // The number ends before it.
+    // The number ends before the NUL.
     expectReading("h\ne\t1\0002\ta\ne\t1\tb\n"s, 1, 1, {{1, {"a", "b"}}, {1, {"a"}}, {1, {"b"}}});
 }
 
@@ -97,7 +97,7 @@ TEST(InputBytes, ByteFfAfterACarriageReturnIsLost) {
 }
 
 TEST(InputBytes, ByteFfInsideQuotesLeavesTheCellRaw) {
-    // The cell stops being quoted there; the rest, closing quote included, is text behind it.
+    // The quoted text ends at the byte; the rest, including the closing quote, is plain text.
     expectReading("h\ne\t1\t\"ab\377cd\"\n", 1, 1, {{1, {"\"ab\"cd\""}}});
     expectReading("h\ne\t1\t\"ab\377\"\n", 1, 1, {{1, {"\"ab\"\""}}});
     expectReading("h\ne\t1\t\"\377\"\n", 1, 1, {{1, {"\"\"\""}}});

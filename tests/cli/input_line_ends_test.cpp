@@ -1,5 +1,5 @@
-// Line ends other than the line feed. A row ends where a line feed comes next; a carriage return
-// belongs to the cell that it stands in, as the line feed that every accepted line end reads as.
+// Line ends other than the line feed. A row ends where the next byte is a line feed. Any other line
+// end, such as a carriage return, reads as a line feed inside the cell that contains it.
 
 #include <gtest/gtest.h>
 

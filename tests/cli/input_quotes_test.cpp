@@ -12,13 +12,13 @@ namespace {
 using tool::expectReading;
 using tool::FrequentSet;
 
-/// Reads one row whose only item cell is `cell`, at the end of the data, before a line end and
-/// before another item.
+/// Expects that `cell`, as the only item cell of a row, reads as `item`: at the end of the data,
+/// before a line end, and before another item.
 void expectItem(const std::string& cell, const std::string& item,
                 const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
     const std::string row = "h\ne\t1\t" + cell;
     const std::vector<FrequentSet> alone = {{1, {item}}};
-    // "~" comes after every item here.
+    // "~" sorts after every item here.
     const std::vector<FrequentSet> both = {{1, {item, "~"}}, {1, {item}}, {1, {"~"}}};
     expectReading(row, 1, 1, alone, file, line);
     expectReading(row + "\n", 1, 1, alone, file, line);
@@ -111,7 +111,7 @@ TEST(InputQuotes, KeyAndTimeMayBeQuoted) {
     expectReading("h\n\"e\t0\"\t3\ta\n\"e\t0\"\t3\tb\ne\t0\tc\n", 2, 2,
                   {{1, {"a", "b"}}, {1, {"a"}}, {1, {"b"}}, {1, {"c"}}});
     expectReading("h\n\"\"\t3\ta\n\"\"\t3\tb\n", 1, 1, {{1, {"a", "b"}}, {1, {"a"}}, {1, {"b"}}});
-    // Raw, for the text behind it, a quoted time is no number.
+    // With text after the closing quote the cell is read raw, so the time is not a number.
     expectReading("h\ne\t\"3\"x\ta\ne\t0\tb\n", 1, 1, {{1, {"a", "b"}}, {1, {"a"}}, {1, {"b"}}});
 }
 

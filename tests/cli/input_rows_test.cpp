@@ -1,5 +1,6 @@
-// Rows of the transaction file: keys, items, short rows, empty lines, empty cells. A further row
-// with the key and the time that a row should have got joins its transaction when it got them.
+// Rows of the transaction file: keys, items, short rows, empty lines, empty cells. To check the key
+// and the time of a row, a second row has the expected ones: both rows form one transaction if they
+// agree.
 
 #include <gtest/gtest.h>
 
@@ -71,13 +72,13 @@ TEST(InputRows, EmptyTimeCellIsTimeZero) {
 }
 
 TEST(InputRows, KeyAloneTakesItsTimeAndItemsFromTheNextRow) {
-    // The time is e2, no number, thus 0; the second row's key is lost.
+    // The time is "e2", which is not a number and reads as 0. The key of the second row is lost.
     expectReading(
         "h\ne1\ne2\t5\tx\ne1\t0\ty\n", 1, 1,
         {{1, {"5", "x"}}, {1, {"5", "y"}}, {1, {"5"}}, {1, {"x", "y"}}, {1, {"x"}}, {1, {"y"}}});
     expectReading("h\ne1\n7\t5\ne1\t7\ty\n", 1, 1, {{1, {"5", "y"}}, {1, {"5"}}, {1, {"y"}}});
     expectReading("h\ne1\n7\ne1\t7\ty\n", 1, 1, {{1, {"y"}}});
-    // Before a row that begins with a delimiter the time is that row's empty first cell.
+    // If the next row begins with a delimiter, the time is its empty first cell.
     expectReading("h\ne1\n\t5\tx\ne1\t0\n", 1, 1, {{1, {"5", "x"}}, {1, {"5"}}, {1, {"x"}}});
 }
 
@@ -104,7 +105,7 @@ TEST(InputRows, EmptyLineBetweenRowsDoesNoHarm) {
 }
 
 TEST(InputRows, TwoEmptyLinesBetweenRowsMakeAnEmptyKeyOfTheNextRow) {
-    // The next row's key becomes the time, its time an item.
+    // The key of the next row becomes the time, and its time becomes an item.
     expectReading("h\ne1\t1\ta\n\n\ne2\t5\tx\n", 2, 2,
                   {{1, {"5", "x"}}, {1, {"5"}}, {1, {"a"}}, {1, {"x"}}});
     expectReading("h\n\n\n8\t5\n\"\"\t8\tx\n", 1, 1, {{1, {"5", "x"}}, {1, {"5"}}, {1, {"x"}}});

@@ -1,5 +1,5 @@
-// How the time of a row reads. A second row gives the time that the first should have as a plain
-// number: only when they agree do the two rows make one transaction.
+// How the time of a row reads. A second row has the expected time as a plain number: the two rows
+// form one transaction only if the times agree.
 
 #include <string>
 #include <vector>

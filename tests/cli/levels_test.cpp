@@ -14,7 +14,7 @@ using tool::itemSetFile;
 using tool::progress;
 using tool::rulesFile;
 
-// One history in which everything that a sequence of three can fire fires.
+// One history in which every rule counts that can count in a sequence of three transactions.
 const std::string SEQUENCE = "h\ne\t1\ta\ne\t2\tb\ne\t3\tc\n";
 const std::string SEQUENCE_RULES = rulesFile({
     "{a,b} => c\t1\t1\t1\t1\t1\tinf\t1\tinf",
@@ -23,7 +23,7 @@ const std::string SEQUENCE_RULES = rulesFile({
     "b => c\t1\t1\t1\t1\t1\tinf\t1\tinf",
 });
 
-// Two histories, of which {a,b} and {b,c} are in one each, and {a,c} in none.
+// Two histories: {a,b} is in one, {b,c} in the other, and {a,c} in neither.
 const std::string TWO_PAIRS = "h\ne1\t1\ta\ne1\t2\tb\ne2\t1\tb\ne2\t2\tc\n";
 const std::string TWO_PAIRS_RULES = rulesFile({
     "a => b\t1\t1\t0.5\t1\t1\tinf\t0.5\t1",
@@ -181,7 +181,7 @@ TEST(Levels, ProposedRulesGrowWithTheSize) {
 }
 
 TEST(Levels, CountsAreHistoriesThatHoldTheSetAtSomeTimeOrOther) {
-    // The items of a set need not meet in one transaction; e3 lacks c, e4 lacks a and b.
+    // The items of a set need not be in one transaction. e3 lacks c, and e4 lacks a and b.
     expectRun({.args = {"-c2", "-s2", "-", "-", "sets"},
                .input = "h\ne1\t1\ta\ne1\t9\tb\tc\ne2\t3\tc\tb\ta\ne3\t1\tb\ne3\t2\ta\n"
                         "e4\t1\tc\tx\n"},

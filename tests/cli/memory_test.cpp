@@ -1,4 +1,4 @@
-// What the program leaves when its results outgrow the memory.
+// The files of a run whose results do not fit in memory.
 
 #include <csignal>
 #include <string>
@@ -27,8 +27,8 @@ class MemoryLimit : public testing::Test {
     }
 };
 
-/// Two histories that share `items` items, one of them at time 1, the others at time 2: their
-/// subsets, all of them frequent, are 2^items - 1, and each of 2^(items - 1) - 1 has one rule.
+/// Two histories with the same `items` items, one at time 1, the others at time 2. All 2^items - 1
+/// subsets are frequent, and 2^(items - 1) - 1 of them have one rule each.
 std::string shared(std::size_t items) {
     std::string rows = "h\n";
     for (const char* entity : {"e", "f"})
@@ -66,7 +66,7 @@ TEST_F(MemoryLimit, DoesNotMatterToARunThatFits) {
     tool::expectRun(call, unlimited);
 }
 
-/// Wherever in the run the memory ends, a file that is left has whole lines only.
+/// Wherever in the run the memory runs out, the files that are left have only whole lines.
 TEST_F(MemoryLimit, LeavesWholeLines) {
     tool::Call call{.args = {"-c2", "-", "rules", "sets"}, .input = shared(12)};
     const Outcome unlimited = tool::run(call);

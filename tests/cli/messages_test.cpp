@@ -1,4 +1,4 @@
-// Whole runs, every byte of them spelled out here.
+// Whole runs, with every byte of the output spelled out.
 
 #include <gtest/gtest.h>
 
@@ -40,7 +40,7 @@ const std::string FIFTEEN_SETS =
     "1\t{c}\n"
     "1\t{d}\n";
 
-/// Standard error of mining the two rows, after its first line.
+/// The messages of mining the two rows, after the first line.
 const std::string TWO_ROWS_MINED =
     "\t ... calculated 4 frequent item sets of size 1. \n"
     "\t ... calculated 6 frequent item sets of size 2 with 12 proposed rules.\n"

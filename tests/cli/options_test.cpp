@@ -1,5 +1,5 @@
-// Every option in every form in which it can be given. Each changes the result of the same table
-// in a way of its own, so that an option that sets another one's threshold shows.
+// Every option in every form. Each option changes the result for the same table in a different way,
+// so an option that sets the wrong threshold is detected.
 
 #include <string>
 #include <vector>
@@ -15,8 +15,8 @@ using tool::Outcome;
 using tool::progress;
 using tool::rulesFile;
 
-// Four histories: a and b are in three of them, c is in two; {a,b} is in two, {a,c} and {b,c} in
-// one each. Only the rule a => c spans four units of time, the others span one.
+// Four histories: a and b are in three of them, c is in two, {a,b} is in two, and {a,c} and {b,c}
+// are in one each. Only the rule a => c spans four units of time; the others span one.
 const std::string TABLE =
     "id\ttime\titem\n"
     "h1\t1\ta\nh1\t2\tb\n"
@@ -41,7 +41,7 @@ Outcome mined(const Rules& rules, const Levels& levels = {3, 3, 0}, unsigned max
                              .rules = rules.size()})};
 }
 
-/// Gives the option its value in every form, each time with `-c1` before it.
+/// Passes the option with its value in every form, each time after `-c1`.
 void expectEveryForm(const std::string& shortForm, const std::string& longForm,
                      const std::string& value, const Outcome& expected) {
     const std::vector<std::vector<std::string>> forms = {

@@ -32,8 +32,8 @@ TEST(RulesFile, SideOfOneItemIsBareAndOfSeveralBraced) {
 }
 
 TEST(RulesFile, RuleOfEveryMeasure) {
-    // Of eight histories four have bread and milk, three of them salt too, but only two of these
-    // later; five have salt.
+    // Of eight histories four have bread and milk. Three of these also have salt, but only two of
+    // them later. Five histories have salt.
     const std::string table =
         "h\n"
         "e1\t1\tbread\tmilk\ne1\t2\tsalt\n"
@@ -108,7 +108,7 @@ TEST(RulesFile, NothingIsQuotedOrEscaped) {
 }
 
 TEST(RulesFile, SixSignificantDigits) {
-    // One of 16384 histories has a, then b: support 2^-14, lift 2^14.
+    // One of 16384 histories has a and then b: support 2^-14, lift 2^14.
     std::string table = "h\ne\t1\ta\ne\t2\tb\n";
     for (int i = 1; i < 16384; ++i)
         table += std::to_string(i) + "\t1\n";

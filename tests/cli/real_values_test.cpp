@@ -1,5 +1,5 @@
-// How the values of the options that take a real number read: a minimum lift is given to a table
-// of one rule of lift 8 and one of lift 16.
+// How the values of options with a real number read. Each test gives a minimum lift for a table
+// with one rule of lift 8 and one of lift 16.
 
 #include <string>
 #include <vector>
@@ -16,7 +16,7 @@ using tool::progress;
 using tool::rejected;
 using tool::rulesFile;
 
-/// Sixteen histories, of which one has p and then q, and two have r and then s.
+/// Sixteen histories: one has p and then q, two have r and then s.
 std::string table() {
     std::string text = "h\ne1\t1\tp\ne1\t2\tq\ne2\t1\tr\ne2\t2\ts\ne3\t1\tr\ne3\t2\ts\n";
     for (int i = 4; i <= 16; ++i)

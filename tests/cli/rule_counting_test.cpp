@@ -1,4 +1,4 @@
-// Which rules fire in one history, without a window and within one.
+// Which rules fire, that is, count, in one history, with and without a window.
 
 #include <set>
 #include <string>
@@ -15,7 +15,7 @@ using tool::expectRun;
 using tool::progress;
 using tool::rulesFile;
 
-/// The transactions of one history: time and items, each of one letter.
+/// The transactions of one history: a time, and items of one letter each.
 using History = std::vector<std::pair<std::string, std::string>>;
 using Rules = std::vector<std::string>;
 
@@ -30,8 +30,8 @@ std::string table(const History& history) {
     return text;
 }
 
-/// Mines the history within the window ("0": without one). Every measure of a rule that fires in
-/// the only history is at its best.
+/// Expects these rules from mining the history with the window; "0" means none. Since there is only
+/// one history, each measure of a rule has its extreme value.
 void expectFires(const History& history, const std::string& window, const Rules& rules,
                  const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
     std::set<std::string> times;
@@ -181,7 +181,7 @@ TEST(RuleCount, IsWindowedWhileTheItemSetCountIsNot) {
 }
 
 TEST(RuleCount, StartsAfreshInEveryHistory) {
-    // The second history sees b without any a before it.
+    // The second history has b without a before it.
     expectRun({.args = {"-c1"}, .input = "h\ne1\t1\ta\ne1\t2\tb\ne2\t3\tb\n"},
               {.out = rulesFile({"a => b\t1\t1\t0.5\t1\t1\tinf\t0.5\t1"}),
                .err = progress({.transactions = 3, .histories = 2, .levels = {2, 1}, .rules = 1})});

@@ -1,5 +1,5 @@
-// Which rules the thresholds keep at their very values. Thresholds are kept in single precision,
-// digit by digit, and widened; measures are of double precision.
+// Which rules are kept when a measure equals the threshold. A threshold is parsed digit by digit in
+// single precision and then widened; measures have double precision.
 
 #include <string>
 #include <vector>
@@ -14,8 +14,8 @@ using tool::expectRun;
 using tool::progress;
 using tool::rulesFile;
 
-/// Rows of `n` histories named after `prefix`: an item at time 1, another at time 2; a space stands
-/// for no item.
+/// Rows of `n` histories whose names begin with `prefix`: one item at time 1, another at time 2. A
+/// space means no item.
 std::string histories(const std::string& prefix, int n, char first, char second = ' ') {
     std::string rows;
     for (int i = 0; i < n; ++i) {
@@ -28,18 +28,18 @@ std::string histories(const std::string& prefix, int n, char first, char second 
 }
 
 struct Bound {
-    /// A fraction of the histories, and the same as the decimal that is given.
+    /// A fraction of the histories, and the same fraction as the decimal text of the option.
     int part;
     int whole;
     std::string decimal;
     bool kept;
 };
 
-/// `part` of `whole` histories have a and then b, the others a alone, so support and confidence of
-/// a => b are both part / whole; the decimal is given to `option`.
+/// `part` of `whole` histories have a and then b, the others only a. So support and confidence of
+/// a => b are both part / whole. The decimal is the value of `option`.
 void expectBound(const std::string& option, const Bound& bound) {
     const std::string part = std::to_string(bound.part);
-    // Six digits are enough for every fraction here, and the option's text is its shortest form.
+    // Six digits are enough for each fraction here, and the option's text is its shortest form.
     const std::string shown = bound.decimal.front() == '.' ? "0" + bound.decimal : bound.decimal;
     std::vector<std::string> rules;
     if (bound.kept)
@@ -64,8 +64,8 @@ TEST(Thresholds, FractionsOfTwoAreExactAndInclusive) {
 }
 
 TEST(Thresholds, DecimalAboveItsFractionDropsTheRule) {
-    // In double precision each of these would be kept; the first six also in single precision,
-    // were it rounded only once.
+    // In double precision all of these would be kept. In single precision with a single rounding,
+    // the first six would be kept.
     for (const Bound& bound :
          {Bound{7, 20, "0.35", false}, Bound{3, 25, "0.12", false}, Bound{13, 20, "0.65", false},
           Bound{9, 10, "0.9", false}, Bound{6, 25, "0.24", false}, Bound{24, 25, "0.96", false},
@@ -76,7 +76,7 @@ TEST(Thresholds, DecimalAboveItsFractionDropsTheRule) {
 }
 
 TEST(Thresholds, DecimalBelowItsFractionKeepsTheRule) {
-    // The first two would be dropped in single precision, were it rounded only once.
+    // In single precision with a single rounding, the first two would be dropped.
     for (const Bound& bound : {Bound{1, 20, "0.05", true}, Bound{18, 25, "0.72", true},
                                Bound{7, 10, "0.7", true}, Bound{2, 25, "0.08", true}}) {
         expectBound("-s", bound);
@@ -93,7 +93,7 @@ TEST(Thresholds, PowersOfATenthAreFormedInDoublePrecision) {
 }
 
 TEST(Thresholds, LiftAtItsDecimal) {
-    // Ten of twenty histories have a, ten have b, three have both: lift 0.15 / (0.5 * 0.5).
+    // Of twenty histories ten have a, ten have b, and three have both: lift 0.15 / (0.5 * 0.5).
     const std::string table = "h\n" + histories("x", 3, 'a', 'b') + histories("y", 7, 'a') +
                               histories("z", 7, 'b') + histories("w", 3, ' ');
     const std::string rule = "a => b\t3\t3\t0.15\t0.3\t0.6\t0.714286\t0.3\t0.428571";
@@ -106,7 +106,8 @@ TEST(Thresholds, LiftAtItsDecimal) {
 }
 
 TEST(Thresholds, ConvictionAtItsDecimal) {
-    // Thirteen of twenty histories have b, one of the two that have a: (1 - 0.65) / (1 - 0.5).
+    // Of twenty histories thirteen have b, and two have a, one of them with b: conviction
+    // (1 - 0.65) / (1 - 0.5).
     const std::string table = "h\n" + histories("x", 1, 'a', 'b') + histories("y", 1, 'a') +
                               histories("z", 12, 'b') + histories("w", 6, ' ');
     const std::string rule = "a => b\t1\t1\t0.05\t0.5\t0.769231\t0.7\t0.0769231\t0.0833333";
@@ -118,7 +119,7 @@ TEST(Thresholds, ConvictionAtItsDecimal) {
               {.out = rulesFile({rule}), .err = progress(run)});
 }
 
-// Three of eight histories have a and then b, one a alone, one b alone: conviction 0.5 / 0.25.
+// Of eight histories three have a and then b, one only a, and one only b: conviction 0.5 / 0.25.
 std::string ofConvictionTwo() {
     return "h\n" + histories("x", 3, 'a', 'b') + histories("y", 1, 'a') + histories("z", 1, 'b') +
            histories("w", 3, ' ');
@@ -170,7 +171,7 @@ TEST(Thresholds, NegativeMinimumsKeepEveryRule) {
 }
 
 TEST(Thresholds, RuleThatFiresInTooFewHistoriesIsDropped) {
-    // Two histories have a and b, only one of them one after the other.
+    // Two histories have a and b, but only one has a before b.
     const std::string table = "h\ne1\t1\ta\ne1\t2\tb\ne2\t1\ta\tb\ne3\t1\tb\ne4\t1\tb\n";
     expectRun({.args = {"-c1"}, .input = table},
               {.out = rulesFile({"a => b\t1\t2\t0.25\t1\t1\tinf\t0.5\t1"}),

@@ -1,4 +1,4 @@
-// How the values of the options that take a whole number read.
+// How the values of options with a whole number read.
 
 #include <string>
 #include <vector>
@@ -15,12 +15,12 @@ using tool::progress;
 using tool::rejected;
 using tool::rulesFile;
 
-// One history has x, then y; another has x alone, a third has z.
+// One history has x and then y, another only x, a third only z.
 const std::string TABLE = "h\ne1\t1\tx\ne1\t2\ty\ne2\t1\tx\ne3\t1\tz\n";
 const std::string X_Y = "x => y\t1\t1\t0.333333\t0.5\t1.5\t1.33333\t1\tinf";
 
-/// The outcome of a minimum count: 0 keeps even the sets that no history holds, 1 those of one
-/// history, 2 only {x}, 3 and more none.
+/// The outcome of a minimum count: 0 keeps even sets that no history holds, 1 keeps sets in one
+/// history, 2 keeps only {x}, and 3 or more keeps none.
 Outcome minedWithCount(unsigned count) {
     const std::vector<std::vector<std::size_t>> levels = {{3, 3, 1}, {3, 1}, {1, 0}, {0, 0}};
     const std::vector<std::string> rules =
@@ -62,7 +62,8 @@ TEST(WholeNumberValue, OverflowThatWrapsToLessDoesNotConvert) {
 }
 
 TEST(WholeNumberValue, OverflowThatWrapsToMoreGoesUnnoticed) {
-    // 10000000000 is 1410065408 modulo 2^32, more than the 1000000000 before its last digit.
+    // 10000000000 is 1410065408 modulo 2^32. That is greater than 1000000000, the value before the
+    // last digit, so the overflow is not noticed.
     const std::string table = "h\ne1\t7\tx\ne1\t1410065415\ty\ne2\t7\tx\ne2\t1410065416\ty\n";
     expectRun({.args = {"-c1", "-w", "10000000000"}, .input = table},
               {.out = rulesFile({"x => y\t1\t2\t0.5\t1\t1\tinf\t1\tinf"}),

@@ -26,7 +26,7 @@ Number narrowed(oracle::Time value) {
     return static_cast<Number>(value);
 }
 
-/// The entities, each with the first of its times.
+/// The entities, each with its first time.
 TransactionSet entitiesOf(const oracle::Table& table) {
     oracle::Table entities;
     entities.entities = table.entities;
@@ -70,7 +70,7 @@ oracle::Settings settingsOf(const Configuration& config) {
 }
 
 TransactionSet transactionsOf(const oracle::Table& table) {
-    // Only the entities pass through a file; the items may be any bytes.
+    // Only the entities are passed through a file, since items may be any bytes.
     TransactionSet txns = entitiesOf(table);
     std::map<std::string, History*> histories;
     for (auto& [entity, history] : txns)

@@ -10,16 +10,16 @@
 #include "oracle/settings.hpp"
 #include "oracle/table.hpp"
 
-/// The types of the oracle and those of the product, each as the other.
+/// Conversions between the types of the oracle and those of the product.
 namespace support {
 
-/// Throws `std::out_of_range` for a window that the tool cannot have, and `std::invalid_argument`
-/// for all splits: the tool proposes rules by runs.
+/// `configurationOf` throws `std::out_of_range` for a window that the tool cannot have, and
+/// `std::invalid_argument` for the setting "all splits", since the tool proposes rules by runs.
 Configuration configurationOf(const oracle::Settings& settings);
 oracle::Settings settingsOf(const Configuration& config);
 
-/// Items of any bytes pass. Throws `std::out_of_range` for a time that the tool cannot have and
-/// `std::invalid_argument` for a history without transactions.
+/// Items may have any bytes. `transactionsOf` throws `std::out_of_range` for a time that the tool
+/// cannot have, and `std::invalid_argument` for a history without transactions.
 quarvis::rule::TransactionSet transactionsOf(const oracle::Table& table);
 oracle::Table tableOf(const quarvis::rule::TransactionSet& txns);
 
@@ -27,7 +27,7 @@ quarvis::rule::ItemSet itemSetOf(const oracle::Items& items);
 
 oracle::Outcome outcomeOf(const quarvis::rule::MiningResult& result, const std::string& messages);
 
-/// What `quarvis::rule::mine` yields.
+/// The result of `quarvis::rule::mine`.
 oracle::Outcome mined(const Configuration& config, const quarvis::rule::TransactionSet& txns);
 oracle::Outcome mined(const oracle::Settings& settings, const oracle::Table& table);
 

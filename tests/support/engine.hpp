@@ -10,19 +10,20 @@
 #include "oracle/settings.hpp"
 #include "oracle/table.hpp"
 
-/// The types of the oracle and those of the engine.
+/// Conversions between the types of the oracle and those of the engine.
 namespace support {
 
-/// One thread; the caller may choose more.
+/// The options, with one thread; the caller may set more.
 quarvis::mining::MiningOptions optionsOf(const oracle::Settings& settings);
 
-/// The table, a row for each transaction, in the order of the histories. The engine learns of an
-/// entity by its rows, so a history without transactions throws `std::invalid_argument`.
+/// The index of the table, with a row for each transaction, in the order of the histories. Throws
+/// `std::invalid_argument` for a history without transactions, since the engine knows an entity
+/// only by its rows.
 quarvis::mining::HistoryIndex indexOf(
     const oracle::Table& table, std::uint32_t minCount,
     quarvis::mining::TimeWidth timeWidth = quarvis::mining::TimeWidth::BITS_32);
 
-/// What a run found, without messages: the engine has none.
+/// The result of a run, without messages, since the engine prints none.
 oracle::Outcome outcomeOf(const quarvis::mining::HistoryIndex& index,
                           const quarvis::mining::Result& result);
 

@@ -6,7 +6,8 @@
 
 namespace support {
 
-/// Takes what is written to standard error as long as it lives. The stream keeps its formatting.
+/// Captures what is written to `std::cerr` during this object's lifetime. The stream keeps its
+/// formatting.
 class ErrorOutput {
   public:
     ErrorOutput() : m_previous(std::cerr.rdbuf(m_text.rdbuf())) {}

@@ -6,7 +6,7 @@
 
 namespace support {
 
-/// How many file descriptors the tests have open.
+/// The number of open file descriptors of this process.
 inline std::ptrdiff_t openFiles() {
     const std::filesystem::directory_iterator files("/proc/self/fd");
     return std::distance(begin(files), end(files));

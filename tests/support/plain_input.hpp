@@ -10,7 +10,8 @@
 #include <moxtel/device.hpp>
 #include <moxtel/text.hpp>
 
-/// Reading once more, call by call and byte by byte: what the library's readers are held against.
+/// A second implementation of reading, call by call and byte by byte, with which tests compare the
+/// library's readers.
 namespace moxtel::io::plain {
 
 class Source {
@@ -50,7 +51,7 @@ class StreamSource : public Source {
     std::istream& m_in;
 };
 
-/// A string or a block of memory, or a file where it seeks.
+/// A string or a block of memory; with `seeks`, a file.
 class TextSource : public Source {
   public:
     TextSource(std::string text, bool seeks) : m_text(std::move(text)), m_seeks(seeks) {}
@@ -169,7 +170,7 @@ class Reader {
     std::size_t m_col = 0;
 };
 
-/// Walks a table of cells that no escape protects.
+/// Reads a table of cells in a format without escapes.
 class RowParser {
   public:
     RowParser(Source& source, char delim, std::string quotes)

@@ -6,8 +6,8 @@
 
 namespace support {
 
-/// The first difference of two results of the engine, whose measures agree to the last bit where
-/// they agree; empty when there is none.
+/// The first difference between two results of the engine; empty if there is none. Measures must be
+/// equal to the last bit.
 std::string differenceOf(const quarvis::mining::Result& a, const quarvis::mining::Result& b);
 
 }  // namespace support

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Whether the tests, and the program with them, are built for the address sanitizer. It reserves
-/// more memory than any limit leaves.
+/// Whether the tests and the program are built for the address sanitizer. The sanitizer reserves
+/// more memory than any test limit allows.
 #if defined(__SANITIZE_ADDRESS__)
 inline constexpr bool ADDRESS_SANITIZED = true;
 #elif defined(__has_feature)
@@ -10,6 +10,5 @@ inline constexpr bool ADDRESS_SANITIZED = __has_feature(address_sanitizer);
 inline constexpr bool ADDRESS_SANITIZED = false;
 #endif
 
-/// Where tests go through very many tables: they try one of so many, since the sanitizers take
-/// long.
+/// Tests that enumerate very many tables try only one of this many, since the sanitizers are slow.
 inline constexpr unsigned TRIED_EVERY = ADDRESS_SANITIZED ? 20 : 1;

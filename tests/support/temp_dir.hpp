@@ -10,8 +10,8 @@
 
 namespace support {
 
-/// An empty directory of its own that goes with the object, so that tests may run side by side and
-/// leave nothing behind.
+/// A new, empty directory that is removed with the object. So tests can run in parallel and leave
+/// nothing behind.
 class TempDir {
   public:
     TempDir() {
@@ -34,7 +34,7 @@ class TempDir {
     /// The path of the entry `name`, which need not exist.
     std::string operator/(const std::string& name) const { return (m_path / name).string(); }
 
-    /// Writes the file `name`; its path.
+    /// Writes the file `name` and returns its path.
     std::string write(const std::string& name, const std::string& content) const {
         std::ofstream(*this / name, std::ios::binary) << content;
         return *this / name;
@@ -44,7 +44,7 @@ class TempDir {
     std::filesystem::path m_path;
 };
 
-/// The whole content of the file `path`; empty when there is none.
+/// The content of the file `path`; empty if it does not exist.
 inline std::string fileContent(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};

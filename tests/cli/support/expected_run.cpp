@@ -13,8 +13,8 @@ std::string lines(const std::string& header, const std::vector<std::string>& row
     return text;
 }
 
-/// How many rules are proposed from one set of `size` items: one for every contiguous run of its
-/// items but the whole.
+/// The number of rules proposed from a set of `size` items: one for each contiguous run of its
+/// items, except the whole set.
 std::size_t proposals(std::size_t size) {
     return size * (size + 1) / 2 - 1;
 }
@@ -103,7 +103,7 @@ void expectReading(const std::string& input, std::size_t transactions, std::size
         ++levels.at(set.items.size() - 1);
         rows.push_back(std::to_string(set.count) + "\t" + braced(set.items));
     }
-    // No support is above 1, so the minimum of 2 drops every rule.
+    // No support is greater than 1, so the minimum of 2 drops every rule.
     expectRun({.args = {"-c1", "-o1", "-s2", "-", "-", "sets"}, .input = input},
               {.out = rulesFile({}),
                .err = progress({.transactions = transactions,

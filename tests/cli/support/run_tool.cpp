@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 
 constexpr unsigned DEADLINE_SECONDS = 60;
 
-/// How much of a text a report of a difference shows.
+/// The most characters of a text that a failure message shows.
 constexpr std::size_t LONGEST_SHOWN = 4000;
 
 [[noreturn]] void fail(const char* operation) {
@@ -77,8 +77,8 @@ class Directory {
     fs::path m_path;
 };
 
-/// A nameless file that stands for one of the program's standard streams: unlike a pipe it never
-/// makes either side wait for the other.
+/// An unnamed file that serves as one of the program's standard streams. Unlike a pipe, it never
+/// makes one side wait for the other.
 class Stream {
   public:
     explicit Stream(const std::string& content = {}) : m_file(std::tmpfile(), &std::fclose) {
@@ -105,7 +105,7 @@ class Stream {
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> m_file;
 };
 
-/// Limits a resource of this process, for itself and for the program that it becomes.
+/// Limits a resource of this process and of the program that it executes.
 bool limit(decltype(RLIMIT_DATA) resource, rlim_t most) {
     rlimit limits{};
     if (getrlimit(resource, &limits) != 0)
@@ -116,7 +116,7 @@ bool limit(decltype(RLIMIT_DATA) resource, rlim_t most) {
 
 bool openOn(int descriptor, const std::string& path) {
     const int opened = open(path.c_str(), O_RDWR);
-    // A directory is for reading only.
+    // A directory can only be opened for reading.
     const int file = opened != -1 ? opened : open(path.c_str(), O_RDONLY);
     return file != -1 && dup2(file, descriptor) != -1;
 }
@@ -127,9 +127,9 @@ bool breakPipe(int descriptor) {
            std::signal(SIGPIPE, SIG_IGN) != SIG_ERR;
 }
 
-/// Makes this process what the call says that the program is to find.
+/// Sets up this process as the call describes, before it executes the program.
 bool prepare(const Call& call) {
-    // A program that aborts leaves no core file among those that are compared.
+    // A program that aborts must not leave a core file among the files that are compared.
     bool done = limit(RLIMIT_CORE, 0) && limit(RLIMIT_DATA, call.memory.value_or(RLIM_INFINITY)) &&
                 limit(RLIMIT_FSIZE, call.fileSize.value_or(RLIM_INFINITY));
     for (const auto& [descriptor, path] : call.opened)
@@ -158,7 +158,7 @@ int waitFor(pid_t child) {
     return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-/// The text with its control and high bytes spelled out, one line of it a line.
+/// The text with its control characters and high bytes escaped, with one line per line of the text.
 std::string readable(const std::string& text) {
     std::string shown;
     for (const char c : text.substr(0, LONGEST_SHOWN)) {
@@ -229,7 +229,7 @@ Outcome run(const Call& call) {
     if (child == -1)
         fail("fork");
     if (child == 0) {
-        // The alarm outlives execve, and its default action ends a program that hangs.
+        // The alarm survives execve. Its default action ends a program that hangs.
         alarm(DEADLINE_SECONDS);
         if (chdir(directory.path().c_str()) == 0 && dup2(in.descriptor(), STDIN_FILENO) != -1 &&
             dup2(out.descriptor(), STDOUT_FILENO) != -1 &&

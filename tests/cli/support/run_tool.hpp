@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-/// Runs the built program and compares everything that it leaves behind, byte by byte. No shell is
-/// involved: arguments reach the program as they are given.
+/// Runs the built program and compares all of its output, byte by byte. No shell is involved, so
+/// arguments reach the program unchanged.
 namespace tool {
 
-/// What a directory holds: contents by path, relative to it. A path that ends in '/' is a
-/// directory and has no content of its own.
+/// The files of a directory: contents by relative path. A path that ends in '/' is a directory and
+/// has no content.
 using Files = std::map<std::string, std::string>;
 
 struct Call {
@@ -20,22 +20,21 @@ struct Call {
     std::vector<std::string> args = {};
     /// The bytes on standard input.
     std::string input = {};
-    /// What the working directory, otherwise empty, holds beforehand.
+    /// The files in the working directory before the run.
     Files files = {};
-    /// The name under which the program is called; the program run is always the same.
+    /// The name by which the program is called. The program is always the same.
     std::string name = "quarvis-rules";
-    /// How many bytes of data the program may have, if that is limited.
+    /// The limit of the program's data in bytes, if any.
     std::optional<std::uint64_t> memory = {};
-    /// How many bytes a file may have, if that is limited.
+    /// The limit of the size of a file in bytes, if any.
     std::optional<std::uint64_t> fileSize = {};
-    /// The files that descriptors of the program are opened on for reading and writing, instead of
-    /// what they have otherwise.
+    /// The files that replace descriptors of the program, opened for reading and writing.
     std::map<int, std::string> opened = {};
     /// The descriptors that are closed.
     std::set<int> closed = {};
-    /// The descriptors that lead into a pipe which nobody reads, with SIGPIPE ignored.
+    /// The descriptors that write to a pipe without a reader. SIGPIPE is ignored.
     std::set<int> broken = {};
-    /// Variables that are put into the environment, as "NAME=value".
+    /// Variables added to the environment, as "NAME=value".
     std::vector<std::string> environment = {};
 };
 
@@ -43,19 +42,19 @@ struct Outcome {
     /// The bytes on standard output and on standard error.
     std::string out = {};
     std::string err = {};
-    /// The exit status; after a signal, its number with a minus sign.
+    /// The exit status; after a signal, its negated number.
     int status = 0;
-    /// What the working directory holds afterwards, what was there beforehand included.
+    /// The files in the working directory after the run, including those from before it.
     Files files = {};
 };
 
-/// Runs the program in a fresh working directory, which is removed afterwards. A program that has
-/// not ended after a minute is killed (status -SIGALRM). Throws `std::system_error` when the run
-/// cannot be set up.
+/// Runs the program in a new working directory, which is removed afterwards. A program that has not
+/// ended after a minute is killed (status -SIGALRM). Throws `std::system_error` when the run cannot
+/// be set up.
 Outcome run(const Call& call);
 
-/// Runs the program and fails the current test, at the caller's line, for every part of the outcome
-/// that differs from what is expected.
+/// Runs the program. Fails the current test, at the caller's line, for each part of the outcome
+/// that differs from the expected one.
 void expectRun(const Call& call, const Outcome& expected, const char* file = __builtin_FILE(),
                int line = __builtin_LINE());
 

@@ -1,11 +1,11 @@
-// A library that is loaded before the others (LD_PRELOAD) and makes one call of a program fail. The
-// variable FAULT tells which one, as "call number reason": the call is `read`, `write`, `open` or
-// `malloc` (which stands for every allocation); the number counts such calls from 0, from the
-// beginning of `main`; the reason is a value of `errno`, or 0 for a transfer of a single byte that
-// succeeds. With a fourth word, "on", every such call after it fails as well.
+// A library that is loaded before all others (LD_PRELOAD) and makes one call of a program fail. The
+// environment variable FAULT has the form "call number reason". The call is `read`, `write`, `open`
+// or `malloc`, which stands for every allocation. The number selects one of these calls, counted
+// from 0 from the beginning of `main`. The reason is a value of `errno`; 0 means that the call
+// succeeds but transfers a single byte. With a fourth word, "on", all later such calls fail too.
 //
-// The file "fault" is made in the current directory when a call fails, so that a test knows whether
-// there was such a call.
+// When a call fails, the library creates the file "fault" in the current directory. It tells a test
+// that there was such a call.
 
 #include <cerrno>
 #include <cstdarg>
@@ -28,7 +28,7 @@ int reason = 0;
 bool armed = false;
 int (*programMain)(int, char**, char**) = nullptr;
 
-/// Whether this call is to fail. The reason is then in `errno`.
+/// Whether this call must fail. If so, sets `errno` to the reason.
 bool fails(const char* call) {
     if (!armed || std::strcmp(call, failingCall) != 0 || untilFailure < 0)
         return false;

@@ -1,4 +1,4 @@
-// Files that were opened and then fail.
+// Files that fail after they were opened.
 
 #include <functional>
 #include <string>
@@ -26,13 +26,13 @@ using quarvis::test::setOf;
 using support::ErrorOutput;
 using support::openFiles;
 
-/// Opens, but no page is mapped where it begins.
+/// Can be opened, but a read fails, since no page is mapped at address 0.
 const std::string UNREADABLE = "/proc/self/mem";
 
-/// Opens, but takes no byte.
+/// Can be opened, but every write fails.
 const std::string FULL = "/dev/full";
 
-/// The message of the `FileError` that `action` ends with; no file may be left open.
+/// The message of the `FileError` that `action` throws. Expects that no file is left open.
 std::string errorOf(const std::function<void()>& action) {
     const auto before = openFiles();
     std::string message = "nothing thrown";

@@ -7,13 +7,13 @@
 
 namespace quarvis::test {
 
-/// A stream buffer that keeps what is written from one flush to the next apart.
+/// A stream buffer that records separately what is written between two flushes.
 class FlushLog : public std::stringbuf {
   public:
-    /// What each flush found.
+    /// The texts that were flushed, one for each flush.
     const std::vector<std::string>& pieces() const { return m_pieces; }
 
-    /// What was not flushed.
+    /// The text after the last flush.
     std::string rest() const { return str(); }
 
   protected:

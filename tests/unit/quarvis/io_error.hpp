@@ -7,8 +7,8 @@
 
 namespace quarvis::test {
 
-/// The message of the `IOException` to which `operation` throws a pointer; the object is deleted.
-/// "nothing thrown" when it returns.
+/// The message of the `IOException` that `operation` throws by pointer; deletes the exception.
+/// "nothing thrown" if the operation returns.
 template <class Operation>
 std::string ioErrorOf(Operation operation) {
     try {

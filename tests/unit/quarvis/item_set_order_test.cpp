@@ -18,8 +18,8 @@ using quarvis::test::itemsOf;
 using quarvis::test::setOf;
 using quarvis::test::subsetsOf;
 
-/// Items that are prefixes of one another, the empty one, and one that sorts differently by signed
-/// characters.
+/// The empty item, items that are prefixes of each other, and one that would sort differently with
+/// signed characters.
 const std::vector<Item> UNIVERSE = {"", "a", "ab", "b", "\x80"};
 
 bool byteLess(const Item& a, const Item& b) {
@@ -29,7 +29,7 @@ bool byteLess(const Item& a, const Item& b) {
 }
 
 /// The order by its definition: the first position that differs decides, and a missing item comes
-/// after every other.
+/// after any item.
 bool isLess(const ItemSet& a, const ItemSet& b) {
     const std::vector<Item> left = itemsOf(a);
     const std::vector<Item> right = itemsOf(b);
@@ -89,7 +89,7 @@ TEST(ItemSetOrder, IsTransitive) {
                     ++chains;
                     EXPECT_TRUE(a < c) << a << ", " << b << " and " << c;
                 }
-    // Of n sets in a total order n over 3 make a chain.
+    // In a total order of n sets, each of the n over 3 triples is a chain in one of its orders.
     EXPECT_EQ(chains, 32U * 31 * 30 / 6);
 }
 

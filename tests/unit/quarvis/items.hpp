@@ -17,8 +17,8 @@ inline rule::ItemSet setOf(std::initializer_list<rule::Item> items) {
     return set;
 }
 
-/// The items of `set` in iteration order; unlike its text form they tell {""} from {} and {"a,b"}
-/// from {"a","b"}.
+/// The items of `set` in iteration order. Unlike the text form, they distinguish {""} from {} and
+/// {"a,b"} from {"a","b"}.
 inline std::vector<rule::Item> itemsOf(const rule::ItemSet& set) {
     return {set.begin(), set.end()};
 }

@@ -8,8 +8,8 @@
 
 namespace quarvis::test {
 
-/// Reads a transaction file character by character into the standard containers; `parseTime` gives
-/// the time that a text tells.
+/// Reads a transaction file character by character into standard containers. `parseTime` returns
+/// the time of a cell's text.
 template <class ParseTime>
 void readPlainly(Histories& histories, std::istream& in, char delim, ParseTime parseTime) {
     std::string header;

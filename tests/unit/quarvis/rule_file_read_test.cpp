@@ -32,7 +32,7 @@ using support::TempDir;
 
 const std::string STATS = "\t1\t2\t3\t4\t5\t6\t7\t8";
 
-/// The rules file of what the rows `text` after a header are read as; or the error.
+/// Reads a header and the rows `text`, and returns the rules file of the result, or the error.
 std::string reread(const std::string& text) {
     RuleSet rules;
     const std::string error = ioErrorOf([&] { readRules(rules, "header\n" + text); });

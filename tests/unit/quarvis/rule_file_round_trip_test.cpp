@@ -12,7 +12,7 @@
 #include "support/error_output.hpp"
 #include "support/temp_dir.hpp"
 
-/// Which rules a rules file gives back.
+/// Which rules a rules file preserves.
 namespace {
 
 using quarvis::rule::Item;
@@ -32,7 +32,7 @@ using support::TempDir;
 
 using Items = std::vector<Item>;
 
-/// Rules of items that survive, with measures of every written form.
+/// Rules that a file preserves, with measures in every written form.
 RuleSet survivingRules() {
     RuleSet rules;
     rules[Rule(setOf({"milk"}), Item("bread"))] = {3, 4, 0.25, 0.75, 1.5, 2, 0.5, 1.0 / 3};
@@ -105,7 +105,7 @@ TEST(RuleFileRoundTrip, RulesThatBecomeEqualAreLost) {
 TEST(RuleFileRoundTrip, SomeItemsComeBackAsOthers) {
     struct Row {
         Rule rule;
-        Items antecedent, subsequent;  ///< As they come back.
+        Items antecedent, subsequent;  ///< As they are read.
     };
     const std::vector<Row> rows = {
         // Single characters.
@@ -115,7 +115,7 @@ TEST(RuleFileRoundTrip, SomeItemsComeBackAsOthers) {
         // The empty item.
         {Rule(setOf({""}), Item("de")), {}, {"de"}},
         {Rule(setOf({"", "ab"}), Item("de")), {"ab"}, {"de"}},
-        // Blanks on the outside.
+        // Blanks at the ends.
         {Rule(setOf({" ab"}), Item("de ")), {"ab"}, {"de"}},
         {Rule(setOf({"ab ", " c"}), Item("de")), {"", "ab"}, {"de"}},
         // Commas, arrows, braces and quotes.
@@ -124,7 +124,7 @@ TEST(RuleFileRoundTrip, SomeItemsComeBackAsOthers) {
         {Rule(setOf({"{ab}"}), Item("{cd,ef}")), {"ab"}, {"cd", "ef"}},
         {Rule(setOf({"\"ab\""}), Item("\"cd\"")), {"ab"}, {"cd"}},
         {Rule(setOf({"\"ab", "cd\""}), Item("ef")), {"ab,cd"}, {"ef"}},
-        // A carriage return is read as a line feed, which ends the list.
+        // A carriage return reads as a line feed, which ends the list.
         {Rule(setOf({"ab\rcd", "ef"}), Item("gh\rij")), {"ab"}, {"gh"}},
     };
     for (const Row& row : rows) {

@@ -17,7 +17,7 @@ inline constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 inline const std::string RULES_HEADER =
     "Rule\tCount\tA union S\tSupport\tConfidence\tLift\tConviction\tProbability\tCertainty\n";
 
-/// The rules file of `rules`; the report on standard error is dropped.
+/// The rules file of `rules`. The message on standard error is discarded.
 inline std::string written(const rule::RuleSet& rules) {
     const support::ErrorOutput errors;
     std::ostringstream os;
@@ -25,7 +25,7 @@ inline std::string written(const rule::RuleSet& rules) {
     return os.str();
 }
 
-/// Replaces `rules` by the rules file `text`.
+/// Replaces `rules` by the content of the rules file `text`.
 inline void readRules(rule::RuleSet& rules, const std::string& text, char delim = '\t') {
     std::istringstream in(text);
     rules.readInto(in, delim);

@@ -21,7 +21,7 @@ using quarvis::test::subsetsOf;
 
 const RuleOrder ORDER;
 
-/// The 64 rules over the subsets of three items, no two equal.
+/// The 64 different rules between subsets of three items.
 std::vector<Rule> smallRules() {
     const std::vector<ItemSet> sets = subsetsOf({"a", "ab", "\x80"});
     std::vector<Rule> rules;

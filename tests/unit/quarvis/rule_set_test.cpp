@@ -45,8 +45,7 @@ constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 
 const Rule RULE(setOf({"ab"}), Item("cd"));
 
-/// Count 3, support 0.25, confidence 0.75, lift 1.5 and conviction 2; the rest does not take part
-/// in filtering.
+/// Count 3, support 0.25, confidence 0.75, lift 1.5 and conviction 2. Filtering ignores the rest.
 RuleSet::Stats plainStats() {
     return {3, 0, 0.25, 0.75, 1.5, 2, NOT_A_NUMBER, NOT_A_NUMBER};
 }

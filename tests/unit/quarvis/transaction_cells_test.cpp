@@ -9,7 +9,7 @@
 
 #include "transactions.hpp"
 
-/// The syntax of cells as it shows in the transactions that are read: quotes, line ends and bytes
+/// How the syntax of cells affects the transactions that are read: quotes, line ends and bytes
 /// beyond ASCII.
 namespace {
 
@@ -21,7 +21,7 @@ using quarvis::test::transactionsIn;
 const Histories NOTHING;
 
 struct Row {
-    std::string text;  ///< What follows the header.
+    std::string text;  ///< The text after the header.
     Histories histories;
 };
 
@@ -105,7 +105,7 @@ TEST(TransactionCells, ALineFeedWithACarriageReturnAfterItIsOneRowEnd) {
         {"e1\t3\tab\n\re2\t4\tcd\n\r", {{"e1", {{3, {"ab"}}}}, {"e2", {{4, {"cd"}}}}}},
         {"e1\t3\tab\n\r\ne2\t4\tcd", {{"e1", {{3, {"ab"}}}}, {"e2", {{4, {"cd"}}}}}},
     });
-    // Of the header only the line feed is taken.
+    // The header ends at its line feed, before the carriage return.
     EXPECT_EQ(historiesOf(transactionsIn("h\n\re1\t3\tab\n")),
               (Histories{{"\ne1", {{3, {"ab"}}}}}));
 }

@@ -1,4 +1,4 @@
-/// Transaction files beside a reading of them byte by byte into the standard containers.
+/// Compares the reading of transaction files with reading byte by byte into standard containers.
 
 #include <ios>
 #include <istream>
@@ -28,8 +28,8 @@ History::Time timeOf(const std::string& text) {
     return moxtel::string::parse<History::Time>(text);
 }
 
-/// Whether `read(in)` ended in a failure of a stream over `text` that throws at `thrown`, and the
-/// state of the stream.
+/// Calls `read(in)` with a stream over `text` that throws at `thrown`. Returns whether it threw,
+/// and the state of the stream.
 template <class Read>
 std::pair<bool, std::ios::iostate> outcome(const std::string& text, std::ios::iostate thrown,
                                            Read read) {
@@ -43,12 +43,12 @@ std::pair<bool, std::ios::iostate> outcome(const std::string& text, std::ios::io
     return {false, in.rdstate()};
 }
 
-/// A file of few entities, times and items, in any order, of which some bytes are then others; now
-/// and then one that no buffer holds as a whole.
+/// A random file of few entities, times and items in any order, with some bytes replaced.
+/// Occasionally the file is larger than any buffer.
 std::string randomFile(std::mt19937& random, char delim) {
     std::string text = "header\n";
     for (auto rows = random() % (random() % 100 == 0 ? 5000 : 30); rows > 0; --rows) {
-        const auto cells = random() % 20;  // without a time when there is but one
+        const auto cells = random() % 20;  // a row of one cell has no time
         if (cells > 0)
             text += 'e' + std::to_string(random() % 4);
         if (cells > 1)

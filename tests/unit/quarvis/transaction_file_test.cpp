@@ -90,7 +90,7 @@ TEST(TransactionFile, TimesAreTheNumbersThatTheirTextsBeginWith) {
         {"007", 7},
         {"+7", 7},
         {"4294967295", 4294967295U},
-        // No numbers.
+        // Not numbers.
         {"x", 0},
         {"", 0},
         {" 7", 0},
@@ -110,11 +110,12 @@ TEST(TransactionFile, TimesAreTheNumbersThatTheirTextsBeginWith) {
         {"-5x", 4294967291U},
         {"-4294967295", 1},
         {"-0", 0},
-        // An overflow is noticed when the wrapped value is less than the digits before it...
+        // An overflow is noticed if the wrapped value is less than the value before the last
+        // digit...
         {"4294967296", 0},
         {"4294967299", 0},
         {"-4294967296", 0},
-        // ... and 9999999999 - 2 * 2^32 is not.
+        // ... but 9999999999 - 2 * 2^32 is not less.
         {"9999999999", 1410065407U},
         {"-9999999999", 2884901889U},
     };
@@ -127,7 +128,7 @@ TEST(TransactionFile, TimesAreTheNumbersThatTheirTextsBeginWith) {
 TEST(TransactionFile, ARowOfAKeyAloneTakesItsTimeFromTheNextRow) {
     EXPECT_EQ(historiesOf(transactionsIn("h\ne1\n5\tab\tcd\ne3\t1\tef\n")),
               (Histories{{"e1", {{5, {"ab", "cd"}}}}, {"e3", {{1, {"ef"}}}}}));
-    // The key of the next row is what is read as the time.
+    // The key of the next row is read as the time.
     EXPECT_EQ(historiesOf(transactionsIn("h\ne1\ne2\t5\tab\ne3\t1\tef\n")),
               (Histories{{"e1", {{0, {"5", "ab"}}}}, {"e3", {{1, {"ef"}}}}}));
 }
@@ -141,7 +142,7 @@ TEST(TransactionFile, ALastRowOfAKeyAloneHasTheTimeZero) {
 TEST(TransactionFile, ARowThatBeginsWithTheDelimiterLosesItsEmptyKey) {
     EXPECT_EQ(historiesOf(transactionsIn("h\n\te1\t3\tab\n\te2\t4\tcd\n")),
               (Histories{{"e1", {{3, {"ab"}}}}, {"e2", {{4, {"cd"}}}}}));
-    // Of two delimiters the second stands after a key, the empty one.
+    // The second of two delimiters follows an empty key.
     EXPECT_EQ(historiesOf(transactionsIn("h\n\t\t3\tab\n")), (Histories{{"", {{3, {"ab"}}}}}));
     EXPECT_EQ(historiesOf(transactionsIn("h\n\n\t3\tab\n")), (Histories{{"", {{3, {"ab"}}}}}));
 }
@@ -228,7 +229,7 @@ TEST(TransactionFile, AFailedStreamAddsNothing) {
     EXPECT_EQ(historiesOf(transactions), NOTHING);
 }
 
-/// Gives its text and then fails, as a device that breaks does.
+/// A buffer that provides its text and then fails, like a device that breaks.
 class BreakingBuffer : public std::streambuf {
   public:
     explicit BreakingBuffer(std::string text) : m_text(std::move(text)) {

@@ -22,7 +22,7 @@ inline Histories historiesOf(const rule::TransactionSet& transactions) {
     return histories;
 }
 
-/// What the transaction file `text` holds.
+/// The transactions of the file content `text`.
 inline rule::TransactionSet transactionsIn(const std::string& text, char delim = '\t') {
     std::istringstream in(text);
     rule::TransactionSet transactions;

@@ -21,7 +21,8 @@ using support::ErrorOutput;
 using support::fileContent;
 using support::TempDir;
 
-/// Lets a standard stream use another buffer as long as this lives; its state is kept.
+/// Makes a standard stream use another buffer during this object's lifetime. The stream's state is
+/// restored.
 class Redirected {
   public:
     Redirected(std::ios& stream, std::streambuf* buffer)
@@ -39,7 +40,7 @@ class Redirected {
     std::streambuf* m_buffer;
 };
 
-/// Standard streams of its own for the driver, and a directory for its files.
+/// Gives the driver its own standard streams and a directory for its files.
 class Driver : public testing::Test {
   protected:
     void giveInput(const std::string& text) { m_in.str(text); }

@@ -32,7 +32,7 @@ using oracle::Table;
 using oracle::tableShapes;
 using support::mined;
 
-/// Whether the mining does with the table what the brute force does.
+/// Whether the mining gives the same result for the table as the brute force.
 testing::AssertionResult agree(const Settings& settings, const Table& table) {
     const Outcome expected = bruteForce(settings, table);
     const Outcome found = mined(settings, table);
@@ -67,8 +67,8 @@ void PrintTo(const Setting& setting, std::ostream* os) {
 
 class EveryTable : public testing::TestWithParam<Setting> {
   protected:
-    /// Compares the tables of up to a number of histories over three items at these times, and
-    /// stops at the first that does not agree; the number of tables.
+    /// Compares all tables of up to `number` histories over three items at these times. Stops at
+    /// the first that does not agree. Returns the number of tables.
     static std::size_t upTo(std::size_t number, const std::vector<oracle::Time>& times) {
         Settings settings;
         settings.minCount = GetParam().minCount;
@@ -93,7 +93,7 @@ std::string nameOf(const testing::TestParamInfo<Setting>& setting) {
 class EveryTableOfThreeHistories : public EveryTable {};
 
 TEST_P(EveryTableOfThreeHistories, MinesAsByBruteForce) {
-    // Of the 80 histories: 1 + 80 + 80 * 81 / 2 + 80 * 81 * 82 / 6.
+    // Multisets of up to 3 of the 80 histories: 1 + 80 + 80 * 81 / 2 + 80 * 81 * 82 / 6.
     EXPECT_EQ(91'881U, upTo(3, {1, 3}));
 }
 
@@ -121,11 +121,12 @@ INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfTwoHistories,
                                          Setting{"MinCount3MaxOrder3", 3, 3, 0}),
                          nameOf);
 
-/// One history is enough for what a window does: a rule is counted over histories one by one.
+/// One history is enough to test windows, since a rule is counted in each history separately.
 class EveryLongHistory : public EveryTable {};
 
 TEST_P(EveryLongHistory, MinesAsByBruteForce) {
-    // 9 possibilities at each of 4 times; no transaction at all stands for the empty table.
+    // 9 possibilities at each of 4 times. A history without transactions stands for the empty
+    // table.
     EXPECT_EQ(6'561U, upTo(1, {0, 1, 3, 4}));
 }
 
@@ -154,7 +155,7 @@ TEST(ReplayedSeeds, MineAsByBruteForce) {
         EXPECT_TRUE(agree(seed));
 }
 
-/// Agreement means little where there is nothing to agree on.
+/// Agreement means little if the tables have no rules.
 TEST(RandomTablesOfEveryShape, ManyHaveRules) {
     constexpr std::size_t each = 100;
     std::vector<std::size_t> withRules(tableShapes().size());

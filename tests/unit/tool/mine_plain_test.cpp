@@ -38,7 +38,7 @@ using oracle::TableShape;
 using oracle::tableShapes;
 using support::mined;
 
-/// Whether the mining does with the table what its plain form does.
+/// Whether the mining gives the same result for the table as the plain miner.
 testing::AssertionResult agree(const Settings& settings, const Table& table) {
     const Outcome expected = oracle::mine(settings, table);
     const Outcome found = mined(settings, table);
@@ -67,7 +67,8 @@ std::string nameOf(const testing::TestParamInfo<Setting>& setting) {
 
 class EveryTableOf : public testing::TestWithParam<Setting> {
   protected:
-    /// The number of tables of up to `number` histories; it stops at the first that does not agree.
+    /// Compares all tables of up to `number` of these histories. Stops at the first that does not
+    /// agree. Returns the number of tables.
     static std::size_t upTo(std::size_t number, const std::vector<History>& histories) {
         Settings settings;
         settings.minCount = GetParam().minCount;
@@ -87,7 +88,7 @@ class EveryTableOf : public testing::TestWithParam<Setting> {
 class EveryTableOfThreeTimes : public EveryTableOf {};
 
 TEST_P(EveryTableOfThreeTimes, MinesAsInThePlainForm) {
-    // Of the 124 histories: 1 + 124 + 124 * 125 / 2.
+    // Multisets of up to 2 of the 124 histories: 1 + 124 + 124 * 125 / 2.
     EXPECT_EQ(7'875U, upTo(2, allHistories({1, 2, 4}, {"p", "q"})));
 }
 
@@ -103,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
 class EveryTableOfThreeTimesAndThreeHistories : public EveryTableOf {};
 
 TEST_P(EveryTableOfThreeTimesAndThreeHistories, MinesAsInThePlainForm) {
-    // Of the 124 histories: 1 + 124 + 124 * 125 / 2 + 124 * 125 * 126 / 6.
+    // Multisets of up to 3 of the 124 histories: 1 + 124 + 124 * 125 / 2 + 124 * 125 * 126 / 6.
     EXPECT_EQ(333'375U, upTo(3, allHistories({1, 2, 4}, {"p", "q"})));
 }
 
@@ -113,7 +114,7 @@ INSTANTIATE_TEST_SUITE_P(Settings, EveryTableOfThreeTimesAndThreeHistories,
 class EveryTableOfFourItems : public EveryTableOf {};
 
 TEST_P(EveryTableOfFourItems, MinesAsInThePlainForm) {
-    // Of the 288 histories: 1 + 288 + 288 * 289 / 2.
+    // Multisets of up to 2 of the 288 histories: 1 + 288 + 288 * 289 / 2.
     EXPECT_EQ(41'905U, upTo(2, allHistories({1, 3}, {"p", "q", "r", "s"})));
 }
 
@@ -143,7 +144,7 @@ std::vector<std::string> names(std::size_t number) {
     return all;
 }
 
-/// Names of which each comes as often as the weights tell.
+/// Names, each repeated as often as its weight says.
 std::vector<std::string> weighted(const std::vector<std::size_t>& weights) {
     std::vector<std::string> all;
     for (std::size_t i = 0; i < weights.size(); ++i)
@@ -151,14 +152,14 @@ std::vector<std::string> weighted(const std::vector<std::size_t>& weights) {
     return all;
 }
 
-/// Names of which four come often and hundreds hardly ever.
+/// Names, of which four are frequent and hundreds are rare.
 std::vector<std::string> fewAmongMany() {
     std::vector<std::size_t> weights(300, 1);
     std::fill_n(weights.begin() + 100, 4, 100);
     return weighted(weights);
 }
 
-/// Tables of a shape, as many as take a few seconds at most.
+/// A number of tables of one shape; few enough to take at most a few seconds.
 struct Series {
     TableShape shape;
     std::size_t tables;
@@ -168,9 +169,9 @@ std::ostream& operator<<(std::ostream& os, const Series& series) {
     return os << series.shape;
 }
 
-/// Shapes that the brute force would take too long for.
+/// Shapes that are too large for the brute force.
 std::vector<Series> largeTables() {
-    // Histories, transactions, items of a transaction, last time, least count.
+    // Each shape has: histories, transactions, items per transaction, last time, least count.
     return {
         {{"Thousands", names(5), 4000, 3, 3, 6}, 80},
         {{"ThousandsSkewed", weighted({500, 3, 200, 1, 500, 60, 12}), 3000, 3, 4, 9, 2}, 80},
@@ -191,7 +192,7 @@ std::vector<Series> allTables() {
     return all;
 }
 
-/// The settings of a random case, with a table of this shape.
+/// The settings of a random case, with a random table of this shape.
 RandomCase caseOf(const TableShape& shape, std::uint64_t seed) {
     RandomCase drawn = randomCase(seed);
     drawn.table = oracle::randomTable(shape, seed);
@@ -213,7 +214,7 @@ TEST_P(RandomTablesOfShape, MineAsInThePlainForm) {
 INSTANTIATE_TEST_SUITE_P(Shapes, RandomTablesOfShape, testing::ValuesIn(allTables()),
                          [](const auto& series) { return series.param.shape.name; });
 
-/// Agreement means little where there is nothing to agree on.
+/// Agreement means little if the tables have no rules.
 TEST(LargeRandomTables, ManyHaveRules) {
     for (const Series& series : largeTables()) {
         constexpr std::uint64_t tables = 20;
@@ -233,11 +234,11 @@ TEST(Orders, FarBeyondTheLargestSetAreReportedAsInThePlainForm) {
     EXPECT_TRUE(agree(settings, tableOf({"1:a 2:b,c", "1:c 2:a"})));
 }
 
-/// Real histories, from the folder that the environment variable QUARVIS_DATA names. They are too
-/// many and too large to be part of this project.
+/// A run on real histories, from the folder that the environment variable QUARVIS_DATA names. The
+/// files are too large to be part of this project.
 struct RealRun {
     std::string file;
-    std::size_t histories;  ///< The first of the file, or ALL.
+    std::size_t histories;  ///< How many of the file's first histories to use, or ALL.
     std::uint32_t minCount;
     std::uint32_t maxOrder;
     std::uint32_t windowSize;
@@ -250,7 +251,7 @@ std::ostream& operator<<(std::ostream& os, const RealRun& run) {
               << run.windowSize;
 }
 
-/// The rows of the first `number` entities of a transaction file, and its header.
+/// The header of a transaction file and the rows of its first `number` entities.
 std::string rowsOf(std::istream& file, std::size_t number) {
     std::set<std::string> entities;
     std::string rows;
@@ -287,7 +288,7 @@ TEST_P(RealHistories, AreMinedAsInThePlainForm) {
     settings.windowSize = run.windowSize;
     const Outcome expected = oracle::mine(settings, support::tableOf(txns));
     EXPECT_FALSE(expected.itemSets.empty());
-    // Not printed: there may be thousands of rules.
+    // The results are not printed, since there may be thousands of rules.
     EXPECT_TRUE(mined(support::configurationOf(settings), txns) == expected);
 }
 

@@ -41,7 +41,7 @@ Settings settingsOf(std::uint32_t minCount, std::uint32_t maxOrder = 0,
     return settings;
 }
 
-/// The lines as the mining writes them.
+/// The messages in the format that the mining prints.
 std::string messagesOf(std::initializer_list<const char*> lines) {
     std::string messages;
     for (const char* line : lines)
@@ -58,7 +58,7 @@ std::vector<std::string> rules(const Settings& settings,
     return mined(settings, tableOf(histories)).ruleTexts();
 }
 
-/// The item sets with their counts.
+/// The item sets of the histories, with their counts, as texts.
 std::vector<std::string> itemSets(const Settings& settings,
                                   std::initializer_list<const char*> histories) {
     std::vector<std::string> sets;
@@ -201,7 +201,8 @@ struct WindowRow {
     std::vector<std::string> rules;
 };
 
-/// In two histories the antecedent comes at once, so that only the last rule of its items is met.
+/// In two histories a, b and c occur at once. So of the rules of {a,b,c,d} only {a,b,c} => d counts
+/// there.
 TEST(MineWindows, ARuleCountsWhereNoneOfItsAntecedentAloneDoes) {
     const Outcome outcome =
         mined(settingsOf(1, 3, 10), tableOf({"1:a,b,c 2:d", "1:a,b,c 2:d", "1:a 2:b 3:c 4:d"}));
@@ -279,7 +280,7 @@ TEST(MineMeasures, OfSidesThatAreNotEquallyFrequent) {
               outcome.rules[0]);
 }
 
-/// a => s fires in 2 of 8 histories: support 0.25, confidence 0.75, lift 1.5, conviction 2.
+/// a => s counts in 2 of 8 histories: support 0.25, confidence 0.75, lift 1.5, conviction 2.
 Table thresholdTable() {
     return tableOf({"1:a 2:s", "1:a 2:s", "1:a,s", "1:a", "1:s", "1:x", "1:x", "1:x"});
 }
@@ -335,8 +336,8 @@ TEST(MineThresholds, OnlyTheRulesThatPassAreCountedInTheMessage) {
     EXPECT_THAT(outcome.messages, HasSubstr("\t ... have 1 rules.\n"));
 }
 
-/// Of a thousand items and more, five ranks fill the number by which rules are sorted first. The
-/// rules of the last six items differ behind that.
+/// With more than a thousand items, the number by which rules are sorted first has room for five
+/// ranks. The rules of the last six items differ only after these.
 TEST(MineRuleOrder, HoldsForRulesThatAgreeInManyItems) {
     Table table = tableOf({"1:z1,z2 2:z3,z4,z5,z6", "1:z1,z2 2:z3,z4,z5,z6"});
     for (int item = 0; item < 1100; ++item)
@@ -345,15 +346,15 @@ TEST(MineRuleOrder, HoldsForRulesThatAgreeInManyItems) {
     const Settings settings = settingsOf(2, 5);
     const std::vector<std::string> expected = oracle::mine(settings, table).ruleTexts();
     EXPECT_EQ(expected, mined(settings, table).ruleTexts());
-    // The rule model sorts once more; the files of the tool are in the order of the engine.
+    // The rule model sorts the rules itself. The tool's files are in the order of the engine.
     const quarvis::mining::HistoryIndex index = support::indexOf(table, settings.minCount);
     quarvis::mining::Observer observer;
     const quarvis::mining::Result result = mine(index, support::optionsOf(settings), observer);
     EXPECT_EQ(expected, support::outcomeOf(index, result).ruleTexts());
 }
 
-/// An item in few of the histories of a first one, which have 39 moments each: its moments are
-/// kept as a list of the words in which it has any, not as all words.
+/// The first item's histories have 39 moments each; another item occurs in few of them. So the
+/// moments of the other item are stored as a list of its nonzero words, not as all words.
 TEST(MineWindows, ItemsInFewOfManyLongHistoriesAreCountedAsByThePlainMiner) {
     Table table;
     for (std::size_t history = 0; history < 60; ++history) {
