@@ -1,4 +1,4 @@
-// Bundles the sources into the template of the page: one file, in which only the data are missing.
+// Bundles the sources into the template of the page: one file that lacks only the data.
 //
 //   node build.mjs [output]
 //
@@ -23,14 +23,14 @@ async function bundle(entry) {
     format: "iife",
     target: TARGET,
     charset: "utf8",
-    legalComments: "none", // whole licences are in the page
+    legalComments: "none", // the page has the full licences
     metafile: true,
     write: false,
   });
   return { text: result.outputFiles[0].text.trim(), inputs: Object.keys(result.metafile.inputs) };
 }
 
-/** The packages that the bundle has code of, with their licences. */
+/** The packages whose code is in the bundle, with their licences. */
 async function licencesOf(inputs) {
   const names = new Set(
     inputs.flatMap((path) => path.match(/^node_modules\/((?:@[^/]+\/)?[^/]+)/)?.[1] ?? []),
@@ -47,12 +47,12 @@ async function licencesOf(inputs) {
   );
 }
 
-/** The source of a policy that allows exactly this inline text. */
+/** The source expression of a content security policy that allows exactly this inline text. */
 function hashOf(text) {
   return `'sha256-${createHash("sha256").update(text).digest("base64")}'`;
 }
 
-/** Puts texts in the places of the skeleton, where no blank may come between tag and text. */
+/** Replaces the placeholders of the skeleton by texts, without blanks between tag and text. */
 function fill(skeleton, texts) {
   return Object.entries(texts).reduce((page, [name, text]) => {
     const place = new RegExp(`\\s*@@${name}@@\\s*(?=<)|@@${name}@@`);

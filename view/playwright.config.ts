@@ -1,6 +1,6 @@
 import { defineConfig } from "@playwright/test";
 
-// The browser of the system, since none is downloaded; root may only run it without its sandbox.
+// Uses the browser of the system; none is downloaded. Root can only run it without its sandbox.
 const isRoot = process.getuid?.() === 0;
 
 export default defineConfig({

@@ -6,9 +6,9 @@ import { fromFragment, toFragment } from "./state/address";
 import { Shown } from "./state/shown";
 import { type State, Store } from "./state/state";
 
-const ADDRESS_DELAY = 250; // milliseconds; browsers refuse more than some changes a second
+const ADDRESS_DELAY = 250; // milliseconds; browsers limit the changes per second
 
-/** What all parts of the page share. */
+/** The data, measures and state that all parts of the page share. */
 export class App {
   readonly rules: Rules;
   readonly measures: Measures;
@@ -27,7 +27,7 @@ export class App {
     this.store.listen((state, changed) => this.shown.follow(state, changed));
   }
 
-  /** Keeps the address and the state the same from now on. */
+  /** Keeps the address and the state in sync from now on. */
   followAddress(): void {
     let timer: ReturnType<typeof setTimeout> | undefined;
     this.store.listen(() => {
@@ -39,13 +39,13 @@ export class App {
     });
   }
 
-  /** The address of the page as it is now. */
+  /** The address of the page in its current state. */
   address(): string {
     const fragment = toFragment(this.store.state, this.begin);
     return location.href.replace(/#.*$/, "") + (fragment === "" ? "" : `#${fragment}`);
   }
 
-  /** Makes a rule the one that the panel tells of. */
+  /** Shows a rule in the panel; null shows none. */
   choose(rule: RuleId | null): void {
     this.store.update({ chosen: rule });
   }
@@ -54,7 +54,7 @@ export class App {
     try {
       history.replaceState(null, "", this.address());
     } catch {
-      // A page inside of another document, such as a notebook, has no address of its own.
+      // A page inside another document, such as a notebook, has no address of its own.
     }
   }
 }

@@ -1,9 +1,9 @@
-/** What an element may hold: text becomes a text node, never markup. */
+/** A child of an element. Text becomes a text node, never markup. */
 export type Child = Node | string;
 
 type Attributes = Record<string, string | number | boolean | null>;
 
-/** Makes an HTML element. Attributes that are null or false are left out, true ones are empty. */
+/** Makes an HTML element. Attributes that are null or false are omitted; true becomes empty. */
 export function element<Tag extends keyof HTMLElementTagNameMap>(
   tag: Tag,
   attributes: Attributes = {},
@@ -36,14 +36,14 @@ export function setAttributes(made: Element, attributes: Attributes): void {
   }
 }
 
-/** The element of this id, which the page is known to have. */
+/** The element with this id, which must exist. */
 export function byId(id: string): HTMLElement {
   const found = document.getElementById(id);
   if (!found) throw new Error(`The page lacks the element ${id}.`);
   return found;
 }
 
-/** A button that does something. */
+/** A button that calls `act`. */
 export function button(text: string, attributes: Attributes, act: () => void): HTMLButtonElement {
   const made = element("button", { type: "button", ...attributes }, text);
   made.addEventListener("click", act);
@@ -68,12 +68,12 @@ export function choice(
   };
 }
 
-/** A name from the data, set apart so that its direction of writing does not move its neighbours. */
+/** A name from the data, isolated so that its text direction does not affect its neighbours. */
 export function nameOf(text: string, attributes: Attributes = {}): HTMLElement {
   return element("bdi", attributes, text);
 }
 
-/** Runs something at the next frame, once for however many calls until then. */
+/** Returns a function that runs `act` at the next frame, only once for all calls until then. */
 export function oncePerFrame(act: () => void): () => void {
   let isWaiting = false;
   return () => {
@@ -86,7 +86,7 @@ export function oncePerFrame(act: () => void): () => void {
   };
 }
 
-/** Tells people who use a screen reader what happened. */
+/** Announces a text to users of a screen reader. */
 export function announce(text: string): void {
   byId("announcement").textContent = text;
 }

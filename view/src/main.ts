@@ -12,7 +12,7 @@ import { counted, lengthText, wholeNumber } from "./text";
 
 const IDLE = 300; // milliseconds after the first view
 
-/** Gives the browser the time to paint what is there. */
+/** Waits until the browser has painted. */
 function nextPaint(): Promise<void> {
   return new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve, 0)));
 }
@@ -121,7 +121,7 @@ function showRules(app: App): void {
   new FilterBar(app, rules);
   const table = new Table(app, rules);
   document.querySelector(".skip")!.addEventListener("click", (event) => {
-    event.preventDefault(); // the fragment of the address belongs to the state
+    event.preventDefault(); // the fragment of the address is used for the state
     table.focus();
   });
   printTable(app, rules);

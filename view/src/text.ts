@@ -8,7 +8,7 @@ export function wholeNumber(value: number): string {
   return WHOLE.format(value);
 }
 
-/** A number with as many significant digits; very large and small ones with a power of ten. */
+/** A number with `digits` significant digits; very large and small ones with a power of ten. */
 export function significant(value: number, digits = 3): string {
   if (Number.isNaN(value)) return "–";
   if (!Number.isFinite(value)) return value > 0 ? "∞" : "−∞";
@@ -23,12 +23,12 @@ export function significant(value: number, digits = 3): string {
   return withoutExponent(text).replace("-", "−");
 }
 
-/** `toPrecision` writes 1.23e+4 where 12,345 has more digits than are asked for. */
+/** Removes the exponent that `toPrecision` writes for larger numbers, such as 1.23e+4. */
 function withoutExponent(text: string): string {
   return text.includes("e+") ? WHOLE.format(Math.round(Number(text))) : text;
 }
 
-/** A number of a measure, short. */
+/** A value of a measure as a short text. */
 export function valueText(measure: Measure, value: number, time: TimeScale): string {
   if (measure.kind === "length") return lengthText(value, time);
   return measure.kind === "count" ? wholeNumber(value) : significant(value);
@@ -49,7 +49,7 @@ const UNITS: [seconds: number, one: string, several: string][] = [
   [1e-9, "nanosecond", "nanoseconds"],
 ];
 
-/** A length of time in the greatest unit of the clock that is not above it. */
+/** A length of time in the greatest unit of time that is not longer than it. */
 export function lengthText(length: number, time: TimeScale): string {
   if (time.seconds === null) return `${wholeNumber(length)} ${time.unit}`;
   const seconds = length * time.seconds;
@@ -60,7 +60,7 @@ export function lengthText(length: number, time: TimeScale): string {
   return value === 1 ? `1 ${one}` : `${WHOLE.format(value)} ${several}`;
 }
 
-/** A point in time: a date, with the hour and minute where times are finer than days. */
+/** A point in time as a date, with hour and minute if times are finer than days. */
 export function timeText(value: number, time: TimeScale): string {
   if (time.origin === null || time.seconds === null)
     return `time ${wholeNumber(time.first + value)}`;
@@ -70,7 +70,7 @@ export function timeText(value: number, time: TimeScale): string {
   return time.seconds >= 86400 ? text.slice(0, 10) : `${text.slice(0, 10)} ${text.slice(11, 16)}`;
 }
 
-/** The first characters of a name that is too long for its place. */
+/** The name, cut to at most `most` characters. */
 export function shortened(text: string, most: number): string {
   const characters = Array.from(text.slice(0, most * 4));
   return characters.length > most ? `${characters.slice(0, most - 1).join("")}…` : text;

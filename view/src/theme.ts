@@ -1,9 +1,9 @@
 import { interpolateViridis } from "d3-scale-chromatic";
 
 /**
- * The colours of pictures, by the preference for light or dark. Antecedents are blue and
- * consequents orange, which all kinds of colour vision tell apart; the scale of a measure is
- * viridis, without the end that fades into the background.
+ * The colours of pictures, for the light or the dark preference. Antecedents are blue and
+ * consequents orange, which people with any colour vision can distinguish. The scale of a measure
+ * is viridis without the end that would blend into the background.
  */
 export interface Theme {
   isDark: boolean;
@@ -14,7 +14,7 @@ export interface Theme {
   antecedent: string;
   consequent: string;
   accent: string;
-  /** The colour of a value between 0 and 1; greater ones stand out more. */
+  /** The colour of a value between 0 and 1. Greater values stand out more. */
   scale(value: number): string;
 }
 
@@ -48,7 +48,7 @@ function preference(): MediaQueryList {
   return window.matchMedia("(prefers-color-scheme: dark)");
 }
 
-/** The colours that hold now; paper is light. */
+/** The current colours; printing uses the light ones. */
 export function theme(): Theme {
   return preference().matches && !isPrinting ? DARK : LIGHT;
 }

@@ -17,7 +17,7 @@ BAGS = ROOT / "examples" / "bag-customers.tsv"
 SHOP = ROOT / "examples" / "shop.tsv"
 QUARTER = 90 * 86400
 
-# Names that break careless pages. None is quoted by the tool, nor may one begin with a quote.
+# Names that break careless pages. The tool quotes none of them; none may begin with a quote.
 HOSTILE = [
     "</script><script>document.title='taken'</script>",
     "<img src=x onerror=\"document.title='taken'\">",
@@ -39,7 +39,7 @@ HOSTILE = [
 
 
 def tool(transactions: Path, name: str, *options: str) -> tuple[Path, Path]:
-    """Run the tool; give the rules file and the item-set file."""
+    """Run the tool; return the rules file and the item-set file."""
     program = next(
         path for path in (
             os.environ.get("QUARVIS_TOOL", ""),
@@ -54,7 +54,7 @@ def tool(transactions: Path, name: str, *options: str) -> tuple[Path, Path]:
 
 
 def command(rules: Path, sets: Path, *options: str) -> None:
-    """Make a page by the command, as its users do."""
+    """Make a page by the command, as users do."""
     subprocess.run(
         [sys.executable, "-m", "quarvis.cli", "view", rules, "-o", rules.with_suffix(".html"),
          "--item-sets", sets, "--force", *options],
@@ -63,7 +63,7 @@ def command(rules: Path, sets: Path, *options: str) -> None:
 
 
 def hostile() -> Path:
-    """Write histories in which each of the names follows another one."""
+    """Write histories in which each name follows another one."""
     path = PAGES / "hostile-histories.tsv"
     lines = ["who\ttime\titems"]
     for who in range(12):

@@ -1,28 +1,28 @@
 import type { Measures } from "./measures";
 import type { ItemId, RuleId, Rules, Side } from "./rules";
 
-/** An item that a rule must have, on a side. */
+/** An item that a rule must have on a given side. */
 export interface ItemFilter {
   item: ItemId;
   side: Side;
 }
 
-/** The values that a measure may have, both bounds included. */
+/** The range of values that a measure may have; both bounds are inclusive. */
 export interface Range {
   measure: string;
   least: number;
   greatest: number;
 }
 
-/** What a rule must have to pass. */
+/** The conditions that a rule must meet. */
 export interface Filters {
-  /** Each word must be in the name of an item of the rule; case does not matter. */
+  /** Words, each of which must occur in the name of an item of the rule; case is ignored. */
   search: string;
   items: readonly ItemFilter[];
   ranges: readonly Range[];
 }
 
-/** By rule: 1 when it passes all filters. */
+/** For each rule, 1 if it passes all filters, otherwise 0. */
 export function passing(rules: Rules, measures: Measures, filters: Filters): Uint8Array {
   const marks = new Uint8Array(rules.size).fill(1);
   for (const word of wordsOf(filters.search))
@@ -41,7 +41,7 @@ export function passing(rules: Rules, measures: Measures, filters: Filters): Uin
   return marks;
 }
 
-/** Drops the rules whose value is outside; NaN is outside of every range. */
+/** Clears the marks of rules whose value is outside the range; NaN is outside every range. */
 export function keepRange(
   marks: Uint8Array,
   values: Float64Array,
@@ -54,7 +54,7 @@ export function keepRange(
   }
 }
 
-/** The marked rules of an order, in that order. */
+/** The marked rules, in the given order. */
 export function marked(order: Uint32Array, marks: Uint8Array): Uint32Array {
   const found = new Uint32Array(order.length);
   let count = 0;

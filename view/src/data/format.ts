@@ -1,34 +1,35 @@
 /**
- * The data of a page: a JSON object in an inert script element. Its numbers are columns, packed into
- * one block of bytes: little-endian, each column begins at a multiple of 8, deflated with the header
- * of zlib, in base64. Names are in string tables, and columns have their places.
+ * The data of a page: a JSON object in an inert script element. Numbers are in columns, which are
+ * packed into one block of bytes, little-endian, each column at a multiple of 8 bytes. The block is
+ * compressed by deflate with a zlib header and encoded in base64. Names are in string tables;
+ * columns refer to them by place.
  */
 
-/** How many bytes a number of a column takes, and whether it is floating-point. */
+/** The type of a column's numbers: the number of bits, and whether they are floating-point. */
 type ColumnType = "u8" | "u16" | "u32" | "f64";
 
 /** Numbers of one column. */
 export type Column = Uint8Array | Uint16Array | Uint32Array | Float64Array;
 
-/** The words that sentences are made of. */
+/** The words of the sentences on the page. */
 export interface Words {
-  /** One history, such as "customer", */
+  /** The word for one history, such as "customer". */
   entity: string;
-  /** several, */
+  /** The word for several histories. */
   entities: string;
-  /** and what an entity did with items, in the past: "had", "bought". */
+  /** What an entity did with items, in the past tense: "had", "bought". */
   verb: string;
 }
 
-/** What the numbers of time mean. */
+/** The meaning of the times on the page. */
 export interface TimeScale {
-  /** Seconds in a unit of time; null when the unit is not known to be a length of the clock. */
+  /** The seconds in a unit of time; null if the length of the unit is unknown. */
   seconds: number | null;
-  /** The time 0, in seconds since 1970-01-01 UTC; null when times are no dates. */
+  /** Time 0 in seconds since 1970-01-01 UTC; null if times are not dates. */
   origin: number | null;
-  /** The number in the data that the time 0 stands for; told when times are no dates. */
+  /** The value in the data that time 0 stands for; shown if times are not dates. */
   first: number;
-  /** The unit in words, plural; used when `seconds` is null. */
+  /** The unit in words, plural; used if `seconds` is null. */
   unit: string;
 }
 
@@ -39,20 +40,20 @@ export interface PageObject {
   words: Words;
   /** N, the number of all histories. */
   total: number;
-  /** Whether counts were worked out from rounded measures that allow for several. */
+  /** Whether counts were recovered from rounded measures, so that others are possible. */
   approximate: boolean;
-  /** Whether the rules have an order; without times they have none. */
+  /** Whether the rules have an order; false without times. */
   ordered: boolean;
-  /** Remarks for the reader, each a sentence. */
+  /** Remarks for the reader, one sentence each. */
   notes: string[];
-  /** The least count that was asked for; null when it is not known. */
+  /** The least count of the run; null if unknown. */
   minCount: number | null;
-  /** The frequent item sets; null when their number is not known. */
+  /** The number of frequent item sets; null if unknown. */
   itemSets: number | null;
-  /** In units of time; 0 is the whole past, null is not known. */
+  /** The window in units of time; 0 means the whole past, null unknown. */
   window: number | null;
   time: TimeScale;
-  /** Of how many histories those in the page were drawn; null when they are all that matter. */
+  /** The number of histories that those in the page are a sample of; null if they are complete. */
   sampledFrom: number | null;
   items: string[];
   entities: string[];
@@ -60,7 +61,7 @@ export interface PageObject {
   bytes: string;
 }
 
-/** The object with its columns unpacked. */
+/** The page object with its columns unpacked. */
 export interface PageData extends Omit<PageObject, "columns" | "bytes"> {
   columns: Map<string, Column>;
 }
@@ -70,7 +71,7 @@ const FORMAT = 1;
 /**
  * Reads the text of the script element.
  *
- * @throws Error when the text is of another format or was cut.
+ * @throws Error if the text has a different format version or is truncated.
  */
 export async function decodePage(text: string): Promise<PageData> {
   const { columns, bytes, ...rest } = JSON.parse(text) as PageObject;

@@ -5,42 +5,42 @@ import type { ItemId } from "./rules";
 export type HistoryId = number;
 
 /**
- * Why a history that holds all items of a rule "A => S" does not count for it: the first test that
- * fails at the transaction that gets furthest. The order is that of the tests.
+ * The reasons why a history with all items of a rule "A => S" does not count: the first test that
+ * fails, at the transaction that passes the most tests. The tests are made in this order.
  */
 export const MISSES = [
   "apart", // no transaction has all of S
-  "otherOrder", // where all of S is, not all of A had occurred by then
-  "sameTime", // all of A had, but some of it only then
-  "tooLate", // all of A had before, but not all of it within the window
-  "notNew", // all of A had within the window, but so had some of S
-  "antecedentPresent", // all is well, but the transaction has all of A too
+  "otherOrder", // when all of S occurs, some of A has not occurred yet
+  "sameTime", // all of A has occurred, but some of it only at the time of S
+  "tooLate", // all of A occurred before, but not all of it within the window
+  "notNew", // some of S also occurred within the window
+  "antecedentPresent", // the transaction also has all of A
 ] as const;
 export type Miss = (typeof MISSES)[number];
 
 /** A history that holds all items of a rule. */
 export interface Occurrence {
   history: HistoryId;
-  /** Why it does not count; null when it does. */
+  /** Why the rule does not count; null if it counts. */
   miss: Miss | null;
-  /** Of one that counts: when the last item of A had occurred, */
+  /** If the rule counts: the time at which the last item of A had occurred. */
   complete: number;
-  /** and when S came, at the first transaction that the rule counts in. */
+  /** If the rule counts: the time of the first transaction that counts. */
   time: number;
 }
 
-/** What the histories say of a rule. */
+/** The evaluation of a rule in the histories. */
 export interface Occurrences {
-  /** In the order of the page. */
+  /** The histories with all items, in the order of the page. */
   all: Occurrence[];
   count: number;
-  /** The histories that the reverse rule, "S => A", counts in. */
+  /** The number of histories in which the reverse rule, "S => A", counts. */
   reverseCount: number;
-  /** Of the histories that count, ascending: `time` less `complete`. */
+  /** `time` minus `complete` of each history that counts, ascending. */
   lags: number[];
 }
 
-/** A transaction of a history, of which only the items that occur in rules are known. */
+/** A transaction of a history, with only the items that occur in rules. */
 export interface Transaction {
   time: number;
   items: Column;
@@ -48,10 +48,10 @@ export interface Transaction {
 
 const PASSED = MISSES.length;
 
-/** The histories of a page, of which only the items that occur in rules are there. */
+/** The histories of a page, with only the items that occur in rules. */
 export class Histories {
   readonly size: number;
-  /** Of how many histories these were drawn, or null when none that matters is missing. */
+  /** The number of histories that these are a sample of; null if they are complete. */
   readonly sampledFrom: number | null;
   private readonly names: readonly string[];
   private readonly firstTransaction: Column;
@@ -76,13 +76,13 @@ export class Histories {
     this.sampledFrom = page.sampledFrom;
   }
 
-  /** The histories of the page, or null when it has none. */
+  /** The histories of the page, or null if it has none. */
   static of(page: PageData): Histories | null {
     const begin = page.columns.get("historyBegin");
     return begin ? new Histories(page, begin) : null;
   }
 
-  /** The name of the entity; a number, counted from 1, when names were left out. */
+  /** The name of the entity; if names were left out, its number from 1. */
   name(history: HistoryId): string {
     return this.names[history] ?? String(history + 1);
   }
@@ -99,10 +99,10 @@ export class Histories {
   }
 
   /**
-   * Looks for a rule in all histories, in one walk. A window of 0 is the whole past.
+   * Evaluates a rule in all histories, in one pass. A window of 0 means the whole past.
    *
-   * The lag is the time from when the last item of A had occurred, each item at its last time
-   * before, to S.
+   * The lag is the time from the last item of A to S. Each item of A is taken at its last time
+   * before S.
    */
   find(antecedent: Iterable<ItemId>, consequent: Iterable<ItemId>, window: number): Occurrences {
     return new Search(this.itemCount, [...antecedent], [...consequent], window).run(
@@ -114,7 +114,7 @@ export class Histories {
   }
 }
 
-/** Goes through the histories with the items of a rule numbered: those of the antecedent first. */
+/** Evaluates a rule whose items are numbered, those of the antecedent first. */
 class Search {
   private readonly numberOf: Int16Array;
   private readonly count: number;
@@ -169,7 +169,7 @@ class Search {
     return found;
   }
 
-  /** Marks what of the rule is in a transaction; whether there is anything. */
+  /** Marks the items of the rule in a transaction. Returns whether there are any. */
   private enter(items: Column, begin: number, end: number): boolean {
     let any = false;
     for (let place = begin; place < end; ++place) {
@@ -190,7 +190,7 @@ class Search {
       }
   }
 
-  /** The place of the first test that fails, or PASSED. A is [a, aEnd), S is [s, sEnd). */
+  /** The number of the first test that fails, or PASSED. A is [a, aEnd), S is [s, sEnd). */
   private test(a: number, aEnd: number, s: number, sEnd: number, time: number): number {
     for (let i = s; i < sEnd; ++i) if (!this.isThere[i]) return 0;
     for (let i = a; i < aEnd; ++i) if (this.last[i]! < 0 && !this.isThere[i]) return 1;

@@ -1,19 +1,20 @@
 import type { ItemId, RuleId, Rules } from "./rules";
 
-/** An item that leads to another one: the strongest rule with both, on these sides. */
+/** A link from one item to another: the strongest rule with the two on these sides. */
 export interface Link {
   from: ItemId;
   to: ItemId;
   rule: RuleId;
-  /** The value of that rule, */
+  /** The value of that rule. */
   strength: number;
-  /** and how many rules have these two so. */
+  /** The number of rules with the two items on these sides. */
   rules: number;
 }
 
 /**
- * The links of some items: for each of them the `most` strongest to or from other items, and all
- * among the items themselves. Only marked rules make links. Sorted by strength, the greatest first.
+ * The links of some items: for each item, the `most` strongest to or from other items, and all
+ * links among the items themselves. Only marked rules make links. Sorted by strength, greatest
+ * first.
  */
 export function linksOf(
   rules: Rules,

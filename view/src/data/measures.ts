@@ -1,8 +1,8 @@
 import type { RuleId, Rules } from "./rules";
 
-/** What is known of one rule: its counts, by the letters of the formulas. */
+/** The counts of one rule, named as in the formulas. */
 export interface Counts {
-  /** The histories that the rule counts in. */
+  /** The number of histories that the rule counts in. */
   count: number;
   /** n(A u S), n(A), n(S) and N. */
   union: number;
@@ -14,16 +14,16 @@ export interface Counts {
 /** A number of a rule that can be shown, sorted by, filtered by and put on an axis. */
 export interface Measure {
   key: string;
-  /** For an axis or a menu, */
+  /** The name for an axis or a menu. */
   label: string;
-  /** and for the head of a column. */
+  /** The short name for the head of a column. */
   short: string;
   kind: "count" | "ratio" | "length";
-  /** In the letters of `Counts`; empty for what is counted itself. */
+  /** The formula in the names of `Counts`; empty for a number that is counted. */
   formula: string;
-  /** The formula with the numbers of a rule in it. */
+  /** The formula with the numbers of a rule inserted. */
   worked(counts: Counts): string;
-  /** By rule. Made once. */
+  /** The values by rule. Computed once. */
   values: Float64Array;
 }
 
@@ -37,7 +37,7 @@ interface Definition {
   ordered?: boolean;
 }
 
-// The guards for zero divisors are those of the tool's measures.
+// A zero divisor is handled as in the tool's measures.
 const ratio = (part: number, whole: number): number => (whole === 0 ? 0 : part / whole);
 
 const DEFINITIONS: Definition[] = [
@@ -169,12 +169,12 @@ export function countsOf(rules: Rules, rule: RuleId): Counts {
   };
 }
 
-/** The measures of the rules of a page, in the order in which they are offered. */
+/** The measures of the rules of a page, in the order of the menus. */
 export class Measures {
   readonly all: readonly Measure[];
   private readonly byKey: Map<string, Measure>;
 
-  /** Rules without an order have none of the measures that need a count in order. */
+  /** If the rules are not `ordered`, the measures that need a count in order are left out. */
   constructor(rules: Rules, ordered: boolean) {
     const defined = DEFINITIONS.filter((definition) => ordered || !definition.ordered).map(
       (definition) => fromDefinition(definition, rules),
@@ -210,12 +210,12 @@ export class Measures {
     this.byKey = new Map(this.all.map((measure) => [measure.key, measure]));
   }
 
-  /** The measure of this key, or undefined. */
+  /** The measure with this key, or undefined. */
   find(key: string): Measure | undefined {
     return this.byKey.get(key);
   }
 
-  /** The measure of a key that is known to be there. */
+  /** The measure with this key, which must exist. */
   get(key: string): Measure {
     const measure = this.byKey.get(key);
     if (!measure) throw new Error(`There is no measure ${key}.`);
@@ -241,7 +241,7 @@ function fromDefinition(definition: Definition, rules: Rules): Measure {
   };
 }
 
-/** Puts values that were just made in the place of the getter that made them. */
+/** Replaces the getter of a measure's values by the values that it has just computed. */
 function kept(measure: Measure, values: Float64Array): Float64Array {
   Object.defineProperty(measure, "values", { value: values });
   return values;

@@ -1,9 +1,9 @@
 import type { RuleId, Rules } from "./rules";
 
 /**
- * The rules by ascending value, ties in the order of the page; NaN comes last. Values are replaced
- * by their places among the different ones, so that a counting sort does the rest: it is stable, and
- * faster than a comparison for each pair.
+ * The rules by ascending value, ties in the order of the page; NaN comes last. Replaces values by
+ * their ranks among the distinct values and then uses a counting sort, which is stable and faster
+ * than a sort by comparisons.
  */
 export function orderByValue(values: Float64Array): Uint32Array {
   const different = values.slice().sort();
@@ -25,7 +25,7 @@ export function orderByName(rules: Rules): Uint32Array {
   return orderByValue(keys);
 }
 
-/** The same rules from the last to the first, but ties still in the order of the page. */
+/** The order reversed, but with ties still in the order of the page. */
 export function descending(order: Uint32Array, values: Float64Array | null): Uint32Array {
   const found = new Uint32Array(order.length);
   let end = order.length;
@@ -61,7 +61,7 @@ function orderByPlace(places: Uint32Array, count: number): Uint32Array {
   return order;
 }
 
-/** By side: its place among all sides, sorted by the names of their items. */
+/** For each side, its place among all sides when sorted by the names of their items. */
 function sideOrder(rules: Rules): Uint32Array {
   const { members, begin } = rules;
   const ranks = rankByName(rules.items);
@@ -78,14 +78,14 @@ function sideOrder(rules: Rules): Uint32Array {
   return placesOf(Uint32Array.from({ length: rules.setCount }, (_, set) => set).sort(compare));
 }
 
-/** By name: its place among all names, sorted. */
+/** For each name, its place among all names when sorted. */
 function rankByName(names: readonly string[]): Uint32Array {
   const sorted = Uint32Array.from(names, (_, place) => place);
   sorted.sort((one, other) => (names[one]! < names[other]! ? -1 : 1));
   return placesOf(sorted);
 }
 
-/** Turns an order round: by number, its place. */
+/** Inverts an order: returns, for each number, its place. */
 function placesOf(order: Uint32Array): Uint32Array {
   const places = new Uint32Array(order.length);
   order.forEach((number, place) => (places[number] = place));

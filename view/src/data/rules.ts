@@ -4,15 +4,15 @@ import type { Column, PageData } from "./format";
 export type RuleId = number;
 /** The place of an item in the string table. */
 export type ItemId = number;
-/** The place of a side: an item set that is an antecedent or a subsequent. */
+/** The place of a side, that is, an item set that is an antecedent or a consequent. */
 export type SetId = number;
 
 /** The side of a rule that an item may be on. */
 export type Side = "any" | "antecedent" | "consequent";
 
 /**
- * The rules of a page. A side is kept once, however many rules have it, with the number of the
- * histories that hold it. n(X) below is that number for a set X.
+ * The rules of a page. A side is stored once, even if several rules share it, together with n(X),
+ * the number of histories that hold all items of the set X.
  */
 export class Rules {
   readonly size: number;
@@ -21,13 +21,13 @@ export class Rules {
   readonly items: readonly string[];
   readonly setCount: number;
 
-  /** By rule: its sides, n(A u S), and the histories that it counts in. */
+  /** For each rule: its sides, n(A u S), and the number of histories that it counts in. */
   readonly antecedent: Column;
   readonly consequent: Column;
   readonly unionCount: Column;
   readonly count: Column;
 
-  /** Further columns by rule, such as lags; only those that the page has. */
+  /** The further columns of the page by rule, such as lags. */
   readonly extra: ReadonlyMap<string, Column>;
 
   /** By side, and the end of the last: the first of its places in `members`, which has items. */
@@ -91,7 +91,7 @@ export class Rules {
     return this.sideCount[this.consequent[rule]!]!;
   }
 
-  /** The histories that hold an item; 0 when the page does not tell. */
+  /** The number of histories that hold an item; 0 if unknown. */
   itemCount(item: ItemId): number {
     return this.counts?.[item] ?? 0;
   }
@@ -100,14 +100,14 @@ export class Rules {
     return this.items[item]!;
   }
 
-  /** The rule with these two sides, or -1. Takes a walk over all rules. */
+  /** The rule with these two sides, or -1. Searches all rules. */
   find(antecedent: SetId, consequent: SetId): RuleId {
     for (let rule = 0; rule < this.size; ++rule)
       if (this.antecedent[rule] === antecedent && this.consequent[rule] === consequent) return rule;
     return -1;
   }
 
-  /** By side: 1 when it has an item for which `test` holds. */
+  /** For each side, 1 if it has an item for which `test` holds, otherwise 0. */
   setsWith(test: (item: ItemId) => boolean): Uint8Array {
     const isMember = new Uint8Array(this.items.length);
     for (let item = 0; item < isMember.length; ++item) isMember[item] = test(item) ? 1 : 0;

@@ -3,7 +3,7 @@ import type { TimeScale } from "../data/format";
 import type { Measure } from "../data/measures";
 import { lengthText, significant } from "../text";
 
-/** Where infinite values stand, and those that a logarithm does not have. */
+/** The places of infinite values, and of values that have no logarithm. */
 const ABOVE = 1.07;
 const BELOW = -0.07;
 const EDGE = 0.045;
@@ -14,12 +14,12 @@ export interface Tick {
 }
 
 /**
- * An axis of a scatter: it maps the finite values of a measure to places from 0 to 1, by a linear or
- * a logarithmic scale. Infinite values have a place of their own beyond 1, and so have those beyond
- * 0 that the scale cannot show. NaN has no place.
+ * An axis of a scatter plot. It maps the finite values of a measure to places from 0 to 1, by a
+ * linear or a logarithmic scale. Infinite values have their own place above 1. Values below the
+ * range of the scale have their own place below 0. NaN has no place.
  */
 export class Axis {
-  /** Where a view of everything begins and ends. */
+  /** The ends of a view that shows everything. */
   readonly begin: number;
   readonly end: number;
 
@@ -74,7 +74,7 @@ export class Axis {
     return (value - this.least) / (this.greatest - this.least);
   }
 
-  /** The value at a place: infinite beyond the middle between the last finite one and infinity. */
+  /** The value at a place. Beyond the middle between 1 and the place of infinity it is infinite. */
   value(place: number): number {
     if (this.hasAbove && place > (1 + ABOVE) / 2) return Infinity;
     if (this.hasBelow && place < BELOW / 2) return -Infinity;
@@ -83,7 +83,7 @@ export class Axis {
       : this.least + place * (this.greatest - this.least);
   }
 
-  /** Marks between two places: about `count` of them, with the text that stands there. */
+  /** About `count` ticks between two places, with their labels. */
   ticks(from: number, to: number, count: number): Tick[] {
     const first = this.value(Math.max(from, this.hasBelow ? BELOW / 2 : from));
     const last = this.value(Math.min(to, this.hasAbove ? (1 + ABOVE) / 2 : to));

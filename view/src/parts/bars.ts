@@ -10,7 +10,7 @@ const LEFT = 34;
 const BOTTOM = 38;
 const BARS = 24;
 
-/** The number of lags in each of equal parts of [0, end]; `end` itself is in the last one. */
+/** The number of lags in each of `bars` equal parts of [0, end]; `end` belongs to the last one. */
 export function lagBars(lags: readonly number[], end: number, bars = BARS): number[] {
   const counts = new Array<number>(bars).fill(0);
   for (const lag of lags) {
@@ -20,7 +20,7 @@ export function lagBars(lags: readonly number[], end: number, bars = BARS): numb
   return counts;
 }
 
-/** The histogram of the lags of a rule, up to the window or, without one, the greatest lag. */
+/** Draws the histogram of a rule's lags, up to the window or, without one, the greatest lag. */
 export function drawLags(
   lags: readonly number[],
   window: number,
@@ -30,7 +30,7 @@ export function drawLags(
   const colours = theme();
   const last = lags[lags.length - 1] ?? 1;
   const end = window > 0 && last <= window ? window : Math.max(1, last);
-  // A bar for each unit where the unit is coarse, so that no bar lacks what its neighbours have.
+  // If the unit is coarse, each unit has a bar, so that no bar covers fewer units than another.
   const bars = end <= 2 * BARS ? Math.max(1, end) : BARS;
   const counts = lagBars(lags, end, bars);
   const most = Math.max(...counts, 1);
@@ -97,7 +97,7 @@ export function drawLags(
   return picture;
 }
 
-/** Four or five marks at round numbers of the unit that lengths of this size are told in. */
+/** Four or five ticks at round numbers of the unit in which lengths of this size are shown. */
 function ticks(end: number, time: TimeScale): number[] {
   if (time.seconds === null)
     return scaleLinear().domain([0, end]).ticks(4).filter(Number.isInteger);

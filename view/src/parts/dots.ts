@@ -1,27 +1,27 @@
 /** One kind of dot: its radius and colour. */
 interface Stencil {
   size: number;
-  /** How much of each pixel the dot covers, from 0 to 255. */
+  /** The coverage of each pixel by the dot, from 0 to 255. */
   cover: Uint8Array;
 }
 
-/** What is drawn of each dot. */
+/** The dots to draw. */
 export interface Dots {
-  /** In pixels of the canvas; NaN is not drawn. */
+  /** The position in pixels of the canvas; a dot at NaN is not drawn. */
   x: Float32Array;
   y: Float32Array;
-  /** By dot: its place in `radii`, and in `colours`. */
+  /** The place of each dot's radius in `radii`, and of its colour in `colours`. */
   radius: Uint8Array;
   colour: Uint8Array;
   radii: readonly number[];
   colours: readonly (readonly [red: number, green: number, blue: number])[];
-  /** From 0 to 1. */
+  /** The opacity of all dots, from 0 to 1. */
   opacity: number;
 }
 
 /**
  * Draws dots into an image, in the given order. Each radius has one stencil, which is blended at
- * whole pixels: some ten thousand dots take a few milliseconds and need no graphics card.
+ * whole pixels. Tens of thousands of dots take a few milliseconds, without a graphics card.
  */
 export function drawDots(image: ImageData, dots: Dots, order: Uint32Array): void {
   const { width, height, data } = image;
@@ -33,7 +33,7 @@ export function drawDots(image: ImageData, dots: Dots, order: Uint32Array): void
     const half = stencil.size >> 1;
     const left = Math.round(centerX) - half;
     const top = Math.round(centerY) - half;
-    // Written so that NaN is outside.
+    // The condition is written so that NaN counts as outside.
     if (!(left > -stencil.size && top > -stencil.size && left < width && top < height)) continue;
     const [red, green, blue] = dots.colours[dots.colour[dot]!]!;
     const firstRow = Math.max(0, -top);

@@ -4,7 +4,7 @@ import { button, element } from "../dom";
 import { counted } from "../text";
 import { saveFile } from "./picture";
 
-/** Buttons that save rules: those that are ticked, or all that are shown when none is. */
+/** Buttons that save the ticked rules or, if none is ticked, all that are shown. */
 export function exportButtons(app: App): HTMLElement {
   const what = element("span", { class: "muted" });
   const follow = (): void => {
@@ -25,7 +25,7 @@ export function exportButtons(app: App): HTMLElement {
   );
 }
 
-/** The rules to save, in the order of the table; ticked ones that filters hide come last. */
+/** The rules to save, in the order of the table; ticked rules that are filtered out come last. */
 export function selection(app: App): RuleId[] {
   const { ticked } = app.store.state;
   if (ticked.length === 0) return [...app.shown.order];
@@ -35,8 +35,8 @@ export function selection(app: App): RuleId[] {
 }
 
 /**
- * Text of comma-separated values (RFC 4180). Sides are JSON lists, so that any name comes back, and
- * no cell begins like the formula of a spreadsheet.
+ * The rules as comma-separated values (RFC 4180). Sides are JSON lists, so that any name can be
+ * read back and no cell looks like a spreadsheet formula.
  */
 function toCsv(app: App): string {
   const { rules, measures } = app;
@@ -65,7 +65,7 @@ function toJson(app: App): string {
   return `${JSON.stringify(objects, null, 1)}\n`;
 }
 
-/** Infinite values as in the files of the tool, since JSON has none. */
+/** Infinite values as text, as in the tool's files, since JSON has none. */
 function plain(value: number): number | string {
   return Number.isNaN(value) ? "nan" : Number.isFinite(value) ? value : value > 0 ? "inf" : "-inf";
 }

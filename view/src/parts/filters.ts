@@ -4,7 +4,7 @@ import { button, choice, element, nameOf } from "../dom";
 import type { State } from "../state/state";
 import { counted, shortened, significant, wholeNumber } from "../text";
 
-const DELAY = 120; // milliseconds after the last key before the search begins
+const DELAY = 120; // milliseconds from the last key to the search
 const SUGGESTIONS = 50;
 
 const SIDE_WORDS: Record<Side, string> = {
@@ -13,7 +13,7 @@ const SIDE_WORDS: Record<Side, string> = {
   consequent: "as consequent",
 };
 
-/** What filters the rules: words, items on a side, ranges of measures, and the brush. */
+/** The controls that filter rules: words, items on a side, ranges of measures, and the brush. */
 export class FilterBar {
   private readonly search = element("input", {
     type: "search",
@@ -104,7 +104,7 @@ export class FilterBar {
     return form;
   }
 
-  /** The item of this name, or the only one that has the text in its name; -1 without one. */
+  /** The item with this name, or else the only item whose name contains the text; otherwise -1. */
   private findItem(text: string): number {
     const { items } = this.app.rules;
     const exact = items.findIndex((name) => name === text || shortened(name, 200) === text);
@@ -154,7 +154,7 @@ export class FilterBar {
   }
 
   private follow(state: Readonly<State>): void {
-    const isTyping = this.typing !== undefined; // and the state does not yet know what
+    const isTyping = this.typing !== undefined; // the state does not have the text yet
     if (!isTyping && this.search.value !== state.search) this.search.value = state.search;
     const { order } = this.app.shown;
     const all = this.app.rules.size;

@@ -2,7 +2,7 @@ import { svg } from "../dom";
 import { theme } from "../theme";
 import type { Axis } from "./axis";
 
-/** The part of a scatter that is seen, in places of its axes. */
+/** The visible part of a scatter plot, in places of its axes. */
 export interface Window {
   left: number;
   right: number;
@@ -10,7 +10,7 @@ export interface Window {
   top: number;
 }
 
-/** The size of a scatter in pixels, and what is left for its axes. */
+/** The size of a scatter plot in pixels, and the margins for its axes. */
 export interface Layout {
   width: number;
   height: number;
@@ -20,7 +20,7 @@ export interface Layout {
   bottom: number;
 }
 
-/** The size of the field inside of the axes. */
+/** The size of the area inside the axes. */
 export function fieldSize(layout: Layout): { width: number; height: number } {
   return {
     width: Math.max(10, layout.width - layout.left - layout.right),

@@ -20,8 +20,8 @@ import { ruleText } from "./rule_text";
 const WIDTH = 640;
 const HEIGHT = 420;
 const MARGIN = 36;
-const MOST = 7; // links that each item shows
-const STEPS = 260; // of the simulation
+const MOST = 7; // the most links shown for each item
+const STEPS = 260; // the steps of the simulation
 
 interface Node extends SimulationNodeDatum {
   item: ItemId;
@@ -30,15 +30,16 @@ interface Node extends SimulationNodeDatum {
 }
 
 /**
- * The graph of the items around the chosen rule, or around items that the reader opened. An arrow
- * leads from an item of antecedents to one of consequents, as wide as the strongest rule is.
+ * The graph of the items around the chosen rule, or around items that the reader has expanded. An
+ * arrow leads from an item of antecedents to one of consequents. Its width shows the strongest
+ * rule.
  */
 export class Graph {
   private readonly field = element("div", { class: "graph" });
   private readonly list = element("ul", { class: "links" });
   private readonly title = element("p", { class: "muted" });
   private focusItem: ItemId | null = null;
-  // Table and panel come first; the layout takes longer than they do.
+  // The table and the panel are drawn first, since the layout takes longer.
   private readonly redraw = oncePerFrame(() => setTimeout(() => this.draw(), 0));
 
   constructor(
@@ -163,7 +164,7 @@ export class Graph {
     );
   }
 
-  /** A bent line, so that both directions between two items are seen, with a head of its own. */
+  /** An arrow with a curved line, so that the arrows in both directions can be seen. */
   private arrow(from: Node, to: Node, link: Link, width: number, colour: string): SVGElement {
     const [x1, y1, x2, y2] = [from.x!, from.y!, to.x!, to.y!];
     const length = Math.hypot(x2 - x1, y2 - y1) || 1;
@@ -289,7 +290,7 @@ function finite(value: number): number {
   return Number.isFinite(value) && value > 0 ? value : 0;
 }
 
-/** Moves and stretches the nodes so that they fill the picture. */
+/** Moves and scales the nodes so that they fill the picture. */
 function fit(nodes: readonly Node[]): void {
   const fitAxis = (axis: "x" | "y", size: number): void => {
     const values = nodes.map((node) => node[axis]!);

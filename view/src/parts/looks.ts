@@ -7,13 +7,13 @@ import { Axis } from "./axis";
 const COLOURS = 32;
 const RADII = 8;
 
-/** How the dots of a scatter look: a class of colour and one of size for each rule. */
+/** The appearance of the dots of a scatter plot: a class of colour and one of size per rule. */
 export class Looks {
   readonly colour: Uint8Array;
   readonly radius: Uint8Array;
-  /** By class, in pixels of the page. */
+  /** The radius of each class, in pixels of the page. */
   readonly radii: readonly number[];
-  /** The scale from which colours come: places from 0 to 1. */
+  /** The axis that maps values to colours by places from 0 to 1. */
   readonly axis: Axis;
 
   constructor(measure: Measure, counts: Float64Array, time: TimeScale) {
@@ -34,13 +34,13 @@ export class Looks {
     );
   }
 
-  /** By class, in the theme that holds now. */
+  /** The colour of each class in the current theme. */
   colours(): string[] {
     return Array.from({ length: COLOURS }, (_, step) => theme().scale(step / (COLOURS - 1)));
   }
 }
 
-/** The numbers of a colour from 0 to 255. */
+/** The channels of a colour, from 0 to 255. */
 export function channels(colour: string): readonly [number, number, number] {
   const { r, g, b } = rgb(colour);
   return [r, g, b];
@@ -50,7 +50,7 @@ function clamp(value: number, most: number): number {
   return Math.min(most, Math.max(0, Math.round(value)));
 }
 
-/** Whether a linear scale would crowd most values into its beginning. */
+/** Whether a linear scale would crowd most values at its beginning. */
 function isSkewed(values: Float64Array): boolean {
   let least = Infinity;
   let greatest = 0;
@@ -62,7 +62,7 @@ function isSkewed(values: Float64Array): boolean {
   return greatest > 30 * least;
 }
 
-/** The more dots, the smaller they are. */
+/** The range of radii: the more dots, the smaller. */
 function radiusRange(rules: number): [least: number, greatest: number] {
   if (rules <= 300) return [4, 11];
   if (rules <= 3_000) return [3, 8];

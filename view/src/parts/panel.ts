@@ -14,7 +14,7 @@ import { examplesOf, othersOf, timeline } from "./timelines";
 const EXAMPLES = 5;
 const DIGITS = 6; // as in the files of the tool
 
-/** The panel that tells all of the chosen rule. */
+/** The panel with all details of the chosen rule. */
 export class Panel {
   private readonly body = element("div", { class: "panel-body" });
 

@@ -1,11 +1,11 @@
 import { button, element } from "../dom";
 import { theme } from "../theme";
 
-/** A picture that can be saved: it stands on its own, with all colours as attributes. */
+/** A picture that can be saved. It is self-contained, with all colours as attributes. */
 export interface Picture {
-  /** For the name of the file, without ending. */
+  /** The name of the file, without ending. */
   name: string;
-  /** Makes the picture as it is now; null when there is nothing to see. */
+  /** Makes the picture in its current state; null if there is nothing to show. */
   make(): SVGSVGElement | null;
 }
 

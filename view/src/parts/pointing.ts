@@ -5,16 +5,16 @@ import type { Rectangle } from "../state/state";
 import { ruleText } from "./rule_text";
 import type { Scatter } from "./scatter";
 
-const CLICK = 4; // pixels that a pointer may move in a click
-const FACTOR = 1.4; // of one step of the zoom
-const SHARE = 0.05; // of the view by which a key moves a side of the brush
+const CLICK = 4; // the most pixels that a pointer moves in a click
+const FACTOR = 1.4; // the factor of one zoom step
+const SHARE = 0.05; // the share of the view by which a key moves a side of the brush
 
 interface Point {
   x: number;
   y: number;
 }
 
-/** What pointers and keys do in the scatter. */
+/** Handles pointers and keys in the scatter plot. */
 export class Pointing {
   /** Whether dragging moves the view instead of drawing a brush. */
   isMoving = false;
@@ -39,7 +39,7 @@ export class Pointing {
     plot.addEventListener("keydown", (event) => this.key(event));
   }
 
-  /** Zooms about a point, by default the middle: a factor above 1 shows less. */
+  /** Zooms about a point, by default the middle. A factor above 1 zooms in. */
   zoom(factor: number, about?: Point): void {
     const view = this.scatter.window;
     const at = about
@@ -63,7 +63,7 @@ export class Pointing {
     if (isAll) return this.reset();
     const inside = (axis: typeof x, place: number): number =>
       Math.min(axis.end, Math.max(axis.begin, place));
-    // Places near infinity have no values to come back from, so the view ends before them.
+    // Places near infinity do not map to finite values, so the view ends before them.
     const range = (axis: typeof x, from: number, to: number): [number, number] => {
       const values = [inside(axis, from), inside(axis, to)].map((place) =>
         axis.value(Math.min(1.03, Math.max(-0.03, place))),
@@ -151,7 +151,7 @@ export class Pointing {
       this.zoom(to / from, { x: (at.x + other.x) / 2, y: (at.y + other.y) / 2 });
   }
 
-  /** The wheel belongs to the page until the reader is in the scatter, or holds Ctrl. */
+  /** The wheel scrolls the page unless the scatter plot has the focus or Ctrl is pressed. */
   private wheel(event: WheelEvent): void {
     if (!event.ctrlKey && document.activeElement !== this.scatter.plot) return;
     event.preventDefault();
@@ -188,7 +188,7 @@ export class Pointing {
     announce(ruleText(this.app, rule));
   }
 
-  /** Makes the brush wider or narrower along an axis, on both sides. Begins at the chosen rule. */
+  /** Makes the brush wider or narrower on both sides of an axis. Starts at the chosen rule. */
   private growBrush(axis: "x" | "y", step: 1 | -1): void {
     const { brush } = this.app.store.state;
     const view = this.scatter.window;

@@ -6,7 +6,7 @@ import { ruleElements } from "./rule_text";
 const MOST = 100;
 const COLUMNS = ["count", "unionCount", "orderedConfidence", "confidence", "lift"];
 
-/** Puts the first rules that are shown on paper, where nobody can scroll. */
+/** Adds a table with the first visible rules for printing, since paper cannot be scrolled. */
 export function printTable(app: App, host: HTMLElement): void {
   const table = element("table", { class: "printed" });
   host.append(table);

@@ -3,12 +3,12 @@ import type { ItemId, RuleId } from "../data/rules";
 import { type Child, element, nameOf } from "../dom";
 import { shortened } from "../text";
 
-/** The names of a side for people who listen, and for titles: "A and B". */
+/** The names of a side for screen readers and titles: "A and B". */
 export function sideText(app: App, items: Iterable<ItemId>, most = 80): string {
   return [...items].map((item) => shortened(app.rules.name(item), most)).join(" and ");
 }
 
-/** A rule in a line of plain text. */
+/** A rule as a line of plain text. */
 export function ruleText(app: App, rule: RuleId, most = 80): string {
   const { rules } = app;
   const antecedent = sideText(app, rules.antecedentItems(rule), most);
@@ -40,7 +40,7 @@ export function ruleElements(app: App, rule: RuleId, most = 300): Child[] {
   ];
 }
 
-/** A rule in two lines: the antecedent, and below it the consequent behind an arrow. */
+/** A rule in two lines: the antecedent, and below it an arrow and the consequent. */
 export function ruleLines(app: App, rule: RuleId, most = 120): Child[] {
   const { rules } = app;
   return [

@@ -12,11 +12,11 @@ import { channels, Looks } from "./looks";
 
 const HIDDEN = 0.16;
 const SEEN = 0.86;
-const REACH = 14; // pixels around the pointer in which a dot is hit
+const REACH = 14; // the distance in pixels within which the pointer hits a dot
 
 /**
- * The field of the scatter: the axes, above them the dots on a canvas, and above these the brush and
- * the rings around chosen rules. Draws what the state says; `Pointing` changes the state.
+ * The scatter plot: the axes, the dots on a canvas above them, and the brush and the rings around
+ * chosen rules on top. Draws the state; `Pointing` changes the state.
  */
 export class Scatter {
   readonly plot: HTMLElement;
@@ -27,7 +27,7 @@ export class Scatter {
   private readonly frame = svg("svg", { "aria-hidden": "true", class: "overlay" });
   private readonly canvas = element("canvas", { "aria-hidden": "true" });
   private readonly overlay = svg("svg", { "aria-hidden": "true", class: "overlay" });
-  /** By rule: where it stands on the axes. */
+  /** The place of each rule on the axes. */
   private placeX = new Float32Array(0);
   private placeY = new Float32Array(0);
   private index: KDBush | null = null;
@@ -60,7 +60,7 @@ export class Scatter {
     new ResizeObserver(this.redraw).observe(this.plot);
   }
 
-  /** The part that is seen now. */
+  /** The visible part. */
   get window(): Window {
     const zoom = this.app.store.state.zoom;
     if (!zoom)
@@ -89,7 +89,7 @@ export class Scatter {
     };
   }
 
-  /** The point of the plot where a rule stands, in pixels. */
+  /** The position of a rule in the plot, in pixels. */
   pointOf(rule: RuleId): { x: number; y: number } {
     return this.pointAt(this.placeX[rule]!, this.placeY[rule]!);
   }
@@ -121,7 +121,7 @@ export class Scatter {
       .map((found) => found.rule);
   }
 
-  /** The next visible rule to a side of another one: by the place on the axis of that side. */
+  /** The visible rule that follows another one on an axis, in the direction of `step`. */
   next(rule: RuleId | null, axis: "x" | "y", step: 1 | -1): RuleId | null {
     const { order } = this.app.shown;
     if (rule === null || !this.app.shown.visible[rule]) return order[0] ?? null;
@@ -142,7 +142,7 @@ export class Scatter {
     return best;
   }
 
-  /** Draws a rectangle that is not yet in the state, while it is being drawn. */
+  /** Draws the brush while the reader drags it, before it is in the state. */
   drawBrush(rectangle: Rectangle | null): void {
     this.overlay.querySelector(".brush")?.remove();
     if (!rectangle) return;
@@ -164,7 +164,7 @@ export class Scatter {
     );
   }
 
-  /** The whole scatter as one picture: a path for each class of dots. */
+  /** The scatter plot as one picture, with a path for each class of dots. */
   makePicture(): SVGSVGElement {
     const { layout } = this;
     const picture = svg("svg", {
@@ -254,7 +254,7 @@ export class Scatter {
 
   private makeIndex(): KDBush {
     const index = new KDBush(this.app.rules.size, 64, Float32Array);
-    const far = 1e9; // where nobody points at rules without a place
+    const far = 1e9; // the position of rules without a place, out of reach of the pointer
     for (let rule = 0; rule < this.app.rules.size; ++rule) {
       const x = this.placeX[rule]!;
       const y = this.placeY[rule]!;
@@ -298,7 +298,7 @@ export class Scatter {
     context.putImageData(image, 0, 0);
   }
 
-  /** Circles around the rules that are ticked or chosen, where there are not too many. */
+  /** Circles around the chosen and the ticked rules, unless there are too many. */
   private rings(): SVGCircleElement[] {
     const { chosen, ticked } = this.app.store.state;
     const colours = theme();

@@ -15,7 +15,7 @@ const HELP =
   "make a selection wider or narrower, Escape drops it. Plus, minus and 0 zoom; so does the wheel " +
   "after a click here.";
 
-/** The scatter with what belongs to it: axes to choose, zoom, a scale of colours, and a hint. */
+/** The scatter plot with its controls: choice of axes, zoom, colour scale, and a hint. */
 export class ScatterCard {
   private readonly scatter: Scatter;
   private readonly hint = element("div", { class: "hint", hidden: true });

@@ -7,9 +7,9 @@ import { counted, lengthText, significant, wholeNumber } from "../text";
 import { sideElements } from "./rule_text";
 import { reasonText } from "./timelines";
 
-const LONGEST = 120; // characters of a name that comes again and again
+const LONGEST = 120; // the most characters of a name that is repeated
 
-/** What a rule says, in sentences. Each is a list of texts and names. */
+/** Explains a rule in sentences. Each sentence is a list of texts and names. */
 export function sentencesOf(app: App, rule: RuleId, found: Occurrences | null): Child[][] {
   const counts = countsOf(app.rules, rule);
   const sentences: Child[][] = [];
@@ -67,7 +67,7 @@ function togetherSentences(app: App, rule: RuleId, { union, a, s, n }: Counts): 
   return sentences;
 }
 
-/** Why the histories that hold all items and do not count do not. */
+/** Explains why histories with all items do not count. */
 function missSentences(app: App, found: Occurrences): Child[][] {
   const others = found.all.length - found.count;
   if (others === 0) return [];
@@ -99,7 +99,7 @@ function lagSentences(app: App, rule: RuleId): Child[][] {
   ];
 }
 
-/** What the reverse rule counts, in a sentence. */
+/** States the count of the reverse rule in a sentence. */
 export function reverseSentence(app: App, rule: RuleId, reverse: number): Child[] {
   const [a, s] = sides(app, rule);
   const { words, window } = app.page;
@@ -112,14 +112,14 @@ export function reverseSentence(app: App, rule: RuleId, reverse: number): Child[
   ];
 }
 
-/** "7 customers"; numbers that were worked out from rounded ones say so. */
+/** "7 customers"; marks numbers that were recovered from rounded measures. */
 function entities(app: App, count: number): string {
   const { words, approximate } = app.page;
   const isAll = count === app.rules.total;
   return (approximate && isAll ? "about " : "") + counted(count, words.entity, words.entities);
 }
 
-/** Two functions that make the elements of the sides, anew each time: an element has one place. */
+/** Two functions that make new elements of the sides, since an element can only have one parent. */
 function sides(app: App, rule: RuleId): [a: () => Child[], s: () => Child[]] {
   const { rules } = app;
   return [

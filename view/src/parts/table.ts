@@ -27,12 +27,12 @@ const COLUMNS = [
   "certaintyOdds",
 ];
 
-const OVERSCAN = 8; // rows around those in sight
-const HEAD = 36; // pixels: the height of the head, which stays above the rows
+const OVERSCAN = 8; // the number of rows kept before and after the visible ones
+const HEAD = 36; // the height in pixels of the head, which stays above the rows
 
 /**
- * The table of the rules that are shown. Only the rows in sight, and a few around them, are
- * elements. The grid has the focus, and one of its rows is the current one: the chosen rule.
+ * The table of the rules that are shown. Only the visible rows, and a few around them, are
+ * elements. The grid has the focus, and its current row is the chosen rule.
  */
 export class Table {
   private readonly grid: HTMLElement;
@@ -159,7 +159,7 @@ export class Table {
     if (changed.has("chosen") && state.chosen !== null) this.scrollTo(state.chosen);
   }
 
-  /** Shows the rules anew, from the first one on. */
+  /** Redraws the rules, starting from the first one. */
   private update(): void {
     for (const row of this.rows.values()) row.remove();
     this.rows.clear();
@@ -271,7 +271,7 @@ export class Table {
     event.preventDefault();
   }
 
-  /** Ticks a rule, or all from the last one that was ticked to this one; or takes the tick away. */
+  /** Toggles the tick of a rule, or ticks all rules from the last ticked one to this one. */
   private tick(place: number, isRange: boolean): void {
     const { order } = this.app.shown;
     const ticked = new Set(this.app.store.state.ticked);

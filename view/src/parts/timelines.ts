@@ -10,14 +10,14 @@ const HEIGHT = 46;
 const SIDE = 10;
 const LINE = 24;
 
-/** At most `most` histories that count, with lags from the least to the greatest. */
+/** At most `most` histories that count, with lags spread from the least to the greatest. */
 export function examplesOf(found: Occurrences, most: number): Occurrence[] {
   const counting = found.all.filter(({ miss }) => miss === null);
   counting.sort((one, other) => one.time - one.complete - (other.time - other.complete));
   return spread(counting, most);
 }
 
-/** At most `most` histories that hold all items and do not count, of as many reasons as there are. */
+/** At most `most` histories that hold all items but do not count, with all reasons if possible. */
 export function othersOf(found: Occurrences, most: number): Occurrence[] {
   const others = found.all.filter(({ miss }) => miss !== null);
   const firsts = others.filter(
@@ -34,7 +34,7 @@ function spread<Value>(values: readonly Value[], most: number): Value[] {
   );
 }
 
-/** A history as a line of time with the items of a rule on it, and the same in words. */
+/** A history as a timeline with the items of a rule, and the same in words. */
 export function timeline(app: App, rule: RuleId, occurrence: Occurrence): HTMLElement {
   const { rules, histories, page } = app;
   if (!histories) throw new Error("The page has no histories.");
@@ -83,7 +83,7 @@ export function timeline(app: App, rule: RuleId, occurrence: Occurrence): HTMLEl
           stroke: colours.muted,
         }),
       );
-    // A square for antecedents and a circle for consequents, so that colour is not all.
+    // Antecedents are squares and consequents circles, so that they differ not only in colour.
     if (mine[0]!.length > 0)
       mark.append(
         svg("rect", {
@@ -145,7 +145,7 @@ const REASONS: Record<NonNullable<Occurrence["miss"]>, string> = {
   antecedentPresent: "all of the antecedent came again with the consequent",
 };
 
-/** Why a history does not count, in words. */
+/** The reason why a history does not count, in words. */
 export function reasonText(miss: NonNullable<Occurrence["miss"]>): string {
   return REASONS[miss];
 }

@@ -4,8 +4,8 @@ import type { Rules, Side } from "../data/rules";
 import type { AxisChoice, Rectangle, State } from "./state";
 
 /**
- * The state as the fragment of an address, such as "x=lift,log&y=confidence&rule=17". What is as it
- * is at the beginning is left out. Rules and items are given by their places in the page.
+ * The state as the fragment of an address, such as "x=lift,log&y=confidence&rule=17". Values that
+ * equal those of `begin` are left out. Rules and items are given by their places in the page.
  */
 export function toFragment(state: Readonly<State>, begin: Readonly<State>): string {
   const parts: [string, string][] = [];
@@ -28,7 +28,7 @@ export function toFragment(state: Readonly<State>, begin: Readonly<State>): stri
   return parts.map(([key, value]) => `${key}=${encode(value)}`).join("&");
 }
 
-/** Reads what `toFragment` wrote. What is missing, or not possible in this page, is as in `begin`. */
+/** Reads the output of `toFragment`. Values that are missing or impossible come from `begin`. */
 export function fromFragment(
   fragment: string,
   begin: Readonly<State>,
@@ -126,7 +126,7 @@ function readRange(text: string): Range {
   return { measure, least: Number(least ?? NaN), greatest: Number(greatest ?? NaN) };
 }
 
-/** Ascending numbers as runs, "3-5,9", since many neighbours may be ticked. */
+/** Ascending numbers as ranges, "3-5,9", since many successive rules may be ticked. */
 function runsText(numbers: readonly number[]): string {
   const runs: string[] = [];
   for (let i = 0; i < numbers.length;) {

@@ -4,11 +4,11 @@ import { descending, orderByName, orderByValue } from "../data/order";
 import type { Rules } from "../data/rules";
 import type { State } from "./state";
 
-/** Which rules the state shows, and in what order. What did not change is not made again. */
+/** The rules that the state shows, and their order. Computes only what has changed. */
 export class Shown {
-  /** By rule: 1 when it passes the filters, wherever the brush is; */
+  /** For each rule, 1 if it passes the filters, regardless of the brush. */
   passing: Uint8Array;
-  /** 1 when it is in the brush too. */
+  /** For each rule, 1 if it passes the filters and is in the brush. */
   visible: Uint8Array;
   /** The visible rules in the order of the table. */
   order: Uint32Array;
@@ -25,7 +25,7 @@ export class Shown {
     this.order = marked(this.ordered(state), this.visible);
   }
 
-  /** Follows a change; whether other rules are shown, or in another order. */
+  /** Follows a change. Returns whether the rules shown, or their order, have changed. */
   follow(state: Readonly<State>, changed: ReadonlySet<keyof State>): boolean {
     const isFiltered = changed.has("search") || changed.has("items") || changed.has("ranges");
     const isBrushed =
@@ -38,7 +38,7 @@ export class Shown {
     return true;
   }
 
-  /** Makes the order of names ahead, which takes the longest. */
+  /** Computes the order by names in advance, since it takes the longest. */
   prepare(): void {
     this.ordered({ sort: "rule", isDescending: false });
   }

@@ -13,19 +13,19 @@ export interface AxisChoice {
   log: boolean;
 }
 
-/** What the reader has chosen; the address of the page holds all of it. */
+/** The choices of the reader. The address of the page holds all of them. */
 export interface State extends Filters {
   x: AxisChoice;
   y: AxisChoice;
   colour: string;
-  /** The part of the scatter that is looked at; null is all. */
+  /** The visible part of the scatter plot; null means all. */
   zoom: Rectangle | null;
-  /** The rules with values in it are shown in the table; null is all. */
+  /** The table shows the rules whose values are inside; null means all. */
   brush: Rectangle | null;
-  /** A measure, or "rule" for the names. */
+  /** The measure that rules are sorted by, or "rule" for the names. */
   sort: string;
   isDescending: boolean;
-  /** The rule that the panel tells of, or null. */
+  /** The rule shown in the panel, or null. */
   chosen: RuleId | null;
   /** The rules that were ticked, ascending. */
   ticked: readonly RuleId[];
@@ -35,7 +35,7 @@ export interface State extends Filters {
 
 type Listener = (state: Readonly<State>, changed: ReadonlySet<keyof State>) => void;
 
-/** Holds the state and tells of its changes, in the order in which listeners were added. */
+/** Holds the state and notifies listeners of changes, in the order in which they were added. */
 export class Store {
   private current: State;
   private readonly listeners: Listener[] = [];
@@ -48,7 +48,7 @@ export class Store {
     return this.current;
   }
 
-  /** Takes over the values that differ; without any, nobody is told. */
+  /** Sets the values that differ. If none does, listeners are not notified. */
   update(change: Partial<State>): void {
     const changed = new Set<keyof State>();
     for (const key of Object.keys(change) as (keyof State)[])
@@ -67,7 +67,7 @@ function isSame(one: unknown, other: unknown): boolean {
   return one === other || text(one) === text(other);
 }
 
-/** Infinite numbers are different from null, which JSON makes of them. */
+/** Serializes a value. Keeps infinite numbers distinct from null, which JSON would make of them. */
 function text(value: unknown): string {
   return JSON.stringify(value, (_, part: unknown) =>
     typeof part === "number" && !Number.isFinite(part) ? String(part) : part,

@@ -3,7 +3,7 @@ import { join } from "node:path";
 import { expect, type Page, test } from "@playwright/test";
 import { open, PAGES, rules } from "./opened";
 
-// Times are held on a machine that does nothing else; elsewhere they are written down alone.
+// Times are always recorded, but checked only on request, for a machine that is otherwise idle.
 const HELD = process.env["BUDGETS"] === "1";
 const REPORT = join(import.meta.dirname, "../../../build/view-tests/budget.txt");
 
@@ -55,13 +55,13 @@ for (const [name, seconds] of FIRST_VIEW)
     within(Math.min(...times), 1000 * seconds);
   });
 
-/** Holds a time against its bound, in milliseconds, where times are held. */
+/** Checks a time in milliseconds against its bound, if times are checked. */
 function within(time: number, bound: number): void {
   expect(time).toBeGreaterThanOrEqual(0);
   if (HELD) expect(time).toBeLessThan(bound);
 }
 
-/** How long a click on the head of a column takes, with all that it changes in the page. */
+/** The time of a click on the head of a column, including all changes of the page. */
 async function sortTime(page: Page, head: string): Promise<number> {
   return rules(page)
     .getByRole("button", { name: head, exact: true })
@@ -72,14 +72,14 @@ async function sortTime(page: Page, head: string): Promise<number> {
     });
 }
 
-/** How long it takes from a change of the address until all parts have followed it. */
+/** The time from a change of the address until all parts have followed it. */
 async function filterTime(page: Page, fragment: string): Promise<number> {
   return page.evaluate(async (hash) => {
     location.hash = "";
     await new Promise((resolve) => setTimeout(resolve, 400));
     const begin = performance.now();
     const done = new Promise<number>((resolve) => {
-      // Added after that of the page, and so called after it.
+      // This listener is added after that of the page, so it is called later.
       window.addEventListener("hashchange", () => resolve(performance.now() - begin), {
         once: true,
       });

@@ -5,7 +5,7 @@ import { expect, type Locator, type Page } from "@playwright/test";
 
 export const PAGES = join(import.meta.dirname, "../../../build/view-pages");
 
-/** Opens a page as a file, waits for its first useful view, and lets no error pass. */
+/** Opens a page as a file and waits for its first useful view. Any error fails the test. */
 export async function open(page: Page, name: string, fragment = ""): Promise<void> {
   page.on("pageerror", (error) => {
     throw error;
@@ -34,12 +34,12 @@ export function panel(page: Page): Locator {
   return page.getByRole("region", { name: "The chosen rule" });
 }
 
-/** The text that tells how many rules are shown. */
+/** The element that shows the number of rules. */
 export function count(page: Page): Locator {
   return page.locator(".count");
 }
 
-/** The rules of a file of the tool: the text of each with its numbers. */
+/** The rules of a rules file of the tool, each as its cells. */
 export function rulesOf(name: string): string[][] {
   const lines = readFileSync(join(PAGES, `${name}.tsv`), "utf8")
     .trimEnd()
@@ -47,7 +47,7 @@ export function rulesOf(name: string): string[][] {
   return lines.slice(1).map((line) => line.split("\t"));
 }
 
-/** Draws a brush over a part of the scatter, in shares of its width and height. */
+/** Draws a brush over a part of the scatter plot, given in shares of its width and height. */
 export async function brush(
   page: Page,
   from: [x: number, y: number],
@@ -66,7 +66,7 @@ export async function brush(
   await page.mouse.up();
 }
 
-/** The text of a file that a button saves. */
+/** The name and content of the file that a button saves. */
 export async function saved(page: Page, button: Locator): Promise<{ name: string; text: Buffer }> {
   const download = page.waitForEvent("download");
   await button.click();

@@ -12,7 +12,7 @@ test("a rule is told in plain words, as the README tells it", async ({ page }) =
     "6 customers ever bought bread; 5 of them, 83 %, bought butter too, at whatever time.",
   );
   await expect(words).toContainText("with bread it is 1.11 times as frequent");
-  // Cid bought in the other order, Dee both at once, Eve too late.
+  // Cid bought them in the other order, Dee both at once, and Eve too late.
   await expect(words).toContainText("The other 3 customers with all items do not count");
   await expect(words).toContainText("for 1 the consequent came before the antecedent");
   await expect(words).toContainText("for 1 both came at the same time");

@@ -2,7 +2,7 @@ import { join, resolve } from "node:path";
 import { expect, test } from "@playwright/test";
 import { open, panel, rulesOf } from "./opened";
 
-// The pictures of the docs; they go beside the other results unless SCREENSHOTS names a folder.
+// Makes the pictures of the documentation, in the folder SCREENSHOTS or else beside other results.
 const ROOT = join(import.meta.dirname, "../../..");
 const FOLDER = resolve(ROOT, process.env["SCREENSHOTS"] ?? "build/view-tests/screenshots");
 

@@ -1,7 +1,7 @@
 import { expect, type Page, test } from "@playwright/test";
 import { brush, count, open, rules, rulesOf } from "./opened";
 
-/** The cells of a column, in sight, as numbers. */
+/** The visible cells of a column, as numbers. */
 async function column(page: Page, name: string): Promise<number[]> {
   const heads = await rules(page).getByRole("columnheader").allTextContents();
   const place = heads.indexOf(name);
@@ -18,7 +18,7 @@ test("the table has all rules of the file", async ({ page }) => {
   expect(all.length).toBeGreaterThan(1_000);
   await expect(count(page)).toHaveText(`All ${all.length.toLocaleString("en-US")} rules`);
   await expect(rules(page)).toHaveAttribute("aria-rowcount", String(all.length + 1));
-  // Only those in sight are elements.
+  // Only visible rows are elements.
   expect(await rules(page).getByRole("row").count()).toBeLessThan(60);
 });
 

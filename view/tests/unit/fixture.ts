@@ -1,6 +1,6 @@
 import type { Column, PageData } from "../../src/data/format";
 
-/** The shop of the README: eight histories, of which the names are the entities. */
+/** The shop of the README: eight histories, whose entities are the names. */
 export const SHOP: [string, number, string[]][] = [
   ["ann", 1, ["bread"]],
   ["ann", 3, ["butter"]],
@@ -22,7 +22,7 @@ interface PlainRule {
   n: [a: number, s: number, union: number, count: number];
 }
 
-/** A page of rules over items that are given by their places. */
+/** A page with rules, whose items are given by their places. */
 export function pageOf(items: string[], rules: PlainRule[], total = 8): PageData {
   const sides = new Map<string, number>();
   const members: number[][] = [];
@@ -51,7 +51,7 @@ export function pageOf(items: string[], rules: PlainRule[], total = 8): PageData
   return page(items, total, columns);
 }
 
-/** A page without rules that has the shop. */
+/** A page with the histories of the shop but without rules. */
 export function shopPage(items: string[]): PageData {
   const begin = [0];
   const times: number[] = [];

@@ -8,7 +8,7 @@ import { pageOf } from "./fixture";
 
 const ITEMS = ["butter", "bread", "jam"];
 
-// Of eight histories six have bread, six butter, five both, two jam.
+// Of eight histories six have bread, six have butter, five have both, and two have jam.
 function shop(): { rules: Rules; measures: Measures } {
   const rules = new Rules(
     pageOf(ITEMS, [
