@@ -1,10 +1,10 @@
-"""The definitions, word for word, for a dozen items. Shares no code with the package."""
+"""The definitions by brute force, for a dozen items. Shares no code with the package."""
 
 from itertools import combinations
 
 
 def histories_of(rows):
-    """By entity and time: the items. A row is (entity, time, item); an item of None is none."""
+    """Return the items by entity and time. A row is (entity, time, item); None is no item."""
     histories = {}
     for entity, time, item in rows:
         items = histories.setdefault(entity, {}).setdefault(time, set())
@@ -14,12 +14,12 @@ def histories_of(rows):
 
 
 def holding(histories, items):
-    """The entities whose history has all of the items at whatever times."""
+    """Return the entities whose history has all of the items, at any times."""
     return {e for e, h in histories.items() if set(items) <= set().union(*h.values())}
 
 
 def frequent(histories, min_count, max_items=None):
-    """By sorted items: the count of each frequent set."""
+    """Return the count of each frequent set, by its sorted items."""
     items = sorted(set().union(*(i for h in histories.values() for i in h.values())))
     found = {}
     for size in range(1, (max_items or len(items)) + 1):
@@ -34,7 +34,7 @@ def frequent(histories, min_count, max_items=None):
 
 
 def recent(history, time, window):
-    """The items that occurred before the time, within the window."""
+    """Return the items that occurred before the time, within the window."""
     return {
         item for when, items in history.items() for item in items
         if when < time and (window is None or time - when <= window)
@@ -42,7 +42,7 @@ def recent(history, time, window):
 
 
 def counted_at(history, antecedent, consequent, window):
-    """The first time at which the rule counts, or None."""
+    """Return the first time at which the rule counts, or None."""
     a, s = set(antecedent), set(consequent)
     for time in sorted(history):
         seen = recent(history, time, window)
@@ -53,12 +53,12 @@ def counted_at(history, antecedent, consequent, window):
 
 
 def completed_at(history, antecedent, time):
-    """The last time before, by which each of the items occurred last."""
+    """Return the time before `time` at which the last of the items occurred."""
     return max(max(t for t, i in history.items() if t < time and item in i) for item in antecedent)
 
 
 def why_not(history, antecedent, consequent, window):
-    """Why a history with all items does not count: the test that fails last, at best."""
+    """Return why a history with all items does not count: the latest test that fails."""
     a, s = set(antecedent), set(consequent)
     best = 0
     for time in sorted(history):
@@ -73,7 +73,7 @@ def why_not(history, antecedent, consequent, window):
 
 
 def lags(histories, antecedent, consequent, window):
-    """The lags of the histories that count, ascending."""
+    """Return the lags of the histories that count, ascending."""
     found = []
     for history in histories.values():
         time = counted_at(history, antecedent, consequent, window)
@@ -83,7 +83,7 @@ def lags(histories, antecedent, consequent, window):
 
 
 def splits(items, kind):
-    """The ways to cut sorted items in two that are proposed."""
+    """Yield the proposed ways to split sorted items in two."""
     for size in range(1, len(items)):
         for side in combinations(range(len(items)), size):
             if kind == "all" or side[-1] - side[0] == len(side) - 1:
@@ -92,7 +92,7 @@ def splits(items, kind):
 
 
 def rules(histories, min_count, window, kind="all", max_items=None):
-    """By both sides: the count of each rule that has the least count."""
+    """Return the count of each rule that reaches the least count, by its sides."""
     found = {}
     for items in frequent(histories, min_count, max_items):
         for antecedent, consequent in splits(items, kind):

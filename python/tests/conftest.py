@@ -10,7 +10,7 @@ ROOT = Path(__file__).resolve().parents[2]
 
 
 def pytest_configure(config):
-    # Small tables look odd for good reasons; the tests of the warnings ask for them.
+    # Small tables cause warnings; only the tests of the warnings expect them.
     config.addinivalue_line("filterwarnings", "ignore::quarvis.QuarvisWarning")
 
 
@@ -25,7 +25,7 @@ def _tool_path():
 
 @pytest.fixture(scope="session")
 def tool():
-    """Run the command-line tool on a file and give the bytes of both of its files."""
+    """Run the command-line tool on a file and return the bytes of both result files."""
     path = _tool_path()
     if path is None:
         pytest.fail("no quarvis-rules: build it, or name it by QUARVIS_TOOL")
@@ -40,7 +40,7 @@ def tool():
 
 @pytest.fixture
 def written(tmp_path):
-    """Write a result and give the bytes of both files."""
+    """Write a result and return the bytes of both files."""
 
     def write(mined):
         files = [tmp_path / "rules.tsv", tmp_path / "sets.tsv"]
@@ -50,7 +50,7 @@ def written(tmp_path):
     return write
 
 
-#: Eight customers, worked out by hand: bread => butter counts for ann and bob within 2 days.
+#: Eight customers, evaluated by hand: bread => butter counts for ann and bob within 2 days.
 SHOP = [
     ("ann", 1, "bread"), ("ann", 3, "butter"), ("bob", 2, "bread"), ("bob", 4, "butter"),
     ("bob", 4, "jam"), ("cid", 1, "butter"), ("cid", 2, "bread"), ("dee", 5, "bread"),

@@ -6,7 +6,7 @@ ITEMS = ("b", "bb", "a b", "é", "a,b", "{x}", "\u4e2d")
 
 
 def rows(max_size=40, times=st.integers(0, 9)):
-    """Rows of (entity, time, item)."""
+    """Generate rows of (entity, time, item)."""
     return st.lists(
         st.tuples(st.sampled_from("uvwxyz"), times, st.sampled_from(ITEMS[:5])),
         min_size=1, max_size=max_size,

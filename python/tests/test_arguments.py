@@ -1,4 +1,4 @@
-"""Arguments of the wrong kind are refused in one line, with the remedy."""
+"""Wrong arguments are refused in one line that says how to fix them."""
 
 import datetime
 import math
@@ -90,7 +90,7 @@ def test_column_names_that_are_none():
 
 
 def test_window_shorter_than_the_distance_of_all_times():
-    # Microseconds of whole seconds, more than 32 bits of them.
+    # The times are whole seconds in microseconds and need more than 32 bits.
     when = pd.to_datetime(["2010-12-01", "2010-12-02"]).astype("datetime64[us]")
     frame = pd.DataFrame({"who": ["u", "u"], "when": when, "what": ["a", "b"]})
     window = datetime.timedelta(milliseconds=999)

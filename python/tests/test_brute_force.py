@@ -1,4 +1,4 @@
-"""The rules, sets and measures are those of the definitions."""
+"""The rules, sets and measures agree with their definitions."""
 
 import math
 

@@ -1,4 +1,4 @@
-"""What a check tells, line by line."""
+"""The findings of a check, line by line."""
 
 import datetime
 import re
@@ -92,7 +92,7 @@ def test_times_read_as_the_tool_reads_them(cell, tmp_path):
 
 
 def test_shop_export_with_every_trouble(tmp_path):
-    """ISO dates, CR LF, quotes, missing customers and cancelled rows; the rules are the same."""
+    """Find ISO dates, CR LF, quotes, missing customers and cancelled rows; rules stay the same."""
     start = datetime.date(2011, 1, 1)
     lines = ["Invoice,Customer,InvoiceDate,Description,Quantity"]
     for number, (who, day, what) in enumerate(SHOP):

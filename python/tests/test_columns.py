@@ -1,4 +1,4 @@
-"""Entities and items of every kind, missing values, and what is refused."""
+"""Entities and items of every type, missing values, and refused columns."""
 
 import re
 
@@ -34,7 +34,7 @@ def test_items_are_text(items, names):
 
 
 def test_entities_may_be_whole_floating_point_numbers():
-    # As pandas keeps customers when some are missing.
+    # pandas stores customers like this when some are missing.
     frame = pd.DataFrame({"who": [17850.0, 17850.0, 4.0], "what": ["a", "b", "a"]})
     assert sets(mine(pa.Table.from_pandas(frame))) == {("a",): 2, ("a", "b"): 1, ("b",): 1}
 
@@ -126,7 +126,7 @@ def test_lists_may_be_empty_and_lack_items():
         mine(table, entity=None)
     mined = mine(table, entity=None, missing="drop")
     assert sets(mined) == {("a",): 1, ("a", "b"): 1, ("b",): 1}
-    assert mined.item_sets.to_pylist()[0]["support"] == 0.5  # the empty basket is a history
+    assert mined.item_sets.to_pylist()[0]["support"] == 0.5  # the empty basket counts as a history
 
 
 def test_several_columns():

@@ -1,4 +1,4 @@
-"""The command, as its users run it."""
+"""The command ``quarvis``, run as users do."""
 
 import json
 import os
@@ -155,7 +155,7 @@ def test_where(condition, rows, csv_file, tmp_path):
 def test_where_that_does_not_fit(condition, csv_file, tmp_path):
     output = tmp_path / "t.tsv"
     done = run("prepare", csv_file, output, *ROLES, "--where", condition, status=1)
-    (line,) = done.stderr.splitlines()  # the reason is Arrow's
+    (line,) = done.stderr.splitlines()  # the reason in it comes from Arrow
     assert line.startswith(f"Error: where=({condition}) does not fit the columns of the file: ")
     assert not output.exists()
 
@@ -201,7 +201,7 @@ def test_interrupt_ends_without_traceback(long_input, tmp_path):
     assert list(tmp_path.iterdir()) == []
 
 
-MANY_SETS = ("--budget-sets", "20000000")  # so many that progress is told before
+MANY_SETS = ("--budget-sets", "20000000")  # enough that progress is shown before the end
 
 
 def test_budget_is_told(long_input, tmp_path):

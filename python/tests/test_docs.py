@@ -1,4 +1,4 @@
-"""The programs that the pages show run."""
+"""The programs in the documentation run."""
 
 import re
 import shutil
@@ -26,7 +26,7 @@ def test_programs_of_the_page_run(tmp_path, monkeypatch, capsys):
 
 
 @pytest.mark.skipif(not PAGE.is_file(), reason="the wheel comes without the pages")
-@pytest.mark.filterwarnings("ignore")  # those of the peers
+@pytest.mark.filterwarnings("ignore")  # warnings of the other packages
 @pytest.mark.parametrize("peer", ["prefixspan", "pyspark"])
 def test_comparison_with_peer_runs(peer):
     pytest.importorskip(peer)

@@ -1,4 +1,4 @@
-"""Every kind of frame gives the bytes of the tool's files."""
+"""Every kind of frame gives the same bytes as the tool's files."""
 
 import datetime
 
@@ -13,7 +13,7 @@ from strategies import rows, transaction_file
 
 import quarvis
 
-EPOCH = datetime.date(1969, 12, 28)  # so that some dates lie before 1970
+EPOCH = datetime.date(1969, 12, 28)  # some dates are before 1970
 
 
 def arrow(data, times):
@@ -100,7 +100,7 @@ def test_frame_gives_bytes_of_tool(frame, data, window, times, tool, tmp_path, w
     assert written(mined) == expected
 
 
-@pytest.mark.filterwarnings("ignore")  # Modin's own, of its workers and of conversions
+@pytest.mark.filterwarnings("ignore")  # Modin's warnings about its workers and conversions
 @pytest.mark.parametrize("times", [integers, dates])
 def test_modin_frame_gives_bytes_of_tool(times, tool, tmp_path, written):
     modin = pytest.importorskip("modin.pandas")

@@ -1,4 +1,4 @@
-"""Measures: by hand, against a peer, and their ranges."""
+"""Measures: values computed by hand, comparison with another package, and ranges."""
 
 import itertools
 import math
@@ -18,8 +18,8 @@ def counts(n, a, s, u, ordered=None):
     return Counts(float(n), *each)
 
 
-# Of 20 histories 10 hold A, 8 hold S and 6 both; the rule counts in 3 of these. Of the other
-# cells, A alone has 4, S alone 2, and neither 8.
+# Of 20 histories 10 hold A, 8 hold S and 6 hold both; the rule counts in 3 of these. So 4 hold only
+# A, 2 only S, and 8 neither.
 BY_HAND = {
     "support": 6 / 20,
     "coverage": 10 / 20,
@@ -78,7 +78,7 @@ def test_by_hand(name):
     assert arrays(counts(20, 10, 8, 6, 3), name)[name][0] == pytest.approx(BY_HAND[name], rel=1e-12)
 
 
-# Without dependence, complete dependence, and exclusion: 4, 8 and 0 of both where 10 and 8 are.
+# Independence, complete dependence and exclusion: 4, 8 and 0 histories hold both; 10 hold A, 8 S.
 EXTREMES = {
     "lift": (1, 2, 0), "leverage": (0, 0.25, -0.25), "zhang": (0, 1, -1), "phi": (0, 1, -1),
     "yule_q": (0, 1, -1), "odds_ratio": (1, math.inf, 0), "chi_square": (0, 20, 20),
@@ -139,7 +139,7 @@ def test_against_mlxtend():
     assert len(found) > 100
     for rule, (theirs_name, name) in itertools.product(found, names.items()):
         if name == "certainty_factor" and found[rule]["lift"] < 1:
-            continue  # the peer divides by 1 - P(S) there, too
+            continue  # the other package always divides by 1 - P(S)
         assert found[rule][name] == pytest.approx(theirs[rule][theirs_name], abs=1e-9), (rule, name)
 
 

@@ -1,4 +1,4 @@
-"""The test of the order: its definition, and simulations of what it promises."""
+"""The test of the order: its definition, and simulations of its error rates."""
 
 import itertools
 
@@ -16,7 +16,7 @@ def table_of(who, when, what):
 
 
 def without_order(seed, histories=60, items=6, length=6):
-    """Histories of one random item at each of some times; popular items are likelier."""
+    """Return histories with one random item at each time; popular items are likelier."""
     draws = np.random.default_rng(seed)
     who = np.repeat(np.arange(histories), length)
     when = np.concatenate([draws.choice(30, length, replace=False) for _ in range(histories)])
@@ -41,9 +41,9 @@ def test_share_of_false_finds_without_order(window):
         assert len(mined) > 10
         p = mined.test_order(permutations=59, seed=seed, threads=1).column("p_adjusted")
         finds += min(p.to_pylist()) <= 0.05
-    # At most a twentieth is promised; three standard deviations of a binomial number are allowed.
+    # At most a twentieth may be false finds; three binomial standard deviations are allowed more.
     assert finds <= 0.05 * runs + 3 * np.sqrt(0.05 * 0.95 * runs)
-    assert finds > 0  # a test that never finds anything is of no use
+    assert finds > 0  # a test that never finds anything would be useless
 
 
 def test_planted_order_is_found():
@@ -52,7 +52,7 @@ def test_planted_order_is_found():
         who, when, what = without_order(seed)
         what = what.astype(object)
         for history in range(30):
-            # In half of the histories, 8 follows 7 by two days.
+            # In half of the histories, 8 follows 7 after two days.
             start = draws.integers(0, 28)
             who = np.append(who, [history, history])
             when = np.append(when, [40 + start, 42 + start])
@@ -68,7 +68,7 @@ def test_planted_order_is_found():
 
 
 def test_exact_distribution():
-    # One history of three transactions has six orders, each as likely: a before b in three.
+    # Three transactions have six orders, all equally likely; a is before b in three of them.
     who = [h for h in range(40) for _ in range(3)]
     mined = quarvis.mine(
         table_of(who, [1, 2, 3] * 40, ["a", "b", "c"] * 40), min_count=1, max_items=2

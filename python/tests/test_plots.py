@@ -1,4 +1,4 @@
-"""Plots: what they hold, and that they become files."""
+"""Plots: their content, and saving them to files."""
 
 import json
 
@@ -12,7 +12,7 @@ from quarvis import plots
 
 @pytest.fixture(scope="module")
 def many():
-    """More than 10,000 rules."""
+    """Return a result with more than 10,000 rules."""
     draws = np.random.default_rng(3)
     rows = 6000
     table = pa.table({
@@ -25,7 +25,7 @@ def many():
 
 
 def values(chart):
-    """The rows of each layer."""
+    """Return the rows of each layer."""
     spec = chart.to_dict()
     data = [layer.get("data", spec.get("data")) for layer in spec.get("layer", [spec])]
     return [d["values"] if "values" in d else spec["datasets"][d["name"]] for d in data]
@@ -80,7 +80,7 @@ def test_lags_count_the_histories(shop):
     ]]
     spec = chart.to_dict()
     assert spec["title"] == "bread => butter"
-    assert spec["encoding"]["y2"] == {"datum": 0}  # bars stand on the axis
+    assert spec["encoding"]["y2"] == {"datum": 0}  # bars start at the axis
 
 
 @pytest.mark.parametrize("most", [3, 40, 41, 79, 1000])

@@ -1,4 +1,4 @@
-"""What can be asked of rules: explanations, lags, matches, selections."""
+"""Questions about rules: explanations, lags, matches and selections."""
 
 import datetime
 
@@ -144,7 +144,7 @@ def test_closed_and_maximal_of_large_sets():
     mined = quarvis.mine(quarvis.from_baskets(baskets), min_count=4, rules=False)
     every = {frozenset(s["items"]): s["count"] for s in mined.item_sets.to_pylist()}
     assert max(len(s) for s in every) >= 9
-    # What is contained in a larger set is contained in one with one item more.
+    # A set that is contained in a larger one is also contained in one with one item more.
     above = {
         s: [every.get(s | {item}, 0) for item in {f"{i:02}" for i in range(14)} - s] for s in every
     }
@@ -160,7 +160,7 @@ def test_closed_and_maximal_of_large_sets():
 @hypothesis.given(data=rows(max_size=60), n=st.integers(0, 5))
 @SETTINGS
 def test_filter_and_top(data, n):
-    data = [*data, ("u", 1, "b"), ("u", 2, "a b"), ("u", 3, "é")]  # what the patterns match
+    data = [*data, ("u", 1, "b"), ("u", 2, "a b"), ("u", 3, "é")]  # items that the patterns match
     mined = mined_of(data)
     every = mined.to_arrow().to_pylist()
     some = mined.filter(

@@ -188,7 +188,7 @@ def test_files_that_are_none_of_their_format(name, content, begin, end, tmp_path
     path.write_bytes(content)
     with pytest.raises(quarvis.DataError) as error:
         quarvis.read(path, entity="who", time="when", items="what")
-    message = str(error.value)  # what is between is Arrow's
+    message = str(error.value)  # the middle of it comes from Arrow
     assert message.startswith(f"{path}: {begin}")
     assert message.endswith(end)
     assert "\n" not in message

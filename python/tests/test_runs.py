@@ -1,4 +1,4 @@
-"""Threads, progress, budgets, Ctrl-C, errors of files, and memory over many runs."""
+"""Threads, progress, budgets, Ctrl-C, file errors, and memory over many runs."""
 
 import gc
 import os
@@ -19,7 +19,7 @@ import quarvis
 
 
 def large(histories=2000, items=60, seed=1):
-    """Histories of random items, whose search at a low count goes on for long."""
+    """Return histories of random items, whose search at a low count takes long."""
     draws = np.random.default_rng(seed)
     rows = histories * 40
     table = pa.table({
@@ -59,7 +59,7 @@ def test_other_threads_run_meanwhile(many):
     during = len(ticks) - before
     ended.set()
     other.join()
-    assert during > 3  # about 200 are possible; at most 2 where the run keeps the interpreter
+    assert during > 3  # about 200 are possible; at most 2 if the run kept the interpreter's lock
 
 
 def test_threads_share_histories(many):
@@ -88,7 +88,7 @@ def test_progress_is_told(many):
     assert {step for step, _, _ in told} <= {"item sets", "rules"}
     for _, done, total in told:
         assert 0 <= done <= total
-    assert len(told) <= took * 10 + 1  # ten times a second at most
+    assert len(told) <= took * 10 + 1  # at most ten times a second
 
 
 @pytest.mark.parametrize("threads", [1, 2])
@@ -105,8 +105,8 @@ def test_progress_is_printed(many, capsys):
     assert capsys.readouterr().err.endswith("\n")
 
 
-# Of the eight customers 6 have bread, 6 butter, 2 jam and 1 tea: half of the four items have a
-# count of 3 and more.
+# Of the eight customers 6 have bread, 6 butter, 2 jam and 1 tea. So half of the four items have a
+# count of 3 or more.
 @pytest.mark.parametrize(
     ("budget", "bound"),
     [
@@ -136,7 +136,7 @@ def test_budget_tells_how_far_the_run_came(shop, budget, bound, frame):
 
 @pytest.mark.parametrize("threads", [1, 2])
 def test_budget_ends_in_the_midst_of_a_size(many, threads):
-    # All 1,770 pairs and 34,220 triples of the 60 items are in two histories and more.
+    # All 1,770 pairs and 34,220 triples of the 60 items are in two histories or more.
     with pytest.raises(quarvis.BudgetExceeded) as error:
         quarvis.mine(many, min_count=2, max_items=3, threads=threads,
                      budget=quarvis.Budget(sets=30_000))
@@ -164,7 +164,7 @@ def test_budget_of_time_covers_the_indexing():
 
 
 def test_budget_covers_rules_of_baskets():
-    # 12 items that are always together: 4,095 sets, of which 3^12 - 2^13 + 1 rules can be made.
+    # 12 items that always occur together: 4,095 sets, which give 3^12 - 2^13 + 1 rules.
     baskets = quarvis.from_baskets([[f"item {i}" for i in range(12)]] * 2)
     assert len(quarvis.mine(baskets, min_count=2)) == 3**12 - 2**13 + 1
     with pytest.raises(quarvis.BudgetExceeded) as error:
@@ -230,8 +230,8 @@ def test_interrupt_ends_a_run(threads):
     assert done.stderr == ""
     word, told = done.stdout.split()
     assert word == "interrupted"
-    # The run asks for signals five times as often as it tells how far it is. It may do the latter
-    # once before the signal is sent, and once before it asks.
+    # The run polls for signals five times as often as it reports progress. It may report once
+    # before the signal is sent, and once more before it polls.
     assert int(told) <= 2
 
 
@@ -297,5 +297,5 @@ def test_memory_does_not_grow_over_1000_runs(shop):
     for _ in range(100):
         once()
     gc.collect()
-    # 2,000 bytes a run would show, in each round; an allocator that takes room does so in one.
+    # A leak of 2,000 bytes per run would show in each round; growth of the allocator only in one.
     assert any(growth() < 2_000_000 for _ in range(3))

@@ -1,4 +1,4 @@
-"""Shards that are counted apart and summed give what the whole gives."""
+"""Counting shards separately and summing gives the same result as the whole."""
 
 import hypothesis
 import numpy as np
@@ -13,7 +13,7 @@ SETTINGS = hypothesis.settings(max_examples=60, deadline=None)
 
 
 def cut(table, number):
-    """Bytes of shards whose histories are cut anywhere, and the names of the items."""
+    """Return the bytes of shards, split at any histories, and the names of the items."""
     columns = table._columns
     names = columns.item_names.to_pylist()
     order = sorted(range(len(names)), key=lambda code: names[code].encode())
@@ -61,7 +61,7 @@ def mined(shards, packed, options, histories_count, most):
 
 
 def named(found, columns):
-    """Lists of names of columns of lists of ranks."""
+    """Return lists of names from lists of ranks, given as columns."""
     offsets, text = found.index.names()
     raw = text.tobytes()
     names = [raw[offsets[i] : offsets[i + 1]] for i in range(len(offsets) - 1)]
@@ -107,7 +107,7 @@ def test_a_run_tells_how_far_it_came():
     options = _engine.Options()
     options.min_count = 2
     run = _engine.LevelRun(np.array([1, 5, 4], np.uint32), options)
-    # Of the counts 5 and 4 both are at least 4, and one is at least 5.
+    # The counts are 5 and 4: both are at least 4, and one is at least 5.
     assert run.reach() == ([2], 5)
     run.add_level(10, [(np.array([0], np.uint32), np.array([3], np.uint32))])
     assert run.reach() == ([2, 1], 5)

@@ -1,4 +1,4 @@
-"""A shop's export with all its troubles gives the rules of the clean table."""
+"""A messy export of a shop gives the same rules as the clean table."""
 
 import csv
 import datetime
@@ -16,7 +16,7 @@ ROLES = {"entity": "CustomerID", "time": "InvoiceDate", "items": "Description"}
 
 
 def lines_of(folder):
-    """Rows of customer, day and item, where the customer of a guest is "guest-..."."""
+    """Return rows of customer, day and item; the customer of a guest is "guest-..."."""
     if folder is not None:
         with open(folder / "online_retail_lines.tsv", encoding="utf-8") as file:
             next(file)
@@ -52,7 +52,7 @@ def write_export(path, clean, lines):
             guests += is_guest
             if not is_guest:
                 table.write(f"{who}\t{day}\t{item}\n")
-            if number % 40 == 0:  # sent back, which is no purchase
+            if number % 40 == 0:  # a returned item, which is not a purchase
                 later = f"{EPOCH + datetime.timedelta(day + 9)} 17:01:00"
                 export.writerow([f"C{536365 + number}", "POSTAGE BACK", -6, later, customer])
                 rows += 1

@@ -1,4 +1,4 @@
-"""Times of every kind, and windows over them."""
+"""Times of every type, and their windows."""
 
 import datetime
 import re
@@ -14,7 +14,7 @@ UTC = datetime.UTC
 
 
 def pair(first, second, kind=None):
-    """Three histories of an "a" and then a "b" at these times."""
+    """Return three histories, each with an "a" and then a "b" at these times."""
     when = pa.array([first, second] * 3, kind)
     return quarvis.Histories(
         pa.table({"who": ["u", "u", "v", "v", "w", "w"], "when": when, "what": ["a", "b"] * 3}),
@@ -23,7 +23,7 @@ def pair(first, second, kind=None):
 
 
 def follows(histories, window):
-    """Whether b follows a within the window, in all three histories."""
+    """Return whether b follows a within the window in all three histories."""
     rules = quarvis.mine(histories, min_count=1, window=window).to_arrow().to_pylist()
     counts = {(r["antecedents"][0], r["consequents"][0]): r["count"] for r in rules}
     assert counts in ({}, {("a", "b"): 3})

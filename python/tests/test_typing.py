@@ -1,4 +1,4 @@
-"""The types that the package shows."""
+"""The types that type checkers see in the package."""
 
 import subprocess
 import sys

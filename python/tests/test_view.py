@@ -1,4 +1,4 @@
-"""The page of rules: what goes into it. The page itself is tested in view/tests, in a browser."""
+"""The data of the page of rules. The page itself is tested in a browser, in view/tests."""
 
 import base64
 import json
@@ -25,7 +25,7 @@ SHOP_RULES = (
 
 
 def data_of(view):
-    """Read the data of a page as the page does."""
+    """Return the data of a page, decoded as the page does."""
     text = re.search(r'<script type="application/json" id="data">(.*?)</script>', view.html, re.S)
     data = json.loads(text[1])
     block = zlib.decompress(base64.b64decode(data.pop("bytes")))
@@ -38,7 +38,7 @@ def data_of(view):
 
 
 def rules_of(view):
-    """Give the rules of a page as text with n(A), n(S), n(A u S) and the count."""
+    """Return the rules of a page as text with n(A), n(S), n(A u S) and the count."""
     data, columns = data_of(view)
 
     def side(place):
@@ -174,7 +174,7 @@ def test_histories_go_into_the_page(shop_files):
     assert data["words"] == {"entity": "customer", "entities": "customers", "verb": "had"}
     assert data["time"] == {"seconds": 86400.0, "origin": None, "first": 1,
                             "unit": "units of time"}
-    # Hal had tea alone, of which no rule tells.
+    # Hal had only tea, which is in no rule.
     assert data["entities"] == ["ann", "bob", "cid", "dee", "eve", "fay", "gus"]
     assert np.diff(columns["historyBegin"]).tolist() == [2, 2, 2, 1, 2, 1, 1]
     assert data["sampledFrom"] is None

@@ -1,4 +1,4 @@
-"""Clusters of processes on this machine: executors of their own, which can be killed."""
+"""Clusters of processes on this machine, whose executors can be killed."""
 
 import os
 import re
@@ -8,10 +8,10 @@ import subprocess
 import time
 from pathlib import Path
 
-#: Enough for small tables.
+#: The memory of an executor; enough for small tables.
 MEMORY_MB = 640
 
-#: Tests are over before a compiler that optimises has paid.
+#: The tests are too short for an optimising compiler to pay off.
 _JAVA = "-XX:TieredStopAtLevel=1 -XX:+UseSerialGC -Xss512k"
 
 SETTINGS = {
@@ -26,7 +26,8 @@ SETTINGS = {
     "spark.executor.memory": f"{MEMORY_MB}m",
     "spark.sql.shuffle.partitions": "4",
     "spark.default.parallelism": "2",
-    # A slow machine is not one that is lost; executors that are killed close their connections.
+    # Timeouts are long, since a slow machine is not a lost one. Killed executors are noticed
+    # anyway, since they close their connections.
     "spark.network.timeout": "600s",
     "spark.deploy.maxExecutorRetries": "-1",
     "spark.task.maxFailures": "8",
@@ -35,7 +36,7 @@ SETTINGS = {
 
 
 class Processes:
-    """Executors among the processes that descend from this one, or from some others."""
+    """Return the executors among the descendants of this process or of given ones."""
 
     def __init__(self, *roots):
         self._roots = {os.getpid(), *roots}
@@ -70,7 +71,7 @@ class Cluster:
         self._processes = processes
 
     def kill_executor(self):
-        """Kill an executor, and tell which; None when there is none at the moment."""
+        """Kill an executor and return it; None if there is none at the moment."""
         executors = self._processes.executors()
         if not executors:
             return None
@@ -96,7 +97,7 @@ def connect(folder):
 
 
 class Standalone(Cluster):
-    """A master and two workers, each a process."""
+    """A master and two workers, each in its own process."""
 
     def __init__(self, folder):
         self._daemons = []

@@ -11,12 +11,12 @@ KIND = os.environ.get("QUARVIS_SPARK", "local-cluster")
 
 
 def pytest_configure(config):
-    # Small tables look odd for good reasons.
+    # Small tables cause warnings.
     config.addinivalue_line("filterwarnings", "ignore::quarvis.QuarvisWarning")
-    # PySpark leaves sockets to the collector.
+    # PySpark leaves sockets to the garbage collector.
     config.addinivalue_line("filterwarnings", "ignore::ResourceWarning")
     config.addinivalue_line("filterwarnings", "ignore::pytest.PytestUnraisableExceptionWarning")
-    # PySpark asks for an older pandas, of which nothing is used here.
+    # PySpark requires an older pandas, but the tests do not use it.
     config.addinivalue_line("filterwarnings", "ignore:PySpark does not yet fully:FutureWarning")
     config.addinivalue_line("markers", "on(*kinds): runs on these kinds of clusters alone")
     config.addinivalue_line("markers", "slow: takes longer than the answer to most changes may")
@@ -33,9 +33,9 @@ def pytest_collection_modifyitems(items, config):
 
 @pytest.fixture(scope="session")
 def cluster(tmp_path_factory):
-    """The cluster: its `session`, and how one of its executors is killed."""
+    """The cluster, with its `session` and a way to kill an executor."""
     os.environ["PYSPARK_PYTHON"] = sys.executable
-    # The tests import their helpers on the executors, too.
+    # The executors also import the helpers of the tests.
     here = os.path.dirname(__file__)
     os.environ["PYTHONPATH"] = os.pathsep.join(filter(None, [here, os.environ.get("PYTHONPATH")]))
     with warnings.catch_warnings():

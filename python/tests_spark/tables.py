@@ -1,4 +1,4 @@
-"""Tables for both sides, and their comparison."""
+"""Tables for the cluster and for one machine, and the comparison of the results."""
 
 import random
 
@@ -11,7 +11,7 @@ ITEMS = ("b", "bb", "a b", "é", "x", "{y}", "\u4e2d")
 
 
 def random_rows(seed, rows=400, entities=40, times=30, items=ITEMS):
-    """Rows of text, whole number and text; some entities have many more than others."""
+    """Return rows of text, integer and text; some entities have many more than others."""
     draw = random.Random(seed)
     return [
         (f"e{int(entities * draw.random() ** 3)}", draw.randrange(times), draw.choice(items))
@@ -20,7 +20,7 @@ def random_rows(seed, rows=400, entities=40, times=30, items=ITEMS):
 
 
 def arrow(rows, kind=None):
-    """The rows sorted by entity, as the shards of a cluster number them."""
+    """Return the rows sorted by entity, the order in which a cluster numbers histories."""
     who, when, what = zip(*sorted(rows), strict=True)
     return pa.table({"who": who, "when": pa.array(when, kind or pa.int32()), "what": what})
 
@@ -30,7 +30,7 @@ def frame(spark, rows, partitions=3):
 
 
 def both(spark, rows, partitions=3, cluster=None, **settings):
-    """The results of the cluster and of one machine."""
+    """Return the results of the cluster and of one machine."""
     columns = {"entity": "who", "time": "when", "items": "what"}
     mined = quarvis.spark.mine(
         frame(spark, rows, partitions), **columns, **settings, **(cluster or {})
@@ -43,7 +43,7 @@ def sorted_rows(table):
 
 
 def assert_same(mined, expected, tmp_path=None):
-    """Assert that rules and sets are the same, and in files to the byte."""
+    """Assert that rules and sets are the same, also byte by byte in files."""
     collected = mined.collect()
     assert collected.to_arrow().equals(expected.to_arrow())
     assert collected.item_sets.equals(expected.item_sets)

@@ -1,4 +1,4 @@
-"""What is lost in the middle is built again, and a run that died goes on."""
+"""Lost shards are rebuilt during a run, and a run that died can be resumed."""
 
 import logging
 import re
@@ -93,7 +93,7 @@ def test_a_checkpoint_has_the_levels_and_no_histories(spark, tmp_path):
     folder = tmp_path / "kept"
     mined, _ = both(spark, random_rows(6), cluster={"checkpoint": str(folder)}, **RUN)
     levels = spark.read.parquet(str(folder / "levels")).toArrow()
-    # One for each size from 2 on, and one that found that there are no larger sets and rules.
+    # One state for each size from 2 on, and one after the level without any sets and rules.
     assert sorted(levels["number"].to_pylist()) == list(range(1, levels.num_rows + 1))
     assert levels.num_rows in (mined._run.size - 1, mined._run.size)
     assert levels.column_names == ["number", "settings", "state"]
@@ -106,7 +106,7 @@ def test_a_checkpoint_of_other_data_is_refused(spark, tmp_path):
     rows = random_rows(6, rows=60)
     folder = str(tmp_path / "kept")
     both(spark, rows, cluster={"checkpoint": folder}, **RUN)
-    # As many rows and items; one has another time.
+    # The data have the same number of rows and items, but one time differs.
     who, when, what = rows[0]
     for others, settings, named in (
         ([(who, (when + 1) % 30, what), *rows[1:]], RUN, "data="),
@@ -126,7 +126,7 @@ def test_bounds_end_a_run(spark, bound, settings):
     columns = {"entity": "who", "time": "when", "items": "what", **RUN}
     with pytest.raises(quarvis.BudgetExceeded) as error:
         quarvis.spark.mine(frame(spark, rows), **columns, **settings)
-    # The levels that are whole, as one machine finds them.
+    # The complete levels, as found by one machine.
     sets = quarvis.mine(arrow(rows), **columns).item_sets.to_pylist()
     sizes = range(1, len(error.value.item_sets) + 1)
     counts = [row["count"] for row in sets if len(row["items"]) in sizes]
@@ -160,7 +160,7 @@ def test_time_ends_a_run(spark, least, given):
 
 
 def test_time_ends_a_run_in_the_middle(spark, monkeypatch):
-    """A run that knows some levels tells a count to try."""
+    """A run that has counted some levels suggests a count to try."""
     passed = [0.0]
     monkeypatch.setattr(
         quarvis.spark._jobs, "clock",

@@ -1,4 +1,4 @@
-"""Columns of all kinds mean what they mean on one machine, and errors tell the remedy."""
+"""Columns of all types are read as on one machine, and errors say how to fix them."""
 
 import datetime
 import re
@@ -14,7 +14,7 @@ START = datetime.datetime(2024, 3, 1, 12)
 
 
 def mined_both(spark, ddl, rows, kinds, **settings):
-    """Mine the rows here and there; `kinds` are the Arrow types where they are not guessed."""
+    """Mine the rows in both ways; `kinds` are the Arrow types that are not inferred."""
     names = [column.split()[0] for column in ddl.split(", ")]
     columns = {
         name: pa.array([row[i] for row in rows], kinds.get(name)) for i, name in enumerate(names)

@@ -1,4 +1,4 @@
-"""The program of the page runs."""
+"""The program in the documentation runs."""
 
 import datetime
 import re

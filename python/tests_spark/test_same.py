@@ -13,8 +13,8 @@ SETTINGS = [
     {"min_count": 100},
 ]
 
-#: One partition and one shard; and more partitions than entities, so that some are empty, shards of
-#: a few rows, and blocks of a few candidates, which take several jobs.
+#: One partition with one shard; and more partitions than entities, so that some are empty, with
+#: shards of a few rows and blocks of a few candidates, so that a level takes several jobs.
 CLUSTERS = [
     {"partitions": 1},
     {"partitions": 9, "shard_bytes": 150, "block_bytes": 80, "tasks": 3},
@@ -92,7 +92,7 @@ def test_the_collected_object_answers_as_the_local_one(spark):
 
 
 def test_items_that_are_rare_in_histories_only(spark):
-    """An item of many rows but few histories has a code, and yet no part in permutations."""
+    """An item with many rows but few histories has a code, but does not affect permutations."""
     rows = [*random_rows(3), *(("e0", when, "often") for when in range(30))]
     mined, expected = both(spark, rows, min_count=5, window=3)
     assert_same(mined, expected)

@@ -1,4 +1,4 @@
-"""What a run shows from outside: its names in Spark's pages, its log, and its end."""
+"""What users see of a run: its job names in Spark's UI, its log, and its cancellation."""
 
 import json
 import logging
@@ -60,7 +60,7 @@ def test_settings_of_the_session_are_as_before(spark):
 
 
 def test_cancelling_the_jobs_ends_the_run(spark):
-    """As somebody does it in the pages of Spark."""
+    """Cancel a job, as a user does in Spark's UI."""
 
     over = threading.Event()
     canceller = threading.Thread(target=lambda: cancel(), daemon=True)
@@ -70,7 +70,7 @@ def test_cancelling_the_jobs_ends_the_run(spark):
             canceller.start()
 
     def cancel():
-        # A job that has not begun yet is none that can be cancelled.
+        # A job that has not started yet cannot be cancelled.
         while not over.wait(0.2):
             spark.interruptAll()
 

@@ -1,4 +1,4 @@
-"""What type checkers see of the package; the types are stated beside the calls."""
+"""Calls with the types that type checkers must infer."""
 
 from typing import Any, assert_type
 
