@@ -61,7 +61,7 @@ def check_table(path: str | os.PathLike[str], data: bytes, findings: Findings) -
             findings.add("empty line", line, 1, "the line is empty")
             continue
         if row == names:
-            findings.add("second header", line, 1, "the header comes again: it reads as a row")
+            findings.add("second header", line, 1, "the header is repeated and reads as a row")
             continue
         if len(row) != len(names):
             findings.add(
@@ -70,7 +70,7 @@ def check_table(path: str | os.PathLike[str], data: bytes, findings: Findings) -
         for column, cell in zip(columns, row, strict=False):
             column.add(cell, line)
     if '"' in text:
-        findings.add("quotes", 1, 1, "cells are quoted, which the tool does not undo")
+        findings.add("quotes", 1, 1, "cells are quoted: the tool does not undo doubled quotes")
     for place, (name, column) in enumerate(zip(names, columns, strict=True), 1):
         _tell(name, place, column, findings)
 
@@ -80,29 +80,29 @@ def _tell(name: str, place: int, column: _Column, findings: Findings) -> None:
     if column.empty:
         findings.add(
             "missing", column.empty[0], place,
-            f"column {name!r} is empty in {len(column.empty):,} of {column.cells:,} rows: as an "
-            "entity it would be one that nobody is (missing='drop' leaves them out)",
+            f"column {name!r} is empty in {len(column.empty):,} of {column.cells:,} rows: as "
+            "entities they would all be the same one (missing='drop' leaves them out)",
         )
     if column.dates:
         findings.add(
             "date", 1, place,
-            f"column {name!r} has {column.dates:,} dates: the tool reads their year alone; "
-            "read_csv reads them as they are",
+            f"column {name!r} has {column.dates:,} dates: the tool reads only their year; "
+            "read_csv reads them as dates",
         )
     if column.other_dates:
         findings.add(
             "date", 1, place,
-            f"column {name!r} has {column.other_dates:,} dates that only time_format=... explains",
+            f"column {name!r} has {column.other_dates:,} dates whose format needs time_format=...",
         )
     if column.negative and len(column.negative) * 2 < column.numbers:
         findings.add(
             "negative", column.negative[0], place,
-            f"column {name!r} is negative in {len(column.negative):,} rows: are they cancelled? "
+            f"column {name!r} is negative in {len(column.negative):,} rows: were they cancelled? "
             "(where=... leaves them out)",
         )
     if column.lettered and len(column.lettered) * 2 < filled and column.numbers * 2 > filled:
         findings.add(
             "lettered", column.lettered[0], place,
-            f"column {name!r} has a letter before the number in {len(column.lettered):,} rows: are "
-            "they cancelled?",
+            f"column {name!r} has a letter before the number in {len(column.lettered):,} rows: "
+            "were they cancelled?",
         )

@@ -68,7 +68,7 @@ class Report:
         for column, count in self.dropped.items():
             lines.append(("dropped", f"{count:,} rows without {column!r}"))
         if self.left_out:
-            lines.append(("left out", f"{self.left_out:,} rows that where=... does not choose"))
+            lines.append(("left out", f"{self.left_out:,} rows that where=... excludes"))
         lines += [("looks wrong", remark) for remark in self.remarks]
         return lines
 
@@ -93,14 +93,14 @@ def looks_wrong(columns: Columns) -> list[str]:
         once = entities - _with_several_times(columns)
         if once * 3 >= entities:
             remarks.append(
-                f"{once:,} of {entities:,} entities have one time only, so nothing can follow "
+                f"{once:,} of {entities:,} entities have only one time, so nothing can follow "
                 "anything there: is the entity the right column?"
             )
     alike = _alike(columns.item_names)
     if alike:
         shown = "; ".join(" and ".join(repr(name) for name in names) for names in alike[:3])
         remarks.append(
-            f"{len(alike):,} item names differ from others in case or blanks only: {shown}"
+            f"{len(alike):,} item names differ from others only in case or blanks: {shown}"
         )
     return remarks
 

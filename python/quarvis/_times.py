@@ -188,7 +188,7 @@ def _nanoseconds(window: Window) -> int:
             rest = rest[match.end() :]
         if rest or not window.strip():
             raise DataError(
-                f"window={window!r} is no length of time: write a number and one of "
+                f"window={window!r} is not a length of time: write a number and one of "
                 f"{', '.join(_WINDOW_UNITS)}, such as '30d' or '36h'"
             )
         return total

@@ -95,8 +95,7 @@ class _Rows:
         if len(cells) > 1 and _PLAIN.fullmatch(cells[1]):
             self.findings.add(
                 "no header", 1, 2,
-                "the first line is taken for a header and lost, but has the time "
-                f"{_text(cells[1])}",
+                f"the first line has the time {_text(cells[1])}, but is read as a header and lost",
             )
 
     def _lines(self, lines: list[bytes]) -> Iterator[tuple[int, bytes]]:
@@ -114,7 +113,8 @@ class _Rows:
                     until = f"line {last}" if last <= len(lines) else "the end of the file"
                     self.findings.add(
                         "open quote", number, column,
-                        f"a quote opens a cell that goes on to {until}: what is between is no row",
+                        f"a quote opens a cell that continues to {until}: the lines between are "
+                        "not read as rows",
                     )
                     number = last
             yield first, line
@@ -132,7 +132,7 @@ class _Rows:
         if not line:
             return
         if line == header.rstrip(b"\r"):
-            add("second header", number, 1, "the header comes again: it reads as a row")
+            add("second header", number, 1, "the header is repeated and reads as a row")
             return
         if line[0] == 9:
             add("leading tab", number, 1,
@@ -153,10 +153,10 @@ class _Rows:
     def _check_time(self, number: int, cell: bytes) -> None:
         if _PLAIN.fullmatch(cell):
             if int(cell) > _LARGEST:
-                kind = "as milliseconds are, " if 10**12 <= int(cell) < 10**13 else ""
+                kind = ", like most milliseconds" if 10**12 <= int(cell) < 10**13 else ""
                 self.findings.add(
                     "great time", number, 2,
-                    f"the time {_text(cell)} is too great, {kind}for numbers of 32 bits: divide it",
+                    f"the time {_text(cell)} does not fit in 32 bits{kind}: divide it",
                 )
             return
         if _DATE.fullmatch(cell):
@@ -170,7 +170,7 @@ class _Rows:
             return
         self.findings.add(
             "odd time", number, 2,
-            f"the time {_text(cell)} is no plain number: it reads as {_read_time(cell)}",
+            f"the time {_text(cell)} is not a plain number and reads as {_read_time(cell)}",
         )
 
     def _check_items(self) -> None:
@@ -185,7 +185,7 @@ class _Rows:
             if item != item.strip():
                 self.findings.add(
                     "blanks", line, column,
-                    f"the item {_text(item)} has blanks at an end, which make it another item",
+                    f"the item {_text(item)} has blanks at an end, which make it a different item",
                 )
 
 

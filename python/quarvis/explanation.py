@@ -86,7 +86,7 @@ def sides_of(rule: Any) -> tuple[list[str], list[str]]:
         sides = (rule[0], rule[1])
     else:
         raise DataError(
-            f"{rule!r} is no rule: give a pair of item lists, or a row of a frame of rules"
+            f"{rule!r} is not a rule: give a pair of item lists, or a row of a frame of rules"
         )
     left, right = ([side] if isinstance(side, str) else [str(item) for item in side]
                    for side in sides)
@@ -112,7 +112,7 @@ def ranks_of(index: _engine.Index, sides: tuple[list[str], list[str]]) -> list[A
 def explain(run: Run, index: _engine.Index, rule: Any) -> Explanation:
     """Explain a rule, whether it was found or not."""
     if not run.has_times:
-        raise DataError("nothing follows anything here: these histories have no times")
+        raise DataError("these histories have no times, so nothing follows anything")
     sides = sides_of(rule)
     ranks = ranks_of(index, sides)
     if ranks is None:

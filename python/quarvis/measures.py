@@ -182,13 +182,13 @@ def _specificity(c: Counts) -> Values:
     return _share(c.n - c.a - c.s + c.u, c.n - c.a)
 
 
-@_measure("lift", "P(AS) / (P(A) P(S))", "0 to infinite, 1 without dependence",
+@_measure("lift", "P(AS) / (P(A) P(S))", "0 to infinity, 1 if independent",
           "Brin, Motwani, Ullman, Tsur 1997, as interest")
 def _lift(c: Counts) -> Values:
     return c.n * c.u / (c.a * c.s)
 
 
-@_measure("conviction", "P(A) P(not S) / P(A, not S)", "0 to infinite, 1 without dependence",
+@_measure("conviction", "P(A) P(not S) / P(A, not S)", "0 to infinity, 1 if independent",
           "Brin, Motwani, Ullman, Tsur 1997")
 def _conviction(c: Counts) -> Values:
     return np.where(c.a == c.u, np.inf, c.a * (c.n - c.s) / (c.n * (c.a - c.u)))
@@ -253,7 +253,7 @@ def _max_confidence(c: Counts) -> Values:
 
 
 @_measure("odds_ratio", "P(AS) P(not A, not S) / (P(A, not S) P(not A, S))",
-          "0 to infinite, 1 without dependence", "Tan, Kumar, Srivastava 2004")
+          "0 to infinity, 1 if independent", "Tan, Kumar, Srivastava 2004")
 def _odds_ratio(c: Counts) -> Values:
     return c.u * (c.n - c.a - c.s + c.u) / ((c.a - c.u) * (c.s - c.u))
 
@@ -345,24 +345,24 @@ def _laplace(c: Counts) -> Values:
     return (c.u + 1) / (c.a + 2)
 
 
-@_measure("sebag", "P(AS) / P(A, not S)", "0 to infinite", "Sebag, Schoenauer 1988")
+@_measure("sebag", "P(AS) / P(A, not S)", "0 to infinity", "Sebag, Schoenauer 1988")
 def _sebag(c: Counts) -> Values:
     return c.u / (c.a - c.u)
 
 
-@_measure("least_contradiction", "(P(AS) - P(A, not S)) / P(S)", "-infinite to 1",
+@_measure("least_contradiction", "(P(AS) - P(A, not S)) / P(S)", "-infinity to 1",
           "Aze, Kodratoff 2002")
 def _least_contradiction(c: Counts) -> Values:
     return (2 * c.u - c.a) / c.s
 
 
-@_measure("example_rate", "1 - P(A, not S) / P(AS)", "-infinite to 1",
+@_measure("example_rate", "1 - P(A, not S) / P(AS)", "-infinity to 1",
           "Vaillant, Lenca, Lallich 2004")
 def _example_rate(c: Counts) -> Values:
     return 1 - (c.a - c.u) / c.u
 
 
-@_measure("relative_risk", "P(S|A) / P(S|not A)", "0 to infinite, 1 without dependence",
+@_measure("relative_risk", "P(S|A) / P(S|not A)", "0 to infinity, 1 if independent",
           "Ali, Manganaris, Srikant 1997")
 def _relative_risk(c: Counts) -> Values:
     return (c.u / c.a) / ((c.s - c.u) / (c.n - c.a))
@@ -370,14 +370,14 @@ def _relative_risk(c: Counts) -> Values:
 
 @_measure("collective_strength",
           "(P(AS) + P(not A, not S)) / E * (1 - E) / (1 - P(AS) - P(not A, not S)), E as for kappa",
-          "0 to infinite, 1 without dependence", "Aggarwal, Yu 1998")
+          "0 to infinity, 1 if independent", "Aggarwal, Yu 1998")
 def _collective_strength(c: Counts) -> Values:
     agree = (c.n - c.a - c.s + 2 * c.u) / c.n
     by_chance = (c.a * c.s + (c.n - c.a) * (c.n - c.s)) / c.n**2
     return agree / by_chance * (1 - by_chance) / (1 - agree)
 
 
-@_measure("certainty_odds", "P(AS) / P(not A, S)", "0 to infinite", "the odds of A within S")
+@_measure("certainty_odds", "P(AS) / P(not A, S)", "0 to infinity", "the odds of A within S")
 def _certainty_odds(c: Counts) -> Values:
     return c.u / (c.s - c.u)
 
@@ -394,7 +394,7 @@ def _ordered_confidence(c: Counts) -> Values:
     return _share(c.ordered, c.a)
 
 
-@_measure("ordered_lift", "n count / (a s)", "0 to infinite", "the lift of the count in order")
+@_measure("ordered_lift", "n count / (a s)", "0 to infinity", "the lift of the count in order")
 def _ordered_lift(c: Counts) -> Values:
     assert c.ordered is not None
     return c.n * c.ordered / (c.a * c.s)

@@ -262,7 +262,7 @@ class Mined:
             When the histories have no times.
         """
         if not self._run.has_times:
-            raise DataError("nothing follows anything here: these histories have no times")
+            raise DataError("these histories have no times, so nothing follows anything")
         watch = _engine.Watch()
         columns = _engine.lags(
             self._found, self._places, self._run.options.window, self._threads(threads), watch,
@@ -335,7 +335,7 @@ class Mined:
         `permutations` times as long as counting the rules.
         """
         if not self._run.has_times:
-            raise DataError("nothing follows anything here: these histories have no times")
+            raise DataError("these histories have no times, so nothing follows anything")
         permutations, seed = draws(permutations, seed)
         watch = _engine.Watch(progress_of(progress))
         columns = _engine.test_order(
@@ -372,7 +372,7 @@ class Mined:
         columns = histories._columns
         scale = columns.scale
         if not self._run.has_times or scale.type is None:
-            raise DataError("match needs times on both sides")
+            raise DataError("match needs histories with times, both mined and given")
         window = scale.window(self._run.window)
         instant = scale.last if now is None else scale.encode(now)
         ranks = pa.compute.index_in(columns.item_names, self._names)

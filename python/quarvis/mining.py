@@ -208,7 +208,9 @@ def _histories_of(
 ) -> Histories:
     if isinstance(data, Histories):
         if entity is not None or time is not None or items is not None:
-            raise DataError("entity, time and items name columns of a frame; data has histories")
+            raise DataError(
+                "entity, time and items name columns of a frame, but data is a Histories"
+            )
         return data
     if items is None:
         raise DataError("items=... must name the column of the items")
@@ -219,7 +221,7 @@ def _max_size(max_items: int | None) -> int:
     if max_items is None:
         return 0
     size = whole_number("max_items", max_items, 2,
-                        "give a whole number from 2 on, since a rule has two items at least")
+                        "give a whole number from 2 on, since a rule has at least two items")
     return min(size, 2**32 - 1)
 
 
@@ -272,7 +274,7 @@ def exceeded(bound: str, at: str, levels: Sequence[int], advised: int) -> Budget
             f"at most half have a count of {advised}: try min_count={advised}, or max_items=2"
         )
     else:
-        came = "the search had not begun: allow for more time"
+        came = "the search had not begun: allow more time"
     return BudgetExceeded(
         f"the budget of {bound} is exceeded at {at}; {came}",
         tuple(levels), advised if levels else None,

@@ -65,8 +65,8 @@ def read(
     if ending in (".json", ".jsonl", ".ndjson"):
         return read_json(path, **arguments, **options)
     raise DataError(
-        f"the ending of {os.fspath(path)!r} tells no format: name the file .parquet, .arrow, .csv, "
-        ".tsv or .jsonl, or use the function of its format"
+        f"the ending of {os.fspath(path)!r} is unknown: name the file .parquet, .arrow, .csv, "
+        ".tsv or .jsonl, or use the function for its format"
     )
 
 
@@ -144,7 +144,7 @@ def read_csv(
     )
     reading = pyarrow.csv.ReadOptions(encoding=encoding or _encoding_of(path))
     parse = pyarrow.csv.ParseOptions(delimiter=delimiter, newlines_in_values=True)
-    with (_naming(name, "if it is no UTF-8, give its encoding=..., such as 'latin-1'"),
+    with (_naming(name, "if it is not UTF-8, give its encoding=..., such as 'latin-1'"),
           pa.input_stream(name, compression="detect") as stream):
         table = pyarrow.csv.read_csv(stream, reading, parse, convert)
     _require_several_cells(name, table.column_names, delimiter)

@@ -197,7 +197,7 @@ def _words(noun: str, nouns: str | None, verb: str) -> Words:
 
 def _check_unit(unit: Unit | None, dates: bool) -> None:
     if unit is not None and unit not in _UNITS:
-        raise DataError(f"unit={unit!r} is none of {', '.join(_UNITS)}")
+        raise DataError(f"unit={unit!r}: give one of {', '.join(_UNITS)}")
     if dates and unit is None:
         raise DataError("dates=True needs the unit that times count in: give unit")
 
@@ -228,7 +228,7 @@ def _notes(table: PageRules) -> tuple[str, ...]:
     if not table.approximate:
         return ()
     return (
-        "The file has measures of six digits, which leave several numbers of histories possible; "
+        "The file has measures with six digits, so several numbers of histories are possible; "
         "the page shows one of them.",
     )
 
@@ -248,7 +248,7 @@ def _from_table(name: str) -> PageRules:
     table = pyarrow.parquet.read_table(name)
     lacking = [column for column in needed if column not in table.column_names]
     if lacking:
-        raise DataError(f"{name} has no rules of quarvis: it lacks the column {lacking[0]!r}")
+        raise DataError(f"{name} is not a file of rules: it lacks the column {lacking[0]!r}")
     builder = RulesBuilder()
     sides = {}
     for column in ("antecedents", "consequents"):
@@ -316,8 +316,8 @@ def _prove(table: PageRules, histories: Histories, window: int) -> None:
     """
     if len(histories) != table.total and not table.approximate and len(table):
         raise DataError(
-            f"the rules are of {table.total:,} histories, but these are "
-            f"{len(histories):,}: give those that the rules were mined from"
+            f"the rules come from {table.total:,} histories, but there are {len(histories):,}: "
+            "give the histories that the rules were mined from"
         )
     if table.count is None or not len(table):
         return
@@ -340,9 +340,9 @@ def _prove(table: PageRules, histories: Histories, window: int) -> None:
         if found != table.count[rule]:
             text = " => ".join(", ".join(side) for side in sides)
             raise DataError(
-                f"{text} counts in {int(table.count[rule]):,} histories by the rules, but in "
-                f"{found:,} by the histories and a window of {window:,} units: give the "
-                "window of the run"
+                f"{text} counts in {int(table.count[rule]):,} histories according to the rules, "
+                f"but in {found:,} with these histories and a window of {window:,} units: give "
+                "the window of the run"
             )
 
 

@@ -91,11 +91,11 @@ def write_transactions(histories: Histories, path: PathLike) -> str:
         if pc.any(bad).as_py():
             name = names.filter(bad)[0].as_py()
             raise DataError(
-                f"the {role} {name!r} cannot stand in a transaction file: it begins with a quote, "
-                "or has a tab or a line end"
+                f"a transaction file cannot hold the {role} {name!r}: it begins with a quote, or "
+                "has a tab or a line end"
             )
     if scale.last > 2**32 - 1:
-        raise DataError(f"the times span more than numbers of 32 bits can tell, in {scale.unit}")
+        raise DataError(f"the times, in {scale.unit}, span more than 32 bits can hold")
     fits = scale.step == 1 and scale.origin >= 0 and scale.origin + scale.last < 2**32
     times = columns.times.astype(np.uint64) + np.uint64(scale.origin if fits else 0)
     names = pa.concat_arrays([columns.item_names, pa.nulls(1, pa.large_string())])
@@ -152,7 +152,7 @@ def require_format(path: PathLike, formats: Sequence[str]) -> None:
     """Raise `DataError` for a name whose ending is not in `formats`."""
     if Path(path).suffix.lower() not in formats:
         raise DataError(
-            f"the ending of {os.fspath(path)!r} tells no format: name the file "
+            f"the ending of {os.fspath(path)!r} is unknown: name the file "
             f"{', '.join(formats[:-1])} or {formats[-1]}"
         )
 

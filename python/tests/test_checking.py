@@ -39,35 +39,37 @@ def test_nothing_is_found_in_a_clean_file(tmp_path):
         (CLEAN + "w\t2020-03-01\ta\n", [
             "4:2: the time '2020-03-01' is a date and reads as 2020: write the times as numbers "
             "(quarvis prepare)"]),
-        (CLEAN + "w\t12x\ta\n", ["4:2: the time '12x' is no plain number: it reads as 12"]),
-        (CLEAN + "w\t-1\ta\n", ["4:2: the time '-1' is no plain number: it reads as 4294967295"]),
-        (CLEAN + "w\tnoon\ta\n", ["4:2: the time 'noon' is no plain number: it reads as 0"]),
+        (CLEAN + "w\t12x\ta\n", ["4:2: the time '12x' is not a plain number and reads as 12"]),
+        (CLEAN + "w\t-1\ta\n", [
+            "4:2: the time '-1' is not a plain number and reads as 4294967295"]),
+        (CLEAN + "w\tnoon\ta\n", ["4:2: the time 'noon' is not a plain number and reads as 0"]),
         (CLEAN + "w\t4294967296\ta\n", [
-            "4:2: the time '4294967296' is too great, for numbers of 32 bits: divide it"]),
+            "4:2: the time '4294967296' does not fit in 32 bits: divide it"]),
         (CLEAN + "w\t1583020800000\ta\n", [
-            "4:2: the time '1583020800000' is too great, as milliseconds are, for numbers of 32 "
-            "bits: divide it"]),
+            "4:2: the time '1583020800000' does not fit in 32 bits, like most milliseconds: divide "
+            "it"]),
         (CLEAN + "w\t4294967295\ta\n", []),
         (CLEAN + "w\t3\ta\r\n", [
             "4:3: the line ends in CR LF: the carriage return joins it to the next one"]),
         (CLEAN + 'w\t3\t"a\nx\t4\tb\ny\t5\tc"\n', [
-            "4:3: a quote opens a cell that goes on to line 6: what is between is no row"]),
+            "4:3: a quote opens a cell that continues to line 6: the lines between are not read as "
+            "rows"]),
         (CLEAN + 'w\t3\tb\t"a\n', [
-            "4:4: a quote opens a cell that goes on to the end of the file: what is between is no "
-            "row"]),
+            "4:4: a quote opens a cell that continues to the end of the file: the lines between "
+            "are not read as rows"]),
         (CLEAN + 'w\t3\t"a"\n', []),
         (CLEAN.encode() + b"w\t3\ta\xff\n", [
             "4:3: the byte 0xFF breaks its cell; UTF-8 never has it"]),
-        (CLEAN + "who\twhen\twhat\n", ["4:1: the header comes again: it reads as a row"]),
-        ("u\t1\ta\nv\t2\tb\n", ["1:2: the first line is taken for a header and lost, but has the "
-                                "time '1'"]),
+        (CLEAN + "who\twhen\twhat\n", ["4:1: the header is repeated and reads as a row"]),
+        ("u\t1\ta\nv\t2\tb\n", ["1:2: the first line has the time '1', but is read as a header and "
+                                "lost"]),
         (CLEAN + "\n", ["4:1: the last line is empty: it reads as an entity without a name"]),
         (CLEAN + "w\t3\ta,b\tx => y\t{z}\n", [
             "4:3: the item 'a,b' has a comma, which the tool's files do not quote",
             "4:4: the item 'x => y' has \" => \", which the tool's files do not quote",
             "4:5: the item '{z}' has a brace, which the tool's files do not quote"]),
         (CLEAN + "w\t3\ta \n", [
-            "4:3: the item 'a ' has blanks at an end, which make it another item"]),
+            "4:3: the item 'a ' has blanks at an end, which make it a different item"]),
         (CLEAN.encode("utf-8-sig"), ["1:1: a byte-order mark of UTF-8 begins the header"]),
     ],
 )
@@ -120,7 +122,7 @@ def test_shop_export_with_every_trouble(tmp_path):
         quarvis.read_csv(path, **roles)
     histories = quarvis.read_csv(path, **roles, missing="drop", where=pc.field("Quantity") > 0)
     assert (histories.report().dropped, histories.report().left_out) == ({"Customer": 15}, 1)
-    assert "\nleft out      1 rows that where=... does not choose\n" in f"{histories.report()}\n"
+    assert "\nleft out      1 rows that where=... excludes\n" in f"{histories.report()}\n"
     rules = quarvis.mine(histories, min_count=2, window="2d").to_arrow()
     assert rules.select(["antecedents", "consequents", "count"]).to_pylist() == [
         {"antecedents": ["bread"], "consequents": ["butter"], "count": 2}

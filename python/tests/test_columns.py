@@ -161,7 +161,7 @@ def test_names_that_differ_in_case_or_blanks_only_warn():
     with pytest.warns(quarvis.QuarvisWarning) as warned:
         quarvis.Histories(table, entity="who", time="when", items="what")
     assert [str(w.message) for w in warned] == [
-        "1 item names differ from others in case or blanks only: 'Red  bag' and 'red bag '"
+        "1 item names differ from others only in case or blanks: 'Red  bag' and 'red bag '"
     ]
     assert warned[0].filename == __file__
 
@@ -174,7 +174,7 @@ def test_entities_with_one_time_only_warn(once, warns, recwarn):
     })
     quarvis.Histories(table, entity="who", time="when", items="what")
     assert [str(w.message) for w in recwarn] == warns * [
-        "1 of 3 entities have one time only, so nothing can follow anything there: is the entity "
+        "1 of 3 entities have only one time, so nothing can follow anything there: is the entity "
         "the right column?"
     ]
 
@@ -187,7 +187,7 @@ def test_entities_with_one_time_only_warn(once, warns, recwarn):
         ({"min_count": 2**32}, "min_count=4294967296: there cannot be as many histories"),
         ({"min_count": 1, "antecedents": "x*"}, "antecedents='x*' matches no item"),
         ({"min_count": 1, "entity": "who"},
-         "entity, time and items name columns of a frame; data has histories"),
+         "entity, time and items name columns of a frame, but data is a Histories"),
     ],
 )
 def test_arguments_that_are_refused(shop, arguments, message):

@@ -48,7 +48,7 @@ def test_prepare_writes_what_the_tool_reads(csv_file, tmp_path, tool):
 
 def test_check_has_a_status(csv_file):
     done = run("check", csv_file, status=1)
-    assert "dates: the tool reads their year alone" in done.stdout
+    assert "dates: the tool reads only their year" in done.stdout
 
 
 @pytest.mark.parametrize("ending", ["parquet", "arrow", "csv", "json", "jsonl", "tsv"])
@@ -101,7 +101,7 @@ def test_files_are_not_replaced_without_force(csv_file, tmp_path):
     rules = tmp_path / "rules.parquet"
     rules.write_text("precious")
     done = run("mine", csv_file, rules, *ROLES, "-c", "2", status=1)
-    assert done.stderr == f"Error: {rules} is there already: --force replaces it\n"
+    assert done.stderr == f"Error: {rules} already exists: --force replaces it\n"
     assert rules.read_text() == "precious"
     run("mine", csv_file, rules, *ROLES, "-c", "2", "--force")
     assert pyarrow.parquet.read_table(rules).num_rows == 1
@@ -112,7 +112,7 @@ def test_files_are_not_replaced_without_force(csv_file, tmp_path):
     [
         (["check", "none.csv"], 1, "Error: none.csv: No such file or directory\n"),
         (["mine", "{csv}", "r.xyz", *ROLES, "-c", "2"], 1,
-         "Error: the ending of 'r.xyz' tells no format: name the file .parquet, .arrow, .csv, "
+         "Error: the ending of 'r.xyz' is unknown: name the file .parquet, .arrow, .csv, "
          ".json, .jsonl or .tsv\n"),
         (["mine", "{csv}", "r.csv", "--entity", "Who", "--items", "product", "-c", "2"], 1,
          "Error: there is no column 'Who'; the columns are 'who', 'day', 'product'\n"),
@@ -122,12 +122,12 @@ def test_files_are_not_replaced_without_force(csv_file, tmp_path):
         (["mine", "{csv}", "missing/r.csv", *ROLES, "-c", "2"], 1,
          "Error: missing/r.csv: there is no folder missing\n"),
         (["mine", "{csv}", "r.csv", "--item-sets", "s", *ROLES, "-c", "2"], 1,
-         "Error: the ending of 's' tells no format: name the file .parquet, .arrow, .csv, .json, "
+         "Error: the ending of 's' is unknown: name the file .parquet, .arrow, .csv, .json, "
          ".jsonl or .tsv\n"),
         (["plot", "{csv}", "p.gif", *ROLES, "-c", "2"], 1,
-         "Error: the ending of 'p.gif' tells no format: name the file .svg, .png or .html\n"),
+         "Error: the ending of 'p.gif' is unknown: name the file .svg, .png or .html\n"),
         (["explain", "{csv}", "jam => tea", *ROLES, "-o", "why.tsv"], 1,
-         "Error: the ending of 'why.tsv' tells no format: name the file .parquet, .arrow, .csv, "
+         "Error: the ending of 'why.tsv' is unknown: name the file .parquet, .arrow, .csv, "
          ".json or .jsonl\n"),
         (["rank", "{csv}"], 1,
          "Error: {csv} has no columns antecedents and consequents: is it a rules file?\n"),

@@ -220,7 +220,7 @@ def test_rows_of_frames_are_rules(shop, library):
 @pytest.mark.parametrize(
     ("rule", "message"),
     [
-        (3, "3 is no rule: give a pair of item lists, or a row of a frame of rules"),
+        (3, "3 is not a rule: give a pair of item lists, or a row of a frame of rules"),
         ((["bread"], []), "a rule has items on both sides"),
         ((["bread"], ["bread"]), "an item comes twice in the rule"),
         ((["bread"], ["cake"]), "no history has the item 'cake'"),

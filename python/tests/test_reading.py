@@ -130,7 +130,7 @@ def test_broken_text_is_named(tmp_path):
 def test_ending_that_tells_no_format(tmp_path):
     path = tmp_path / "shop.xz"
     path.write_bytes(lzma.compress(b""))
-    with pytest.raises(quarvis.DataError, match="tells no format"):
+    with pytest.raises(quarvis.DataError, match="the ending of .* is unknown"):
         quarvis.read(path, **ROLES)
 
 
@@ -171,7 +171,7 @@ def test_transaction_files_read_as_the_tool_reads(head, body, window, tool, tmp_
     ("name", "content", "begin", "end"),
     [
         ("f.csv", "who,when,what\nu,1,\u00e4\n".encode("latin-1"), "",
-         "; if it is no UTF-8, give its encoding=..., such as 'latin-1'"),
+         "; if it is not UTF-8, give its encoding=..., such as 'latin-1'"),
         ("f.csv", b"who;when;what\nu;1;a\n",
          "the header is one cell, 'who;when;what': give delimiter=';'", ""),
         ("f.tsv", b"who,when,what\nu,1,a\n",

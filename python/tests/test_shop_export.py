@@ -87,7 +87,7 @@ def test_export_gives_rules_of_clean_table(export, tool, tmp_path, written):
     assert report.rows == rows - cancelled - report.dropped["CustomerID"]
     assert report.unit == "seconds"
     assert f"{report.dropped['CustomerID']:,} rows without 'CustomerID'" in str(report)
-    assert f"{cancelled:,} rows that where=... does not choose" in str(report)
+    assert f"{cancelled:,} rows that where=... excludes" in str(report)
 
 
 def _cancelled_guests(path):
@@ -105,7 +105,7 @@ def test_check_names_each_trouble(export):
     told = str(findings)
     for words in (
         f"{rows + 1:,} lines end in CR LF",
-        "cells are quoted, which the tool does not undo",
+        "cells are quoted: the tool does not undo doubled quotes",
         f"column 'CustomerID' is empty in {guests:,} of {rows:,} rows",
         f"column 'InvoiceDate' has {rows:,} dates",
         f"column 'Quantity' is negative in {cancelled:,} rows",

@@ -79,10 +79,10 @@ def test_day_of_changing_clocks_has_its_true_length():
     [
         (30, "window=30, but the times are dates: give a length of time such as '30d' or a "
              "timedelta"),
-        ("30 days", "window='30 days' is no length of time: write a number and one of w, d, h, "
+        ("30 days", "window='30 days' is not a length of time: write a number and one of w, d, h, "
                     "min, s, ms, us, ns, such as '30d' or '36h'"),
-        ("", "window='' is no length of time: write a number and one of w, d, h, min, s, ms, us, "
-             "ns, such as '30d' or '36h'"),
+        ("", "window='' is not a length of time: write a number and one of w, d, h, min, s, ms, "
+             "us, ns, such as '30d' or '36h'"),
         ("12h", "window='12h' is shorter than a unit of the times (days), so nothing could lie "
                 "within it: give a longer one, or None for the whole past"),
         (datetime.timedelta(-1), "window=datetime.timedelta(days=-1) is negative"),

@@ -122,7 +122,7 @@ def test_measures_that_do_not_fit_are_refused(shop_files):
 @pytest.mark.parametrize(("text", "message"), [
     ("", "its first line is not"),
     ("Count\tItem Set\n", "its first line is not"),
-    (SHOP_RULES + "tea => milk\t1\n", "line 3 is no rule with eight numbers"),
+    (SHOP_RULES + "tea => milk\t1\n", "line 3 is not a rule and eight numbers"),
     (SHOP_RULES.replace(" => ", " "), "line 2 has no ' => '"),
 ])
 def test_what_is_no_rules_file_is_refused(text, message, tmp_path):
@@ -183,7 +183,7 @@ def test_histories_go_into_the_page(shop_files):
 
 
 @pytest.mark.parametrize(("window", "message"), [
-    (9, "counts in 2 histories by the rules, but in 3 by the histories"),
+    (9, "counts in 2 histories according to the rules, but in 3 with these histories"),
     ("unknown", "histories need the window of the run"),
 ])
 def test_histories_of_another_run_are_refused(window, message, shop_files):

@@ -153,8 +153,8 @@ def test_time_ends_a_run(spark, least, given):
             budget=quarvis.Budget(seconds=0.01),
         )
     assert str(error.value) == (
-        f"the budget of 0.01 seconds is exceeded at {given}; the search had not begun: allow for "
-        "more time"
+        f"the budget of 0.01 seconds is exceeded at {given}; the search had not begun: allow more "
+        "time"
     )
     assert (error.value.item_sets, error.value.min_count) == ((), None)
 

@@ -66,14 +66,14 @@ def read_item_sets(path: str | os.PathLike[str]) -> ItemSets:
     name = os.fspath(path)
     lines = _text(name).split("\n")
     if lines[0] != _SET_HEADER:
-        raise DataError(f"{name} is no item-set file of the tool: its first line is not "
+        raise DataError(f"{name} is not an item-set file of the tool: its first line is not "
                         f"{_SET_HEADER!r}")
     single: dict[str, int] = {}
     others: list[tuple[str, int]] = []
     size = 0
     for number, line, text, count in _set_rows(lines):
         if text is None:
-            raise DataError(f"{name}: line {number} is no count and set: {line!r}")
+            raise DataError(f"{name}: line {number} is not a count and a set: {line!r}")
         size += 1
         if "," in text:
             others.append((text, count))
@@ -116,7 +116,9 @@ def _rows(name: str) -> Iterator[tuple[int, str, list[float]]]:
     """Yield line number, rule and numbers; the rule may contain tabs and line ends."""
     lines = _text(name).split("\n")
     if lines[0] != _HEADER:
-        raise DataError(f"{name} is no rules file of the tool: its first line is not {_HEADER!r}")
+        raise DataError(
+            f"{name} is not a rules file of the tool: its first line is not {_HEADER!r}"
+        )
     waiting = ""
     begin = 0
     for number, line in enumerate(lines[1:], 2):
@@ -129,7 +131,9 @@ def _rows(name: str) -> Iterator[tuple[int, str, list[float]]]:
         elif waiting or line:
             waiting += line + "\n"
     if waiting.strip("\n"):
-        raise DataError(f"{name}: line {begin} is no rule with eight numbers, tabs between")
+        raise DataError(
+            f"{name}: line {begin} is not a rule and eight numbers, separated by tabs"
+        )
 
 
 def _sides(name: str, line: int, text: str, known: frozenset[str]) -> tuple[Side, Side]:
@@ -157,7 +161,7 @@ def _build(
     if counts.wrong is not None:
         raise DataError(
             f"{name}: the measures in line {lines[counts.wrong]} do not fit together; were numbers "
-            "changed, or rules of several runs put together?"
+            "changed, or rules of several runs combined?"
         )
     return builder.build(
         total=counts.total,

@@ -22,11 +22,11 @@ _FORCE = click.option("-f", "--force", is_flag=True, help="Replace files that ar
 @click.group(context_settings={"help_option_names": ["-h", "--help"], "max_content_width": 100})
 @click.version_option(quarvis.__version__, prog_name="quarvis")
 def cli() -> None:
-    """Mine association rules of histories: what newly follows what, within a window of time.
+    """Mine association rules from histories: what newly follows what, within a window of time.
 
-    Inputs are Parquet, Arrow, CSV, TSV and JSON lines, compressed ones too, with the columns named;
-    or, without --items, transaction files of quarvis-rules. Outputs have the format of their
-    ending.
+    Inputs are Parquet, Arrow, CSV, TSV and JSON lines, possibly compressed, whose columns are named
+    by options; or, without --items, transaction files of quarvis-rules. The ending of an output's
+    name tells its format.
     """
 
 
@@ -47,7 +47,7 @@ def prepare(input: Path, output: Path, force: bool, **options: Any) -> None:
 @_INPUT
 @click.pass_context
 def check(context: click.Context, input: Path) -> None:
-    """Tell what quarvis-rules would read in INPUT otherwise than meant; status 1 for anything."""
+    """Report what in INPUT quarvis-rules would not read as intended; status 1 if anything."""
     findings = quarvis.check(input)
     click.echo(findings)
     context.exit(1 if findings else 0)
@@ -56,7 +56,7 @@ def check(context: click.Context, input: Path) -> None:
 @cli.command()
 @_INPUT
 @_OUTPUT
-@click.option("--item-sets", type=click.Path(path_type=Path), help="Where the item sets go.")
+@click.option("--item-sets", type=click.Path(path_type=Path), help="File for the item sets.")
 @frame.data_options
 @frame.mining_options
 @_FORCE
@@ -65,8 +65,8 @@ def mine(
 ) -> None:
     """Mine INPUT and write the rules to OUTPUT.
 
-    Its ending tells the format: .parquet, .arrow, .csv, .json, .jsonl, or .tsv for that of
-    quarvis-rules.
+    The ending of OUTPUT tells its format: .parquet, .arrow, .csv, .json, .jsonl, or .tsv for the
+    rules file of quarvis-rules.
     """
     frame.check_output(output, force, frame.RULE_FORMATS)
     frame.check_output(item_sets, force, frame.RULE_FORMATS)
@@ -96,7 +96,7 @@ def rank(rules: Path, by: str, top: int, ascending: bool) -> None:
 @click.argument("rule")
 @click.option("-w", "--window", help="Length of time such as 30d, or a number.")
 @click.option("-o", "--output", type=click.Path(path_type=Path),
-              help="Where a row for each history goes.")
+              help="File for a row for each history.")
 @frame.data_options
 @_FORCE
 def explain(
@@ -149,20 +149,20 @@ def plot(
 @cli.command()
 @click.argument("rules", type=click.Path(path_type=Path, dir_okay=False))
 @click.option("-o", "--output", type=click.Path(path_type=Path), required=True,
-              help="Where the page goes.")
+              help="File for the page.")
 @click.option("--item-sets", type=click.Path(path_type=Path, dir_okay=False),
-              help="The item-set file of quarvis-rules; tells names with commas.")
+              help="The item-set file of quarvis-rules; makes names with commas unambiguous.")
 @click.option("--histories", type=click.Path(path_type=Path, dir_okay=False),
-              help="What the rules were mined from; for lags and examples. Needs --window.")
-@click.option("-w", "--window", help="Window of the run: such as 30d, or a number; 0 for none.")
+              help="The input of the run; for lags and examples. Needs --window.")
+@click.option("-w", "--window", help="Window of the run, such as 30d, or a number; 0 for none.")
 @click.option("--unit", type=click.Choice(["days", "hours", "minutes", "seconds", "milliseconds"]),
               help="Unit of times that are numbers.")
-@click.option("--dates", is_flag=True, help="Such times count from 1970 on; needs --unit.")
+@click.option("--dates", is_flag=True, help="Numeric times count from 1970; needs --unit.")
 @click.option("--title", help="Title of the page.")
-@click.option("--noun", default="history", help="Whose histories, such as \"customer\";")
-@click.option("--nouns", help="several of them;")
+@click.option("--noun", default="history", help="Word for one entity, such as \"customer\".")
+@click.option("--nouns", help="Word for several entities.")
 @click.option("--verb", default="had", show_default=True,
-              help="what they did with items, such as \"bought\".")
+              help="What entities did with items, such as \"bought\".")
 @click.option("--no-names", is_flag=True, help="Number the entities instead of naming them.")
 @frame.data_options
 @_FORCE
@@ -177,7 +177,7 @@ def view(
     if histories is not None:
         arguments["histories"] = frame.read_input(histories, options)
     elif options["items"]:
-        raise click.UsageError("--items tells of --histories, which are missing")
+        raise click.UsageError("--items needs --histories, whose columns it names")
     if window is not None:
         arguments["window"] = (int(window) or None) if window.isdecimal() else window
     quarvis.view(rules, names=not no_names, **arguments).save(output, force=True)
@@ -187,7 +187,9 @@ def _sides(rule: str) -> tuple[list[str], list[str]]:
     """Return the sides of a rule in the tool's notation; braces hold items between commas."""
     left, arrow, right = rule.partition(" => ")
     if not arrow:
-        raise click.UsageError(f"{rule!r} is no rule: write 'bread => butter' or '{{a,b}} => c'")
+        raise click.UsageError(
+            f"{rule!r} is not a rule: write 'bread => butter' or '{{a,b}} => c'"
+        )
 
     def items(side: str) -> list[str]:
         braced = side.startswith("{") and side.endswith("}")

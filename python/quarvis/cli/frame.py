@@ -83,7 +83,7 @@ def check_output(path: Path | None, force: bool, formats: Sequence[str] = ()) ->
     if formats:
         require_format(path, formats)
     if path.is_file() and not force:
-        raise click.ClickException(f"{path} is there already: --force replaces it")
+        raise click.ClickException(f"{path} already exists: --force replaces it")
     if not path.parent.is_dir():
         raise click.ClickException(f"{path}: there is no folder {path.parent}")
 
@@ -102,14 +102,14 @@ def data_options(command: Command) -> Command:
         click.option("--entity", metavar="COLUMN", help="Column of the entities."),
         click.option("--time", metavar="COLUMN", help="Column of the times."),
         click.option("--items", metavar="COLUMN", multiple=True,
-                     help="Column of the items; several become items \"column=value\"."),
+                     help="Column of the items; several columns give items \"column=value\"."),
         click.option("--drop-missing", is_flag=True,
                      help="Leave out rows that lack an entity, a time or an item."),
         click.option("--where", metavar="COND", multiple=True,
-                     help="Read only rows that pass, such as \"Quantity>0\"; "
-                     "text stands in quotes."),
-        click.option("--delimiter", metavar="SIGN", help="What separates cells of text."),
-        click.option("--time-format", metavar="FORMAT", help="How times are written (strptime)."),
+                     help="Read only rows that meet this condition, such as \"Quantity>0\"; "
+                     "text may be in quotes."),
+        click.option("--delimiter", metavar="SIGN", help="Character between cells of text."),
+        click.option("--time-format", metavar="FORMAT", help="Format of times (strptime)."),
     )):
         command = option(command)
     return command
@@ -119,26 +119,26 @@ def mining_options(command: Command) -> Command:
     """Add the options of a run."""
     for option in reversed((
         click.option("-c", "--min-count", type=click.IntRange(1),
-                     help="Least number of histories of an item set and of a rule."),
+                     help="Least count of an item set and of a rule, in histories."),
         click.option("-s", "--min-support", type=click.FloatRange(0, 1),
-                     help="The same as a share of the histories."),
+                     help="The same as a share of all histories."),
         click.option("-w", "--window", help="Length of time such as 30d, or a number."),
-        click.option("--max-items", type=click.IntRange(2), help="Most items of a rule."),
+        click.option("--max-items", type=click.IntRange(2), help="Greatest number of items."),
         click.option("--min-confidence", type=float, default=0.0, help="Least confidence."),
         click.option("--min-lift", type=float, default=0.0, help="Least lift."),
         click.option("--max-conviction", type=float, default=math.inf,
                      help="Greatest conviction."),
         click.option("--splits", type=click.Choice(["all", "runs"]), default="all",
-                     show_default=True, help="Which rules are proposed of a set."),
+                     show_default=True, help="Which rules are proposed from a set."),
         click.option("--antecedents", metavar="PATTERN", multiple=True,
-                     help="What the items of the left side match."),
+                     help="Pattern for the items of the left side."),
         click.option("--consequents", metavar="PATTERN", multiple=True,
-                     help="What the items of the right side match."),
-        click.option("--threads", type=click.IntRange(1), help="Threads that share the run."),
+                     help="Pattern for the items of the right side."),
+        click.option("--threads", type=click.IntRange(1), help="Number of threads."),
         click.option("--budget-seconds", type=click.FloatRange(0, min_open=True),
-                     help="What the run may take in time,"),
-        click.option("--budget-sets", type=click.IntRange(1), help="in item sets,"),
-        click.option("--budget-bytes", type=click.IntRange(1), help="and in memory."),
+                     help="Limit of the run's time, in seconds."),
+        click.option("--budget-sets", type=click.IntRange(1), help="Limit of item sets."),
+        click.option("--budget-bytes", type=click.IntRange(1), help="Limit of memory, in bytes."),
     )):
         command = option(command)
     return command
@@ -207,6 +207,6 @@ def _value(text: str) -> float | str | datetime.date:
         try:
             return datetime.date.fromisoformat(text)
         except ValueError:
-            raise click.UsageError(f"--where: {text} is no date") from None
+            raise click.UsageError(f"--where: {text} is not a date") from None
     is_quoted = len(text) > 1 and text[0] == text[-1] and text[0] in "\"'"
     return text[1:-1] if is_quoted else text

@@ -45,7 +45,7 @@ def read_rules(path: Path) -> pa.Table:
     elif ending == ".json":
         table = pa.Table.from_pylist(json.loads(path.read_text()))
     else:
-        raise DataError(f"the ending of {str(path)!r} tells no format of rules")
+        raise DataError(f"the ending of {str(path)!r} is not that of a file of rules")
     if "antecedents" not in table.column_names or "consequents" not in table.column_names:
         raise DataError(f"{path} has no columns antecedents and consequents: is it a rules file?")
     rules = [

@@ -75,7 +75,7 @@ def count_sets(name: str, offsets: Any, ranks: Any) -> _work.Work:
 def explain(setup: Setup, rule: Any) -> Explanation:
     """Explain a rule, whether it was found or not."""
     if not setup.has_times:
-        raise DataError("nothing follows anything here: these histories have no times")
+        raise DataError("these histories have no times, so nothing follows anything")
     sides = sides_of(rule)
     shards, names = _shards_with(setup, [item for side in sides for item in side])
     ranks = [np.array([names[item] for item in side], np.uint32) for side in sides]
@@ -188,7 +188,7 @@ def test_order(
 ) -> pa.Table:
     """Permute the times and count again in the cluster; return a table with a row per rule."""
     if not setup.has_times:
-        raise DataError("nothing follows anything here: these histories have no times")
+        raise DataError("these histories have no times, so nothing follows anything")
     permutations, seed = draws(permutations, seed)
     masks = None if setup.sides is None else setup.sides.masks()
     order = Order(setup.jobs, setup.shards, run, masks, permutations + 1, seed, progress)

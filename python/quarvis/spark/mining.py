@@ -290,7 +290,7 @@ def _tell_of_single_times(shards: Shards, scale: TimeScale) -> None:
     once = shards.histories - shards.with_times
     if scale.type is not None and shards.histories > 0 and once * 3 >= shards.histories:
         warn(
-            f"{once:,} of {shards.histories:,} entities have one time only, so nothing can follow "
+            f"{once:,} of {shards.histories:,} entities have only one time, so nothing can follow "
             "anything there: is the entity the right column?"
         )
 
