@@ -63,7 +63,8 @@ class ItemSet {
     /// Compares item by item up to the first difference, and returns what `std::string::compare`
     /// gives for the two items there. Returns -1 when `rhs` is a proper prefix of this set. Returns
     /// 0 for equal sets, but also when this set is a proper prefix of `rhs`; so a result of 0 does
-    /// not mean equality. A negative result is reliable: `a != b` means `a < b` or `b < a`.
+    /// not mean equality. But a negative result is reliable: for two different sets a and b,
+    /// exactly one of `a < b` and `b < a` holds.
     int cmp(const ItemSet& rhs) const noexcept;
 
     /// A strict total order: lexicographic by bytes, but a set comes before its own prefixes.

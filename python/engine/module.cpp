@@ -101,23 +101,23 @@ void addInput(nb::module_& module) {
                     counts.push_back(index.count(Rank{rank}));
                 return arrayOf(std::move(counts));
             },
-            "By rank: the histories that the item is in.");
+            "The number of histories that hold each item, by rank.");
     nb::class_<Rows>(module, "Rows", "Rows as columns of codes.")
         .def(nb::init<Column<std::uint32_t>, TimeColumn, Column<std::uint32_t>, std::size_t,
                       const Column<std::int64_t>&, const Column<std::uint8_t>&>(),
              nb::arg("entities"), nb::arg("times"), nb::arg("items"), nb::arg("histories"),
              nb::arg("name_offsets"), nb::arg("name_bytes"))
         .def("index", &Rows::index, nb::arg("min_count"), nb::arg("watch"),
-             "The index of the items that are in this many histories or more.")
+             "The index of the items that are in at least this many histories.")
         .def("shard", &Rows::shard, "A shard of all items.");
     module.attr("NO_ITEM") = static_cast<std::uint32_t>(quarvis::mining::NO_ITEM);
     module.def("read_transactions", &readTransactions, nb::arg("path"),
-               "The columns of a transaction file, read by the rules of the tool.");
+               "The columns of a transaction file, read as the tool does.");
 }
 
 void addRuns(nb::module_& module) {
     nb::enum_<Splits>(module, "Splits").value("RUNS", Splits::RUNS).value("ALL", Splits::ALL);
-    nb::class_<MiningOptions>(module, "Options", "The settings of a run; 0 is no bound.")
+    nb::class_<MiningOptions>(module, "Options", "The settings of a run; 0 means no bound.")
         .def(nb::init<>())
         .def_rw("min_count", &MiningOptions::minCount)
         .def_rw("max_size", &MiningOptions::maxSize)
@@ -131,7 +131,7 @@ void addRuns(nb::module_& module) {
                 options.thresholds = {support, confidence, lift, conviction};
             },
             nb::arg("support"), nb::arg("confidence"), nb::arg("lift"), nb::arg("conviction"));
-    nb::class_<Found>(module, "Found", "What a run found, as ranks of its index.")
+    nb::class_<Found>(module, "Found", "The result of a run, as ranks of its index.")
         .def_prop_ro("index", [](const Found& found) { return found.index; })
         .def_prop_ro("rule_count", [](const Found& found) { return found.rules.size(); })
         .def("rules", &ruleColumns, nb::arg("watch"), "The rules as columns.")
@@ -140,7 +140,7 @@ void addRuns(nb::module_& module) {
         .def("item_sets", &itemSetColumns, nb::arg("keep").none(), nb::arg("watch"),
              "The item sets as columns.")
         .def("extensions", &itemSetExtensions, nb::arg("watch"),
-             "By set: whether it is not closed, not maximal.")
+             "Whether each set is not closed, and not maximal.")
         .def(
             "with_basket_rules",
             [](const Found& found, std::size_t histories, Splits splits, double confidence,
@@ -149,8 +149,7 @@ void addRuns(nb::module_& module) {
                                        watch);
             },
             nb::arg("histories"), nb::arg("splits"), nb::arg("confidence"), nb::arg("lift"),
-            nb::arg("conviction"), nb::arg("watch"),
-            "The same sets with the rules that need no times.")
+            nb::arg("conviction"), nb::arg("watch"), "The same sets with rules that ignore times.")
         .def(
             "with_sides",
             [](const Found& found, const IndexPointer& all, const Column<std::uint8_t>& left,
@@ -172,7 +171,7 @@ void addRuns(nb::module_& module) {
             },
             nb::arg("left"), nb::arg("right"), nb::arg("antecedents"), nb::arg("consequents"),
             nb::arg("histories"), nb::arg("confidence"), nb::arg("lift"), nb::arg("conviction"),
-            nb::arg("watch"), "The same, with counts of sides that are known.")
+            nb::arg("watch"), "The same, with known counts of sides.")
         .def("write", &writeFile, nb::arg("path"), nb::arg("rules"), nb::arg("keep").none(),
              "Writes the rules file or the item-set file of the tool.");
     module.def("mine", &mine, nb::arg("index"), nb::arg("options"), nb::arg("watch"));
@@ -182,14 +181,14 @@ void addRuns(nb::module_& module) {
 
 void addQuestions(nb::module_& module) {
     module.def("explain", &explain, nb::arg("index"), nb::arg("antecedent"), nb::arg("subsequent"),
-               nb::arg("window"), "How each history with all items counts for a rule.");
+               nb::arg("window"), "Whether a rule counts, for each history with all its items.");
     module.def("lags", &lags, nb::arg("found"), nb::arg("places"), nb::arg("window"),
                nb::arg("threads"), nb::arg("watch"), "The lags and reverse counts of rules.");
     module.def("redundant", &redundant, nb::arg("found"), nb::arg("places"), nb::arg("values"),
-               nb::arg("watch"), "By rule: whether a more general one is at least as good.");
+               nb::arg("watch"), "Whether a more general rule is at least as good.");
     module.def("match", &match, nb::arg("found"), nb::arg("places"), nb::arg("histories"),
                nb::arg("times"), nb::arg("ranks"), nb::arg("now"), nb::arg("window"),
-               nb::arg("watch"), "Which rules are met in which histories at a time.");
+               nb::arg("watch"), "The rules that match histories at a time.");
     module.def("test_order", &testOrder, nb::arg("found"), nb::arg("options"),
                nb::arg("permutations"), nb::arg("seed"), nb::arg("threads"), nb::arg("watch"),
                "How far the counts stand out from those of permuted times.");

@@ -183,7 +183,7 @@ Pair sidesOf(const LevelRun& run, std::size_t size, const nb::bytes& bytes) {
 }  // namespace
 
 void addShards(nb::module_& module) {
-    nb::class_<LevelRun>(module, "LevelRun", "What a run over shards knows, level by level.")
+    nb::class_<LevelRun>(module, "LevelRun", "The state of a run over shards, level by level.")
         .def(
             "__init__",
             [](LevelRun* run, const Column<std::uint32_t>& counts, const MiningOptions& options) {
@@ -230,8 +230,8 @@ void addShards(nb::module_& module) {
              "The sides of rules of a size, as two lists of ranks.")
         .def("found", &foundOf, nb::arg("items"), nb::arg("histories"), nb::arg("first") = 0,
              nb::arg("most") = static_cast<std::size_t>(-1),
-             "What was found, among so many histories, or of the rules some.");
-    nb::class_<ShardWork>(module, "ShardWork", "Counts on one shard what a run asks for.")
+             "The result among so many histories, with all or some of the rules.");
+    nb::class_<ShardWork>(module, "ShardWork", "Counts candidates and rules of a run on one shard.")
         .def(nb::init<IndexPointer, std::shared_ptr<const LevelRun>>(), nb::arg("shard"),
              nb::arg("run"))
         .def("count_candidates", &ShardWork::countCandidates, nb::arg("block"), nb::arg("sums"),
@@ -242,7 +242,7 @@ void addShards(nb::module_& module) {
         .def("add", &TallySum::add, nb::arg("tallies"))
         .def("to_bytes", &TallySum::bytes);
     module.def("frequent_tallies", &frequentTallies, nb::arg("tallies"), nb::arg("least"),
-               "The tallies of rules that are met so often.");
+               "The tallies of rules that are met often enough.");
     module.def("shard", &shardOf, nb::arg("bytes"), "A shard from its bytes.");
     module.def(
         "shard_bytes",
@@ -266,12 +266,12 @@ void addShards(nb::module_& module) {
         nb::arg("shard"), nb::arg("run"), nb::arg("seed"), nb::arg("first"),
         "The shard with times permuted, its histories numbered from the first on.");
     module.def("items", &itemIndex, nb::arg("name_offsets"), nb::arg("name_bytes"),
-               nb::arg("counts"), nb::arg("min_count"), "Items without histories.");
+               nb::arg("counts"), nb::arg("min_count"), "An index of items without histories.");
     module.def("count_rules", &countRules, nb::arg("shard"), nb::arg("window"),
                nb::arg("left_offsets"), nb::arg("left"), nb::arg("right_offsets"), nb::arg("right"),
-               "In how many histories rules count.");
+               "The number of histories in which each rule counts.");
     module.def("count_sets", &countSets, nb::arg("shard"), nb::arg("offsets"), nb::arg("ranks"),
-               "In how many histories sets are.");
+               "The number of histories that hold each set.");
 }
 
 }  // namespace binding

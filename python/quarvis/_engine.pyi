@@ -49,7 +49,7 @@ class Index:
         """The names by rank, as offsets and bytes."""
 
     def counts(self) -> Annotated[NDArray[numpy.uint32], dict(shape=(None,))]:
-        """By rank: the histories that the item is in."""
+        """The number of histories that hold each item, by rank."""
 
 class Rows:
     """Rows as columns of codes."""
@@ -57,7 +57,7 @@ class Rows:
     def __init__(self, entities: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], times: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)] | Annotated[NDArray[numpy.uint64], dict(shape=(None,), order='C', device='cpu', writable=False)], items: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: int, name_offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], name_bytes: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> None: ...
 
     def index(self, min_count: int, watch: Watch) -> Index:
-        """The index of the items that are in this many histories or more."""
+        """The index of the items that are in at least this many histories."""
 
     def shard(self) -> Index:
         """A shard of all items."""
@@ -65,7 +65,7 @@ class Rows:
 NO_ITEM: int = 4294967295
 
 def read_transactions(path: str) -> dict[str, Any]:
-    """The columns of a transaction file, read by the rules of the tool."""
+    """The columns of a transaction file, read as the tool does."""
 
 class Splits(enum.Enum):
     RUNS = 0
@@ -73,7 +73,7 @@ class Splits(enum.Enum):
     ALL = 1
 
 class Options:
-    """The settings of a run; 0 is no bound."""
+    """The settings of a run; 0 means no bound."""
 
     def __init__(self) -> None: ...
 
@@ -110,7 +110,7 @@ class Options:
     def set_thresholds(self, support: float, confidence: float, lift: float, conviction: float) -> None: ...
 
 class Found:
-    """What a run found, as ranks of its index."""
+    """The result of a run, as ranks of its index."""
 
     @property
     def index(self) -> Index: ...
@@ -131,16 +131,16 @@ class Found:
         """The item sets as columns."""
 
     def extensions(self, watch: Watch) -> dict[str, Any]:
-        """By set: whether it is not closed, not maximal."""
+        """Whether each set is not closed, and not maximal."""
 
     def with_basket_rules(self, histories: int, splits: Splits, confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
-        """The same sets with the rules that need no times."""
+        """The same sets with rules that ignore times."""
 
     def with_sides(self, all: Index, left: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], right: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
         """The rules with certain items on a side."""
 
     def with_counted_sides(self, left: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], right: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], antecedents: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], consequents: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: int, confidence: float, lift: float, conviction: float, watch: Watch) -> Found:
-        """The same, with counts of sides that are known."""
+        """The same, with known counts of sides."""
 
     def write(self, path: str, rules: bool, keep: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)] | None) -> None:
         """Writes the rules file or the item-set file of the tool."""
@@ -150,16 +150,16 @@ def mine(index: Index, options: Options, watch: Watch) -> Found: ...
 def mine_item_sets(index: Index, options: Options, watch: Watch) -> Found: ...
 
 def explain(index: Index, antecedent: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], subsequent: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], window: int) -> dict[str, Any]:
-    """How each history with all items counts for a rule."""
+    """Whether a rule counts, for each history with all its items."""
 
 def lags(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], window: int, threads: int, watch: Watch) -> dict[str, Any]:
     """The lags and reverse counts of rules."""
 
 def redundant(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], values: Annotated[NDArray[numpy.float64], dict(shape=(None,), order='C', device='cpu', writable=False)], watch: Watch) -> Annotated[NDArray[numpy.uint8], dict(shape=(None,))]:
-    """By rule: whether a more general one is at least as good."""
+    """Whether a more general rule is at least as good."""
 
 def match(found: Found, places: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], histories: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], times: Annotated[NDArray[numpy.uint64], dict(shape=(None,), order='C', device='cpu', writable=False)], ranks: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], now: int, window: int, watch: Watch) -> dict[str, Any]:
-    """Which rules are met in which histories at a time."""
+    """The rules that match histories at a time."""
 
 def test_order(found: Found, options: Options, permutations: int, seed: int, threads: int, watch: Watch) -> dict[str, Any]:
     """How far the counts stand out from those of permuted times."""
@@ -168,7 +168,7 @@ def fisher(n: float, a: Annotated[NDArray[numpy.float64], dict(shape=(None,), or
     """Tails of hypergeometric distributions."""
 
 class LevelRun:
-    """What a run over shards knows, level by level."""
+    """The state of a run over shards, level by level."""
 
     def __init__(self, counts: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], options: Options) -> None: ...
 
@@ -228,10 +228,10 @@ class LevelRun:
         """The sides of rules of a size, as two lists of ranks."""
 
     def found(self, items: Index, histories: int, first: int = 0, most: int = 18446744073709551615) -> Found:
-        """What was found, among so many histories, or of the rules some."""
+        """The result among so many histories, with all or some of the rules."""
 
 class ShardWork:
-    """Counts on one shard what a run asks for."""
+    """Counts candidates and rules of a run on one shard."""
 
     def __init__(self, shard: Index, run: LevelRun) -> None: ...
 
@@ -250,7 +250,7 @@ class TallySum:
     def to_bytes(self) -> bytes: ...
 
 def frequent_tallies(tallies: bytes, least: int) -> bytes:
-    """The tallies of rules that are met so often."""
+    """The tallies of rules that are met often enough."""
 
 def shard(bytes: bytes) -> Index:
     """A shard from its bytes."""
@@ -263,10 +263,10 @@ def shuffled_shard(shard: Index, run: LevelRun, seed: int, first: int) -> Index:
     """
 
 def items(name_offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], name_bytes: Annotated[NDArray[numpy.uint8], dict(shape=(None,), order='C', device='cpu', writable=False)], counts: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], min_count: int) -> Index:
-    """Items without histories."""
+    """An index of items without histories."""
 
 def count_rules(shard: Index, window: int, left_offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], left: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)], right_offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], right: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> Annotated[NDArray[numpy.uint32], dict(shape=(None,))]:
-    """In how many histories rules count."""
+    """The number of histories in which each rule counts."""
 
 def count_sets(shard: Index, offsets: Annotated[NDArray[numpy.int64], dict(shape=(None,), order='C', device='cpu', writable=False)], ranks: Annotated[NDArray[numpy.uint32], dict(shape=(None,), order='C', device='cpu', writable=False)]) -> Annotated[NDArray[numpy.uint32], dict(shape=(None,))]:
-    """In how many histories sets are."""
+    """The number of histories that hold each set."""

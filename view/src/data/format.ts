@@ -33,7 +33,7 @@ export interface TimeScale {
   unit: string;
 }
 
-/** The object as it is in the page. */
+/** The JSON object in the page. */
 export interface PageObject {
   format: number;
   title: string;
