@@ -10,33 +10,34 @@
 #include "tasks.hpp"
 
 /// \file
-/// Turns the trie of the walk, in which a set hangs below its first items in the order of the walk,
-/// into the trie of the result, in which it hangs below its least ranks.
+/// Turns the trie of the walk into the trie of the result. In the walk, a set hangs below its first
+/// items in walk order; in the result, below its least ranks.
 ///
-/// Let X be a frequent set, g its greatest item by rank, and l the item that the walk added last,
-/// so that X = P + l. In the result X hangs below X - g. If l is g, that is P. Otherwise g is in P;
-/// P hangs below Q = P - g, and X - g = Q + l is one of the extensions of Q in the walk, since
-/// every part of a frequent set is frequent. So a search among these extensions finds the prefix of
-/// X from that of P, and no set is ever written out. The sets of a size are then put into order by
-/// counting: by their greatest items first, and then by the places of their prefixes.
+/// Let X be a frequent set, l the item that the walk added last, so that X = P + l, and g the item
+/// of X with the greatest rank. In the result X hangs below X - g. If g is l, that is P. Otherwise
+/// P hangs below Q = P - g, and X - g = Q + l is an extension of Q in the walk, since every part of
+/// a frequent set is frequent. So one binary search among the extensions of Q finds the prefix of
+/// X, and no set is ever written out. Counting sorts then put each level into order: by greatest
+/// item first, and by the place of the prefix after that.
 ///
-/// The sets with the same least item, their root, are a range of each level of the result. Threads
-/// work on ranges of roots, and need not wait for each other between the levels.
+/// The least item of a set is its root. The sets of a root are contiguous in each level of the
+/// result, so each thread places the sets of a range of roots, and threads need not wait for each
+/// other between levels.
 ///
-/// The time is linear in the number of sets, but for the searches.
+/// Takes linear time apart from the searches.
 namespace quarvis::mining {
 
 namespace {
 
-/// A level of fewer sets is ranked by one thread: to begin others takes as long.
+/// One thread ranks a level of fewer sets, since starting others would take as long.
 constexpr std::size_t RANKED_ALONE = 1 << 14;
 
-/// A position in the first level of the result: the items by ascending rank.
+/// A place in the first level of the result, where the items are in the order of their ranks.
 using ItemPlace = std::uint32_t;
 
 using Places = LargeVector<std::uint32_t>;
 
-/// Gives an array its size a piece at a time, since the first touch of its memory takes long.
+/// Resizes an array piece by piece, since the first touch of its memory takes long.
 template <class Array>
 void setSize(Array& array, std::size_t size, Step& step) {
     array.reserve(size);
@@ -76,7 +77,7 @@ class Ranking {
                 [](std::size_t) {});
         workOnParts(m_threads, m_step, [this](std::size_t part) {
             for (std::size_t level = 0; level < m_levels.size(); ++level) {
-                // A single thread takes the room that earlier levels gave back.
+                // A single thread reuses the memory of earlier levels.
                 if (m_threads == 1)
                     m_makeRoom(level);
                 m_place(level, part);
@@ -94,19 +95,19 @@ class Ranking {
     }
 
   private:
-    /// What is known of a level of the walk. The array of the parents of its sets is used again:
-    /// first for the prefixes in the result, by their places in the walk; then for the places of
-    /// these in the result; at last for the places of the sets themselves.
+    /// What is known of a level of the walk. The level's column of parents is reused: first for the
+    /// prefixes in the result, by their places in the walk; then for the places of the prefixes in
+    /// the result; finally for the places of the sets themselves.
     struct Ranked {
         LargeVector<ItemPlace> greatest;
-        LargeVector<ItemPlace> root;     // empty where one thread does it all
-        std::vector<std::size_t> begin;  // by part: its first place in the result; and an end
+        LargeVector<ItemPlace> root;     // empty if there is only one thread
+        std::vector<std::size_t> begin;  // by part: its first place in the result; then an end
         Level made;
     };
 
     ItemPlace m_placeOf(WalkItem item) const { return m_itemPlaces[at(item)]; }
 
-    /// Finds prefix, greatest item and root of all sets of a level.
+    /// Finds the prefix, the greatest item and the root of each set of a level.
     void m_rank(std::size_t level) {
         const std::size_t size = m_found[level].size();
         m_levels[level].greatest.resize(size);
@@ -173,7 +174,7 @@ class Ranking {
         }
     }
 
-    /// Cuts the roots into a range for each part, with about as many sets.
+    /// Cuts the roots into a range for each part, with about equally many sets.
     void m_cut() {
         m_firstRoot.assign(m_threads + 1, static_cast<ItemPlace>(m_ranks.size()));
         m_firstRoot.front() = 0;
@@ -196,12 +197,12 @@ class Ranking {
         }
     }
 
-    /// Whether a root is of a part. One comparison, as a lesser root wraps around.
+    /// Whether a root belongs to a part. One comparison suffices, since a lesser root wraps around.
     bool m_isIn(ItemPlace root, std::size_t part) const {
         return root - m_firstRoot[part] < m_firstRoot[part + 1] - m_firstRoot[part];
     }
 
-    /// Makes room for a level of the result, and finds where in it each part begins.
+    /// Makes room for a level of the result, and finds where each part begins in it.
     void m_makeRoom(std::size_t level) {
         Ranked& ranked = m_levels[level];
         const std::size_t size = ranked.greatest.size();
@@ -218,7 +219,7 @@ class Ranking {
         ranked.begin[m_threads - 1] = sets;
     }
 
-    /// Puts the sets of a part of a level into their places. The level below is done.
+    /// Puts the sets of a part of a level into their places. The level below must be done.
     void m_place(std::size_t level, std::size_t part) {
         Ranked& ranked = m_levels[level];
         const LargeVector<std::uint32_t> sets = m_sortedByGreatest(level, part);
@@ -249,7 +250,7 @@ class Ranking {
         }
     }
 
-    /// Gives back what is not needed any more when all parts of a level are in their places.
+    /// Frees what is no longer needed when all parts of a level are in their places.
     void m_giveBack(std::size_t level) {
         LargeVector<ItemPlace>().swap(m_levels[level].greatest);
         LargeVector<ItemPlace>().swap(m_levels[level].root);
@@ -307,7 +308,7 @@ class Ranking {
     Places m_itemPlaces;        // by walk item
     std::vector<Ranked> m_levels;
     std::vector<std::atomic<unsigned>> m_placedParts;  // by level
-    std::vector<ItemPlace> m_firstRoot;                // by part, and an end
+    std::vector<ItemPlace> m_firstRoot;                // by part; then an end
 };
 
 }  // namespace
