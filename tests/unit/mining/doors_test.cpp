@@ -3,14 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <limits>
 #include <optional>
 #include <ostream>
-#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -30,6 +25,7 @@
 #include "oracle/transaction_file.hpp"
 #include "support/conversion.hpp"
 #include "support/engine.hpp"
+#include "support/real_histories.hpp"
 #include "support/sanitized.hpp"
 
 /// There are several ways to bring a table into the engine and to run it there. Each of these doors
@@ -370,50 +366,21 @@ INSTANTIATE_TEST_SUITE_P(Shapes, LargeTablesOfShape, testing::ValuesIn(largeTabl
                              return series.param.shape.name;
                          });
 
-/// Real histories, from the folder that the environment variable QUARVIS_DATA names. They are too
-/// large to be part of this project.
 struct RealRun {
     std::string name;
     std::string file;
-    std::size_t histories;  ///< How many of the file, from the first on, or ALL.
+    std::size_t histories;  ///< How many of the file, from the first on.
     Settings settings;
 };
-
-constexpr std::size_t ALL = std::numeric_limits<std::size_t>::max();
 
 std::ostream& operator<<(std::ostream& os, const RealRun& run) {
     return os << run.file << " with " << run.settings;
 }
 
-/// The header of a transaction file and the rows of its first `number` entities.
-std::string rowsOf(std::istream& file, std::size_t number) {
-    std::set<std::string> entities;
-    std::string rows;
-    std::string row;
-    std::getline(file, row);
-    rows += row + '\n';
-    while (std::getline(file, row)) {
-        const std::string entity = row.substr(0, row.find('\t'));
-        if (entities.size() < number)
-            entities.insert(entity);
-        if (entities.contains(entity))
-            rows += row + '\n';
-    }
-    return rows;
-}
-
 class RealHistories : public testing::TestWithParam<RealRun> {};
 
 TEST_P(RealHistories, AreMinedAsByTheOracle) {
-    const char* const folder = std::getenv("QUARVIS_DATA");
-    if (folder == nullptr)
-        GTEST_SKIP() << "QUARVIS_DATA names no folder.";
-    std::ifstream file(std::filesystem::path(folder) / GetParam().file);
-    if (!file.is_open())
-        GTEST_SKIP() << "There is no " << GetParam().file << " in " << folder << '.';
-    std::istringstream rows(rowsOf(file, GetParam().histories));
-    rule::TransactionSet txns;
-    txns.readInto(rows, '\t');
+    const rule::TransactionSet txns = support::realHistories(GetParam().file, GetParam().histories);
     EXPECT_TRUE(agree(GetParam().settings, support::tableOf(txns)));
 }
 
@@ -429,19 +396,24 @@ Settings settings(std::uint32_t minCount, std::uint32_t maxOrder, std::uint64_t 
 
 constexpr std::uint64_t DAY = std::uint64_t{24} * 60 * 60;
 
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RealHistories);
 INSTANTIATE_TEST_SUITE_P(
     Runs, RealHistories,
-    testing::Values(RealRun{"Fines", "log_traffic_fines.tsv", ALL, settings(20, 0, 0, true)},
-                    RealRun{"FinesWithin90Days", "log_traffic_fines.tsv", ALL,
-                            settings(100, 0, 90 * DAY)},
-                    RealRun{"Patients", "synthea27.tsv", ALL, settings(10, 1, 0)},
-                    RealRun{"PatientsWithinTenYears", "synthea27.tsv", ALL, settings(8, 1, 3650)},
-                    RealRun{"PatientsTriples", "synthea27.tsv", ALL, settings(23, 2, 0, true)},
-                    RealRun{"Invoices", "online_retail.tsv", 40, settings(6, 0, 0)},
-                    RealRun{"InvoiceLines", "online_retail_lines.tsv", 40, settings(7, 0, 0)},
-                    RealRun{"Households", "completejourney_types.tsv", 150, settings(25, 0, 0)},
-                    RealRun{"HouseholdsWithin28Days", "completejourney_types.tsv", 60,
-                            settings(10, 0, 28 * DAY, true)}),
+    testing::ValuesIn(support::possibleRuns<RealRun>(
+        {RealRun{"Fines", "log_traffic_fines.tsv", support::ALL_HISTORIES,
+                 settings(20, 0, 0, true)},
+         RealRun{"FinesWithin90Days", "log_traffic_fines.tsv", support::ALL_HISTORIES,
+                 settings(100, 0, 90 * DAY)},
+         RealRun{"Patients", "synthea27.tsv", support::ALL_HISTORIES, settings(10, 1, 0)},
+         RealRun{"PatientsWithinTenYears", "synthea27.tsv", support::ALL_HISTORIES,
+                 settings(8, 1, 3650)},
+         RealRun{"PatientsTriples", "synthea27.tsv", support::ALL_HISTORIES,
+                 settings(23, 2, 0, true)},
+         RealRun{"Invoices", "online_retail.tsv", 40, settings(6, 0, 0)},
+         RealRun{"InvoiceLines", "online_retail_lines.tsv", 40, settings(7, 0, 0)},
+         RealRun{"Households", "completejourney_types.tsv", 150, settings(25, 0, 0)},
+         RealRun{"HouseholdsWithin28Days", "completejourney_types.tsv", 60,
+                 settings(10, 0, 28 * DAY, true)}})),
     [](const testing::TestParamInfo<RealRun>& run) { return run.param.name; });
 
 }  // namespace

@@ -3,12 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <limits>
-#include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,6 +16,7 @@
 #include "oracle/settings.hpp"
 #include "oracle/table.hpp"
 #include "support/conversion.hpp"
+#include "support/real_histories.hpp"
 #include "support/sanitized.hpp"
 
 namespace {
@@ -234,8 +229,6 @@ TEST(Orders, FarBeyondTheLargestSetAreReportedAsInThePlainForm) {
     EXPECT_TRUE(agree(settings, tableOf({"1:a 2:b,c", "1:c 2:a"})));
 }
 
-/// A run on real histories, from the folder that the environment variable QUARVIS_DATA names. The
-/// files are too large to be part of this project.
 struct RealRun {
     std::string file;
     std::size_t histories;  ///< How many of the file's first histories to use, or ALL.
@@ -244,43 +237,16 @@ struct RealRun {
     std::uint32_t windowSize;
 };
 
-constexpr std::size_t ALL = std::numeric_limits<std::size_t>::max();
-
 std::ostream& operator<<(std::ostream& os, const RealRun& run) {
     return os << run.file << " -c " << run.minCount << " -o " << run.maxOrder << " -w "
               << run.windowSize;
-}
-
-/// The header of a transaction file and the rows of its first `number` entities.
-std::string rowsOf(std::istream& file, std::size_t number) {
-    std::set<std::string> entities;
-    std::string rows;
-    std::string row;
-    std::getline(file, row);
-    rows += row + '\n';
-    while (std::getline(file, row)) {
-        const std::string entity = row.substr(0, row.find('\t'));
-        if (entities.size() < number)
-            entities.insert(entity);
-        if (entities.contains(entity))
-            rows += row + '\n';
-    }
-    return rows;
 }
 
 class RealHistories : public testing::TestWithParam<RealRun> {};
 
 TEST_P(RealHistories, AreMinedAsInThePlainForm) {
     const RealRun& run = GetParam();
-    const char* const folder = std::getenv("QUARVIS_DATA");
-    if (folder == nullptr)
-        GTEST_SKIP() << "QUARVIS_DATA names no folder.";
-    std::ifstream file(std::filesystem::path(folder) / run.file);
-    if (!file.is_open())
-        GTEST_SKIP() << "There is no " << run.file << " in " << folder << '.';
-    std::istringstream rows(rowsOf(file, run.histories));
-    quarvis::rule::TransactionSet txns;
-    txns.readInto(rows, '\t');
+    const quarvis::rule::TransactionSet txns = support::realHistories(run.file, run.histories);
 
     Settings settings;
     settings.minCount = run.minCount;
@@ -294,16 +260,17 @@ TEST_P(RealHistories, AreMinedAsInThePlainForm) {
 
 constexpr std::uint32_t DAY = 24 * 60 * 60;
 
-INSTANTIATE_TEST_SUITE_P(Runs, RealHistories,
-                         testing::Values(RealRun{"log_traffic_fines.tsv", ALL, 20, 0, 0},
-                                         RealRun{"log_traffic_fines.tsv", ALL, 100, 0, 90 * DAY},
-                                         RealRun{"synthea27.tsv", ALL, 10, 1, 0},
-                                         RealRun{"synthea27.tsv", ALL, 8, 1, 3650},
-                                         RealRun{"synthea27.tsv", ALL, 23, 2, 0},
-                                         RealRun{"online_retail.tsv", 40, 6, 0, 0},
-                                         RealRun{"online_retail_lines.tsv", 40, 7, 0, 0},
-                                         RealRun{"completejourney_types.tsv", 150, 25, 0, 0},
-                                         RealRun{"completejourney_types.tsv", 60, 10, 0,
-                                                 28 * DAY}));
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RealHistories);
+INSTANTIATE_TEST_SUITE_P(
+    Runs, RealHistories,
+    testing::ValuesIn(support::possibleRuns<RealRun>(
+        {RealRun{"log_traffic_fines.tsv", support::ALL_HISTORIES, 20, 0, 0},
+         RealRun{"log_traffic_fines.tsv", support::ALL_HISTORIES, 100, 0, 90 * DAY},
+         RealRun{"synthea27.tsv", support::ALL_HISTORIES, 10, 1, 0},
+         RealRun{"synthea27.tsv", support::ALL_HISTORIES, 8, 1, 3650},
+         RealRun{"synthea27.tsv", support::ALL_HISTORIES, 23, 2, 0},
+         RealRun{"online_retail.tsv", 40, 6, 0, 0}, RealRun{"online_retail_lines.tsv", 40, 7, 0, 0},
+         RealRun{"completejourney_types.tsv", 150, 25, 0, 0},
+         RealRun{"completejourney_types.tsv", 60, 10, 0, 28 * DAY}})));
 
 }  // namespace
