@@ -10,7 +10,7 @@ import zlib
 import numpy as np
 import pyarrow.parquet
 import pytest
-from conftest import ROOT, SHOP
+from conftest import SHOP
 
 import quarvis
 from quarvis._view._counts import Written, recover
@@ -289,17 +289,3 @@ def test_the_command_makes_the_page(shop_files, tmp_path):
     assert told.splitlines()[-1] == (
         "Error: histories need the window of the run: give window, None for none"
     )
-
-
-@pytest.mark.skipif(not (ROOT / "README.md").is_file(), reason="the wheel comes without the pages")
-def test_the_page_of_the_readme_has_its_rules(tmp_path):
-    text = (ROOT / "README.md").read_text()
-    commands = re.search(
-        r"^    quarvis mine .*\n(?:    .*\n)*?    quarvis view .*\n(?:    .*\n)*", text, re.M
-    )
-    assert commands
-    script = commands[0].replace("rules.", f"{tmp_path}/rules.")
-    command = f"{sys.executable} -m quarvis.cli"
-    script = re.sub(r"^ *quarvis ", f"{command} ", script, flags=re.M)
-    subprocess.run(["bash", "-ec", script], check=True, cwd=ROOT, timeout=120)
-    assert "bag customers" in (tmp_path / "rules.html").read_text()

@@ -1,7 +1,7 @@
 import { expect, test } from "@playwright/test";
 import { open, panel, rules, rulesOf } from "./opened";
 
-test("a rule is told in plain words, as the README tells it", async ({ page }) => {
+test("a rule is told in plain words, as the manual tells it", async ({ page }) => {
   await open(page, "one");
   await rules(page).getByRole("row").nth(1).click();
   const words = panel(page);

@@ -1,6 +1,6 @@
 import type { Column, PageData } from "../../src/data/format";
 
-/** The shop of the README: eight histories, whose entities are the names. */
+/** The shop of examples/shop.tsv: eight histories, whose entities are the names. */
 export const SHOP: [string, number, string[]][] = [
   ["ann", 1, ["bread"]],
   ["ann", 3, ["butter"]],
