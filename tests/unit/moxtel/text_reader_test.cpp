@@ -352,6 +352,29 @@ TEST(BlockRead, CountsNothingWhenTheDeviceFails) {
     EXPECT_EQ(reader.col(), 0U);
 }
 
+// Runs of plain characters.
+
+TEST(ReadUntil, GivesThePeekedCharacterWhereTheStreamHasMovedSince) {
+    std::istringstream in("abcdef,g");
+    TextReader reader(in, TextStream::NL_DEFAULT);
+    EXPECT_EQ(reader.peek(), 'a');
+    in.seekg(4);
+    int end = 0;
+    EXPECT_EQ(reader.readUntil(',', end), "aef");
+    EXPECT_EQ(end, ',');
+    EXPECT_EQ(reader.col(), 3U);
+}
+
+TEST(ReadUntil, GivesThePeekedCharacterOnceWhereTheStreamStandsBehindIt) {
+    std::istringstream in("abc,d");
+    TextReader reader(in, TextStream::NL_DEFAULT);
+    EXPECT_EQ(reader.peek(), 'a');
+    int end = 0;
+    EXPECT_EQ(reader.readUntil(',', end), "abc");
+    EXPECT_EQ(end, ',');
+    EXPECT_EQ(reader.col(), 3U);
+}
+
 // What is at hand.
 
 TEST(AtHand, IsWhatWasPeekedAtAndTheRestOfTheBuffer) {
