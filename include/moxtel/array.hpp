@@ -15,21 +15,24 @@
 namespace moxtel::mem {
 
 /// A shared buffer of elements whose number is fixed when it is made; one word. Copies of the
-/// handle share the elements (`clone` copies them); the last owner destroys the elements in
-/// ascending order and gives the buffer back. No operation checks an index unless it says so;
-/// offsets and counts of the copying operations are cut to what lies in bounds.
+/// handle share the elements (`clone` copies them). The last owner destroys the elements in
+/// ascending order and gives the buffer back. A handle is a range of its elements, in contiguous
+/// memory. No operation checks an index unless it says so. The copying operations cut their offsets
+/// and counts to what lies in bounds.
 ///
-/// Making, copying and releasing a handle looks it up in the registry of managed memory; reaching
-/// an element does not.
+/// Making, copying and releasing a handle looks it up in the registry of managed memory. Moving a
+/// handle or reaching an element does not. A handle that was moved from has no buffer. Handles
+/// belong to one thread (see `memory.hpp`).
 template <class T>
 class Array {
   public:
     /// No buffer; size 0.
     Array() = default;
 
-    /// `n` value-initialised elements in memory of `allocator`, shared under `policy` (null: the
-    /// defaults). Throws `std::bad_alloc` when the memory is not to be had, and what an element's
-    /// constructor throws, the elements made before it destroyed in reverse order.
+    /// `n` value-initialised elements in memory of `allocator`, shared under `policy`. Null stands
+    /// for the default of either; both must outlive the buffer. Throws `std::bad_alloc` when there
+    /// is no memory. Where an element's constructor throws, the elements made before it are
+    /// destroyed in reverse order and the exception is passed on.
     explicit Array(std::size_t n, const Allocator* allocator = nullptr,
                    const Policy* policy = nullptr)
         : m_buf(s_allocate(n, allocator, policy)) {
@@ -38,10 +41,13 @@ class Array {
 
     /// Shares the elements of `other`.
     Array(const Array& other) : m_buf(other.m_buf) { mem::acquire(m_buf); }
+
+    /// Takes over the share of `other`.
+    Array(Array&& other) noexcept : m_buf(std::exchange(other.m_buf, nullptr)) {}
     ~Array() { s_releaseArray(m_buf); }
 
-    /// Takes a share of the elements of `other`, once, and then gives up that of those held before.
-    /// Does nothing when both hold the same.
+    /// Takes a share of the elements of `other`, once, and then gives up the share held before.
+    /// Does nothing when both hold the same buffer.
     Array& operator=(const Array& other) {
         if (m_buf != other.m_buf) {
             Array taken(other);
@@ -50,8 +56,15 @@ class Array {
         return *this;
     }
 
-    /// The number of elements, kept beside them.
-    std::size_t size() const { return m_buf == nullptr ? 0 : m_buf->len; }
+    /// Takes over the share of `other`, and then gives up the share held before.
+    Array& operator=(Array&& other) noexcept {
+        Array taken(std::move(other));
+        swap(taken);
+        return *this;
+    }
+
+    /// The number of elements; 0 without a buffer.
+    std::size_t size() const noexcept { return m_buf == nullptr ? 0 : m_buf->len; }
 
     /// @{
     /// The element at index `i`, the same one for all handles on the buffer.
@@ -61,20 +74,20 @@ class Array {
 
     /// @{
     /// The first element's address; null without a buffer.
-    T* pointer() { return m_data(); }
-    const T* pointer() const { return m_data(); }
-    T* begin() { return m_data(); }
-    const T* begin() const { return m_data(); }
+    T* pointer() noexcept { return m_data(); }
+    const T* pointer() const noexcept { return m_data(); }
+    T* begin() noexcept { return m_data(); }
+    const T* begin() const noexcept { return m_data(); }
     /// @}
 
     /// @{
     /// The address after the last element; null without a buffer.
-    T* end() { return m_data() + size(); }
-    const T* end() const { return m_data() + size(); }
+    T* end() noexcept { return m_data() + size(); }
+    const T* end() const noexcept { return m_data() + size(); }
     /// @}
 
-    /// Elements from index `i` to the end; 0 past it.
-    std::size_t elementsLeft(std::size_t i) const { return i < size() ? size() - i : 0; }
+    /// The number of elements from index `i` to the end; 0 past it.
+    std::size_t elementsLeft(std::size_t i) const noexcept { return i < size() ? size() - i : 0; }
 
     /// @{
     /// Exchanges the buffers of two handles, without a lookup, or two elements.
@@ -89,8 +102,8 @@ class Array {
     /// @}
 
     /// @{
-    /// A buffer of its own with copies of the elements, or of `count` of them from `start`, in
-    /// linear time. It has this one's allocator and policy, and is made as by the constructor.
+    /// A new buffer with copies of the elements, or of `count` of them from `start`, in linear
+    /// time. It has the allocator and the policy of this one, and is made as by the constructor.
     Array clone() const { return subarray(0, size()); }
     Array subarray(std::size_t start, std::size_t count) const {
         return m_copy(start, makeInBounds(start, count, size()), 0);
@@ -98,9 +111,9 @@ class Array {
     /// @}
 
     /// @{
-    /// Gives this handle a new buffer, to which it copies the elements that it keeps; other handles
-    /// keep the old one. `resize` keeps the first elements and value-initialises those that are
-    /// new. What throws leaves the handle as it was.
+    /// Gives this handle a new buffer with copies of the elements that are kept; other handles keep
+    /// the old buffer. `resize` keeps the first elements and value-initialises the new ones. An
+    /// exception leaves the handle as it was.
     void subarrayThis(std::size_t start, std::size_t count) { *this = subarray(start, count); }
     void resize(std::size_t n) {
         const std::size_t kept = std::min(n, size());
@@ -108,8 +121,9 @@ class Array {
     }
     /// @}
 
-    /// Gives this handle a new buffer without the elements that equal `hole`, the others in order.
-    /// The number of elements taken out. All elements are copied, and those that stay once more.
+    /// Gives this handle a new buffer without the elements that equal `hole`; the others keep their
+    /// order. Returns the number of elements left out. All elements are copied, and those that stay
+    /// are copied twice.
     std::size_t compact(const T& hole) {
         Array kept = clone();
         const auto last = std::remove(kept.begin(), kept.end(), hole);
@@ -120,8 +134,9 @@ class Array {
     }
 
     /// @{
-    /// Assigns copies of elements to those here, from `at` on (from the first, when not given); the
-    /// number copied, to which the time is linear. The source may be this buffer.
+    /// Assigns `count` elements of `source` to the elements here from index `at` on, which is 0
+    /// when it is not given. Returns the number of elements copied; the time is linear in it. The
+    /// source may be this buffer, and may be null where nothing is copied.
     std::size_t copyFrom(const T* source, std::size_t count) { return copyFrom(source, count, 0); }
     std::size_t copyFrom(const T* source, std::size_t count, std::size_t at) {
         count = makeInBounds(at, count, size());
@@ -136,7 +151,8 @@ class Array {
     /// @}
 
     /// @{
-    /// The same outwards: assigns copies of the elements from `start` on.
+    /// Assigns `count` elements here, from index `start` on, to `target`. Returns the number of
+    /// elements copied. The target needs room for them; it may be null where nothing is copied.
     std::size_t copyTo(T* target, std::size_t count) const { return copyTo(target, 0, count); }
     std::size_t copyTo(T* target, std::size_t start, std::size_t count) const {
         count = makeInBounds(start, count, size());
@@ -167,8 +183,8 @@ class Array {
         return ::new (memory) Buffer{n};
     }
 
-    /// Makes the elements by `make(place, index)`; on an exception the elements made so far are
-    /// undone, and there is no buffer any more.
+    /// Makes the elements by `make(place, index)`. An exception destroys the elements made so far
+    /// and frees the buffer.
     template <class Make>
     void m_construct(Make make) {
         std::size_t made = 0;
@@ -207,7 +223,7 @@ class Array {
     }
 
     static void s_releaseArray(Buffer* buffer) {
-        if (mem::release(buffer)) {
+        if (buffer != nullptr && mem::release(buffer)) {
             doArrayDestruction(buffer->data(), buffer->len);
             mem::free(buffer);
         }

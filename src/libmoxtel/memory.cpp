@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <new>
@@ -33,14 +35,58 @@ struct EntryDeleter {
 using EntryPointer = std::unique_ptr<Entry, EntryDeleter>;
 using Entries = std::map<const void*, EntryPointer>;
 
-Entries& entries() {
-    static Entries all;
+/// All registered addresses, and the place where the last lookup ended.
+struct Registry {
+    Entries entries;
+    Entries::iterator recent = entries.end();
+};
+
+Registry& registry() {
+    static Registry all;
     return all;
 }
 
+/// The first registered address that is not before `ptr`. An address that was looked up last, the
+/// one after it, and one behind all others, as of a new object, are found without a search.
+Entries::iterator placeOf(const void* ptr) {
+    auto& [entries, recent] = registry();
+    const std::less<const void*> before;
+    if (recent != entries.end() && before(recent->first, ptr))
+        ++recent;
+    if (recent != entries.end() && recent->first == ptr)
+        return recent;
+    if (entries.empty() || before(std::prev(entries.end())->first, ptr))
+        return recent = entries.end();
+    return recent = entries.lower_bound(ptr);
+}
+
+/// The end where `ptr` is not registered.
+Entries::iterator entryAt(const void* ptr) {
+    const auto place = placeOf(ptr);
+    Entries& entries = registry().entries;
+    return place != entries.end() && place->first == ptr ? place : entries.end();
+}
+
 Entry* entryOf(const void* ptr) {
-    const auto found = entries().find(ptr);
-    return found == entries().end() ? nullptr : found->second.get();
+    const auto found = entryAt(ptr);
+    return found == registry().entries.end() ? nullptr : found->second.get();
+}
+
+/// Registers `ptr`; an entry that it has already stays.
+void insert(const void* ptr, EntryPointer entry) {
+    const auto place = placeOf(ptr);
+    Registry& all = registry();
+    all.recent = all.entries.emplace_hint(place, ptr, std::move(entry));
+}
+
+/// Forgets `ptr`, if it is registered.
+void forget(const void* ptr) {
+    const auto found = entryAt(ptr);
+    Registry& all = registry();
+    if (found == all.entries.end())
+        return;
+    found->second.reset();
+    all.recent = all.entries.erase(found);
 }
 
 EntryPointer createRecord(const Allocator* allocator, const Policy* policy) {
@@ -120,9 +166,11 @@ void* allocate(std::size_t size, const Allocator* allocator, const Policy* polic
     if (ptr == nullptr)
         return nullptr;
     try {
-        entries().insert_or_assign(ptr, createRecord(allocator, policy));
+        EntryPointer entry = createRecord(allocator, policy);
+        forget(ptr);
+        insert(ptr, std::move(entry));
     } catch (...) {
-        entries().erase(ptr);
+        forget(ptr);
         allocator->free(ptr);
         throw;
     }
@@ -132,7 +180,7 @@ void* allocate(std::size_t size, const Allocator* allocator, const Policy* polic
 bool protect(const void* ptr, const Policy* policy) {
     if (ptr == nullptr || entryOf(ptr) != nullptr)
         return false;
-    entries().emplace(ptr, createRecord(STACK, policy));
+    insert(ptr, createRecord(STACK, policy));
     return true;
 }
 
@@ -143,7 +191,7 @@ bool acquire(const void* ptr, const Policy* policy) {
         entry->policy->acquire(entry->record());
         return false;
     }
-    entries().emplace(ptr, createRecord(nullptr, policy));
+    insert(ptr, createRecord(nullptr, policy));
     return true;
 }
 
@@ -153,11 +201,11 @@ bool release(const void* ptr) {
 }
 
 void free(void* ptr) {
-    const auto found = entries().find(ptr);
-    if (found == entries().end())
+    const Entry* entry = entryOf(ptr);
+    if (entry == nullptr)
         return;
-    const Allocator* allocator = found->second->allocator;
-    entries().erase(found);
+    const Allocator* allocator = entry->allocator;
+    forget(ptr);
     allocator->free(ptr);
 }
 
@@ -188,7 +236,7 @@ const Allocator& defaultAllocator(const Allocator& allocator) {
 }
 
 void makeRegistry() noexcept {
-    entries();
+    registry();
 }
 
 void nop(void*) {}
