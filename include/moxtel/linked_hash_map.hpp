@@ -11,7 +11,8 @@
 namespace moxtel::util {
 
 /// A hash map that is walked in the order in which its keys were put in. It is a `LinkedHashSet` of
-/// pairs, with the same costs and guarantees; after `clear` no operation with a key may follow.
+/// pairs, with the same costs and guarantees, also for moving and for the iterators of `begin` and
+/// `end`. After `clear` no operation with a key may follow.
 template <class K, class V>
 class LinkedHashMap : public Map<K, V> {
   public:
@@ -19,6 +20,12 @@ class LinkedHashMap : public Map<K, V> {
 
     /// An empty map of `buckets` buckets; 0 stands for the default of `LinkedHashSet`.
     explicit LinkedHashMap(std::size_t buckets = 0) : m_backing(buckets) {}
+
+    /// @{
+    /// Takes over the pairs of the other map.
+    LinkedHashMap(LinkedHashMap&&) noexcept = default;
+    LinkedHashMap& operator=(LinkedHashMap&&) noexcept = default;
+    /// @}
 
     std::size_t size() const override { return m_backing.size(); }
     bool containsKey(const K& key) const override { return m_backing.containsKey(key); }
@@ -28,6 +35,14 @@ class LinkedHashMap : public Map<K, V> {
     void clear() override { m_backing.clear(); }
     mem::Iterator<Pair> iterator() override { return m_backing.iterator(); }
     mem::Iterator<const Pair> iterator() const override { return m_backing.iterator(); }
+
+    /// @{
+    /// The map as a forward range of its pairs, in the order of insertion.
+    auto begin() noexcept { return m_backing.begin(); }
+    auto end() noexcept { return m_backing.end(); }
+    auto begin() const noexcept { return m_backing.begin(); }
+    auto end() const noexcept { return m_backing.end(); }
+    /// @}
 
   private:
     LinkedHashSet<Pair, KeyOperations<Pair>> m_backing;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iterator>
 #include <utility>
 
 #include <moxtel/array.hpp>
@@ -14,20 +15,96 @@ namespace moxtel::util {
 
 /// A hash set that is walked in the order in which its keys were put in; a key that is erased and
 /// put in again goes to the end. The number of buckets is fixed when the set is made: a lookup
-/// costs a hash and a walk over size/buckets values, so it suits small tables. References to values
-/// stay valid until the value is erased.
+/// costs a hash and a walk over size/buckets values, so the set suits small tables. References to
+/// values stay valid until the value is erased, also when the set is moved.
+///
+/// A set that was moved from is empty, with the default number of buckets.
 template <class T, class KeyOps = KeyOperations<T>>
 class LinkedHashSet : public Set<T, KeyOps> {
+    struct Node;
+
   public:
     using typename Set<T, KeyOps>::Key;
+
+    /// A forward iterator over the values in the order of insertion; `Element` is `T` or `const T`.
+    /// Erasing its value or moving the set makes it invalid. Putting values in does not; the walk
+    /// then comes to them, too.
+    template <class Element>
+    class ForwardIterator {
+      public:
+        using iterator_concept = std::forward_iterator_tag;   ///< See `std::forward_iterator`.
+        using iterator_category = std::forward_iterator_tag;  ///< For the older algorithms.
+        using value_type = T;                                 ///< What the elements are copied as.
+        using difference_type = std::ptrdiff_t;               ///< As the standard asks for.
+        using pointer = Element*;                             ///< For the older algorithms.
+        using reference = Element&;                           ///< For the older algorithms.
+
+        /// At the end of no set.
+        ForwardIterator() = default;
+
+        /// The same place, from where the values cannot be changed.
+        operator ForwardIterator<const T>() const noexcept {
+            return ForwardIterator<const T>(m_set, m_node);
+        }
+
+        /// @{
+        /// The value; only before the end.
+        Element& operator*() const noexcept { return m_node->data; }
+        Element* operator->() const noexcept { return &m_node->data; }
+        /// @}
+
+        /// @{
+        /// Goes on to the next value, or to the end; only before the end.
+        ForwardIterator& operator++() noexcept {
+            m_node = m_set->m_after(m_node);
+            return *this;
+        }
+        ForwardIterator operator++(int) noexcept {
+            const ForwardIterator before = *this;
+            ++*this;
+            return before;
+        }
+        /// @}
+
+        /// Whether two iterators of one set are at the same place.
+        bool operator==(const ForwardIterator& other) const noexcept {
+            return m_node == other.m_node;
+        }
+
+      private:
+        friend class LinkedHashSet;
+
+        ForwardIterator(const LinkedHashSet* set, Node* node) : m_set(set), m_node(node) {}
+
+        const LinkedHashSet* m_set = nullptr;
+        Node* m_node = nullptr;  ///< Null at the end.
+    };
 
     /// The number of buckets where none is asked for.
     enum : std::size_t { DEFAULT_BUCKETS = 251 };
 
     /// An empty set of `buckets` buckets; 0 stands for the default.
-    explicit LinkedHashSet(std::size_t buckets = 0)
-        : m_buckets(buckets == 0 ? DEFAULT_BUCKETS : buckets, mem::MALLOC) {}
+    explicit LinkedHashSet(std::size_t buckets = 0) : m_buckets(s_makeBuckets(buckets)) {}
     ~LinkedHashSet() override { LinkedHashSet::clear(); }
+
+    /// Takes over the values of `other`, its buckets and its hook.
+    LinkedHashSet(LinkedHashSet&& other) noexcept
+        : Set<T, KeyOps>(std::move(other)),
+          m_buckets(std::move(other.m_buckets)),
+          m_tail(std::exchange(other.m_tail, nullptr)),
+          m_size(std::exchange(other.m_size, 0)) {}
+
+    /// The same, after this set has destroyed its own values. A set may be assigned to itself.
+    LinkedHashSet& operator=(LinkedHashSet&& other) noexcept {
+        if (this == &other)
+            return *this;
+        clear();
+        Set<T, KeyOps>::operator=(std::move(other));
+        m_buckets = std::move(other.m_buckets);
+        m_tail = std::exchange(other.m_tail, nullptr);
+        m_size = std::exchange(other.m_size, 0);
+        return *this;
+    }
 
     std::size_t size() const override { return m_size; }
     bool containsKey(const Key& key) const override { return *m_linkTo(key) != nullptr; }
@@ -63,8 +140,8 @@ class LinkedHashSet : public Set<T, KeyOps> {
     }
 
     /// Destroys the values bucket by bucket. The buckets keep their stale heads: a set that was
-    /// cleared may be asked for its size, walked, cleared again and destroyed, but no operation
-    /// with a key may follow.
+    /// cleared may be asked for its size, walked, cleared again, assigned to and destroyed, but no
+    /// operation with a key may follow.
     void clear() override {
         if (m_tail == nullptr)
             return;
@@ -81,6 +158,14 @@ class LinkedHashSet : public Set<T, KeyOps> {
     mem::Iterator<const T> iterator() const override {
         return mem::Iterator<const T>(new IteratorStrategy<const T>(*this));
     }
+
+    /// @{
+    /// The set as a forward range of its values, in the order of insertion.
+    ForwardIterator<T> begin() noexcept { return {this, m_head()}; }
+    ForwardIterator<T> end() noexcept { return {this, nullptr}; }
+    ForwardIterator<const T> begin() const noexcept { return {this, m_head()}; }
+    ForwardIterator<const T> end() const noexcept { return {this, nullptr}; }
+    /// @}
 
   private:
     struct Node {
@@ -100,7 +185,7 @@ class LinkedHashSet : public Set<T, KeyOps> {
       public:
         explicit IteratorStrategy(const LinkedHashSet& set) : m_set(set), m_cur(set.m_head()) {}
         bool hasNext() const override { return m_cur != nullptr; }
-        void next() override { m_cur = m_cur == m_set.m_tail ? nullptr : m_cur->next; }
+        void next() override { m_cur = m_set.m_after(m_cur); }
         Element& current() override { return m_cur->data; }
         const Element& current() const override { return m_cur->data; }
 
@@ -109,11 +194,20 @@ class LinkedHashSet : public Set<T, KeyOps> {
         Node* m_cur;
     };
 
+    static mem::Array<Node*> s_makeBuckets(std::size_t buckets) {
+        return mem::Array<Node*>(buckets == 0 ? DEFAULT_BUCKETS : buckets, mem::MALLOC);
+    }
+
     Node* m_head() const { return m_tail == nullptr ? nullptr : m_tail->next; }
 
-    /// The pointer to the node of `key`, in its bucket or in the node before it; the null pointer
-    /// at the end of the chain when there is none.
+    Node* m_after(const Node* node) const { return node == m_tail ? nullptr : node->next; }
+
+    /// The place of the pointer to the node of `key`: its bucket, or the node before it in the
+    /// chain. Where there is no such node, the place of a null pointer at the end of the chain.
     Node* const* m_linkTo(const Key& key) const {
+        static Node* const none = nullptr;
+        if (m_buckets.size() == 0)
+            return &none;
         const std::size_t hash = DefaultHash<Key>()(key);
         Node* const* link = &m_buckets[hash % m_buckets.size()];
         while (*link != nullptr && !KeyOps::equals(key, KeyOps::extract((*link)->data)))
@@ -125,6 +219,8 @@ class LinkedHashSet : public Set<T, KeyOps> {
     }
 
     Node* m_nodeForKey(const Key& key, bool create) {
+        if (create && m_buckets.size() == 0)
+            m_buckets = s_makeBuckets(DEFAULT_BUCKETS);
         Node** link = m_linkTo(key);
         if (*link == nullptr && create)
             *link = m_create(key);
@@ -158,7 +254,7 @@ class LinkedHashSet : public Set<T, KeyOps> {
         return node;
     }
 
-    mem::Array<Node*> m_buckets;
+    mem::Array<Node*> m_buckets;  ///< None after the set was moved from.
     Node* m_tail = nullptr;
     std::size_t m_size = 0;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iterator>
 #include <type_traits>
 #include <utility>
 
@@ -13,10 +14,11 @@
 namespace moxtel::util {
 
 /// A set of values that are told apart by their keys. It owns its values. A value that is reached
-/// through the set may be changed, but for its key. Sets are not copied.
+/// through the set may be changed, but its key may not. Sets are not copied; a class of sets may
+/// allow moving. A set belongs to one thread.
 ///
-/// Values need a copy or move constructor, and a default constructor unless `KeyOps` has a
-/// `makeValue(key)`, which then gives a new value in place of `createValue`; `add` also needs copy
+/// Values need a copy or move constructor. They need a default constructor, unless `KeyOps` has a
+/// `makeValue(key)`, which then makes a new value in place of `createValue`. `add` also needs copy
 /// assignment.
 template <class T, class KeyOps = KeyOperations<T>>
 class Set {
@@ -24,11 +26,11 @@ class Set {
     /// What `KeyOps::extract` gives, as a value.
     using Key = std::remove_cvref_t<decltype(KeyOps::extract(std::declval<const T&>()))>;
 
-    /// A hook that sees each value the set makes for a key.
+    /// A hook that sees each value that the set makes for a key.
     class EntryActions {
       public:
-        /// Called with the value before it is in the set, to complete it in a way that leaves its
-        /// key alone; must not change the set. What it throws passes through the operation that
+        /// Called with the value before it is in the set. The hook may complete the value, but must
+        /// change neither its key nor the set. An exception passes through the operation that
         /// wanted the value, and the set stays as it was.
         virtual void created(T& value) = 0;
         virtual ~EntryActions() = default;
@@ -38,8 +40,8 @@ class Set {
     Set(const Set&) = delete;
     Set& operator=(const Set&) = delete;
 
-    /// The value that this set makes for a key: by `KeyOps`, then completed by the hook if there is
-    /// one. It is not put into the set.
+    /// The value that this set makes for a key: `KeyOps` makes it, and the hook, if there is one,
+    /// completes it. It is not put into the set.
     virtual T createValueFromKey(const Key& key) {
         T value = s_make(key);
         if (m_actions)
@@ -55,8 +57,8 @@ class Set {
     virtual bool containsKey(const Key& key) const = 0;
 
     /// @{
-    /// The value with this key. When absent it is made and put in if `create`; otherwise, and in
-    /// the const form, throws `NotFoundException` with the message "Key not found\n".
+    /// The value with this key. An absent value is made and put in if `create`. Otherwise, and in
+    /// the const form, the operation throws `NotFoundException` with the message "Key not found\n".
     virtual T& lookupByKey(const Key& key, bool create) = 0;
     virtual const T& lookupByKey(const Key& key) const = 0;
     /// @}
@@ -73,8 +75,15 @@ class Set {
     virtual mem::Iterator<const T> iterator() const = 0;
     /// @}
 
-    /// Puts a copy of `value` in, by way of a value made for its key. False, and nothing changed,
-    /// when its key is in the set already. Costs two lookups.
+    /// @{
+    /// The set as an input range of its values, in the order of `iterator()`.
+    mem::InputIterator<T> begin() { return iterator().begin(); }
+    mem::InputIterator<const T> begin() const { return iterator().begin(); }
+    std::default_sentinel_t end() const noexcept { return {}; }
+    /// @}
+
+    /// Makes a value for the key of `value`, puts it in and assigns `value` to it. Returns false,
+    /// and changes nothing, when the key is in the set already. Costs two lookups.
     bool add(const T& value) {
         const Key& key = KeyOps::extract(value);
         if (containsKey(key))
@@ -89,14 +98,21 @@ class Set {
         return true;
     }
 
-    /// As `lookupByKey`; puts an absent key in.
+    /// The value with this key; an absent one is made and put in.
     T& operator[](const Key& key) { return lookupByKey(key, true); }
 
-    /// As `lookupByKey`; throws for an absent key.
+    /// The value with this key; throws as `lookupByKey` does when it is absent.
     const T& operator[](const Key& key) const { return lookupByKey(key); }
 
     /// Installs the hook; a null pointer takes it away.
     void setEntryActions(const mem::Pointer<EntryActions>& actions) { m_actions = actions; }
+
+  protected:
+    /// @{
+    /// For classes of sets that allow moving; the hook moves along.
+    Set(Set&&) noexcept = default;
+    Set& operator=(Set&&) noexcept = default;
+    /// @}
 
   private:
     static T s_make(const Key& key) {
