@@ -14,52 +14,20 @@
 
 #include "support/check.hpp"
 #include "support/draws.hpp"
+#include "support/duel_table.hpp"
 #include "support/program.hpp"
-#include "support/samples.hpp"
-#include "support/table.hpp"
 #include "support/temp_file.hpp"
 
 namespace {
 
 using bench::Arguments;
 using bench::Draws;
-using bench::Table;
+using bench::DuelTable;
 using bench::TempFile;
-using bench::Times;
 using moxtel::io::BinaryReader;
 using moxtel::io::BinaryWriter;
 
 constexpr std::uint64_t SEED = 8859;
-
-/// Times two ways to do the same.
-class DuelTable {
-  public:
-    DuelTable(const std::string& title, const std::string& unit, std::size_t runs)
-        : m_table(title + ": million " + unit + " a second of processor time, medians of " +
-                      std::to_string(runs) + " runs",
-                  {"what", "here", "least..greatest", "standard", "least..greatest", "time ratio"}),
-          m_runs(runs) {}
-
-    void measure(const std::string& name, std::size_t number, const std::function<void()>& here,
-                 const std::function<void()>& standard) {
-        const std::vector<Times> times = bench::inTurns(
-            m_runs, {[&] { return bench::timed(here); }, [&] { return bench::timed(standard); }});
-        const auto speed = [number](double seconds) {
-            return bench::fixed(static_cast<double>(number) / seconds / 1e6, 2);
-        };
-        std::vector<std::string> cells{name};
-        for (const Times& side : times) {
-            cells.push_back(speed(side.cpu.median()));
-            cells.push_back(speed(side.cpu.greatest()) + ".." + speed(side.cpu.least()));
-        }
-        cells.push_back(bench::fixed(times[0].cpu.median() / times[1].cpu.median(), 2));
-        m_table.row(cells);
-    }
-
-  private:
-    Table m_table;
-    std::size_t m_runs;
-};
 
 template <class T>
 std::string formatted(const char* format, T value) {
