@@ -74,15 +74,16 @@ class AllocationException : public Exception {
 };
 
 /// The exception of class `E` whose message is `fmt` formatted with `args` by the printf rules. The
-/// object is returned, not thrown; `args` is consumed. Throws what `string::vstrprintf` throws.
+/// object is returned, not thrown; `args` is consumed. `fmt` is not null, and the compiler checks
+/// it. Throws what `string::vstrprintf` throws.
 template <class E>
-E vexceptf(const char* fmt, std::va_list args) {
-    return E(string::vstrprintf(std::string(fmt), args));
+[[gnu::format(printf, 1, 0)]] E vexceptf(const char* fmt, std::va_list args) {
+    return E(string::vstrprintf(fmt, args));
 }
 
 /// As `vexceptf`, for use as `throw exceptf<IOException>("Bad row %u", row)`.
 template <class E>
-E exceptf(const char* fmt, ...) {
+[[gnu::format(printf, 1, 2)]] E exceptf(const char* fmt, ...) {
     std::va_list args;
     va_start(args, fmt);
     try {

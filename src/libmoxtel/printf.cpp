@@ -10,15 +10,19 @@
 namespace moxtel::string {
 
 std::string vstrprintf(const std::string& fmt, std::va_list args) {
+    return vstrprintf(fmt.c_str(), args);
+}
+
+std::string vstrprintf(const char* fmt, std::va_list args) {
     std::va_list copy;
     va_copy(copy, args);
-    const int length = std::vsnprintf(nullptr, 0, fmt.c_str(), copy);
+    const int length = std::vsnprintf(nullptr, 0, fmt, copy);
     va_end(copy);
     if (length < 0)
         throw std::invalid_argument("vstrprintf: a value cannot be encoded");
     const auto size = static_cast<std::size_t>(length) + 1;
     const std::unique_ptr<char[]> buffer(new char[size]);
-    std::vsnprintf(buffer.get(), size, fmt.c_str(), args);
+    std::vsnprintf(buffer.get(), size, fmt, args);
     return std::string(buffer.get());
 }
 

@@ -111,7 +111,8 @@ TEST(Vexceptf, TakesTheArgumentsOfItsCaller) {
 
 TEST(Exceptf, FormatWithoutArgumentsIsTheMessage) {
     EXPECT_EQ(exceptf<Exception>("100%% wrong").why(), "100% wrong");
-    EXPECT_EQ(exceptf<Exception>("").why(), "");
+    const std::string empty;
+    EXPECT_EQ(exceptf<Exception>(empty.c_str()).why(), "");
 }
 
 }  // namespace

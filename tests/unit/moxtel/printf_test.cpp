@@ -25,6 +25,19 @@ std::string format(const char* fmt, ...) {
     }
 }
 
+std::string formatString(const std::string* fmt, ...) {
+    std::va_list args;
+    va_start(args, fmt);
+    std::string text = vstrprintf(*fmt, args);
+    va_end(args);
+    return text;
+}
+
+TEST(Vstrprintf, AStringServesAsFormatToo) {
+    const std::string fmt = "%u items in %s";
+    EXPECT_EQ(formatString(&fmt, 3U, "bag"), "3 items in bag");
+}
+
 TEST(Vstrprintf, EmptyFormatGivesAnEmptyString) {
     EXPECT_EQ(format(""), "");
 }
