@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <iosfwd>
 #include <string>
+#include <type_traits>
 
 #include <moxtel/device.hpp>
 #include <moxtel/integer.hpp>
@@ -13,6 +14,14 @@
 /// \file
 /// Numbers and strings as bytes over a device.
 namespace moxtel::io {
+
+/// Whether memory that a `T*` points to can be read and written as bytes. For `char` there is no
+/// need to ask.
+template <class T>
+constexpr bool isBytes() {
+    using Plain = std::remove_cv_t<T>;
+    return !std::is_same_v<Plain, char> && (std::is_void_v<T> || std::is_trivially_copyable_v<T>);
+}
 
 /// What readers and writers have in common: the device, never null, and the byte order of the data.
 /// Copies share the device.
@@ -63,15 +72,29 @@ class BinaryReader : public BinaryStream {
     BinaryReader(std::iostream& inOut, Endianness endian);
     /// @}
 
-    /// Over `len` bytes at `buf`, which stay the caller's.
+    /// @{
+    /// Over `len` bytes at `buf`, which stay the caller's and must outlive the reader and its
+    /// copies.
     BinaryReader(void* buf, std::size_t len, Endianness endian);
+    template <class Bytes>
+    requires(std::is_const_v<Bytes>) BinaryReader(Bytes* buf, std::size_t len, Endianness endian)
+        : BinaryStream(Device::wrapArray(static_cast<const void*>(buf), len), endian) {}
+    /// @}
 
     /// Over a file (see `Device::fromFile`) of little-endian data; the flags 0 stand for
     /// `OPEN_READ`.
     static BinaryReader fromFile(const std::string& path, int openFlags = 0);
 
-    /// The block read of the device: the number of bytes read, or `Device::FAILED`.
+    /// @{
+    /// The block read of the device: up to `len` bytes, whatever `buf` points to. Returns the
+    /// number of bytes read, or `Device::FAILED`.
     std::size_t read(char* buf, std::size_t len);
+    template <class Other>
+    requires(isBytes<Other>() && !std::is_const_v<Other>) std::size_t
+        read(Other* buf, std::size_t len) {
+        return read(static_cast<char*>(static_cast<void*>(buf)), len);
+    }
+    /// @}
 
     /// @{
     /// An integer of so many bits, signed or unsigned, in the byte order `endian()`.
@@ -123,15 +146,22 @@ class BinaryWriter : public BinaryStream {
     BinaryWriter(std::iostream& inOut, Endianness endian);
     /// @}
 
-    /// Over `len` bytes at `buf`, which stay the caller's; nothing is written past them.
+    /// Over `len` bytes at `buf`, which stay the caller's and must outlive the writer and its
+    /// copies. Nothing is written past them.
     BinaryWriter(void* buf, std::size_t len, Endianness endian);
 
     /// Over a file (see `Device::fromFile`) of little-endian data; the flags 0 stand for
     /// `OPEN_WRITE`.
     static BinaryWriter fromFile(const std::string& path, int openFlags = 0);
 
-    /// The block write of the device.
+    /// @{
+    /// The block write of the device: `len` bytes, whatever `buf` points to.
     std::size_t write(const char* buf, std::size_t len);
+    template <class Other>
+    requires(isBytes<Other>()) std::size_t write(const Other* buf, std::size_t len) {
+        return write(static_cast<const char*>(static_cast<const void*>(buf)), len);
+    }
+    /// @}
 
     /// @{
     /// An integer of so many bits, signed or unsigned, in the byte order `endian()`.

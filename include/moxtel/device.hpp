@@ -73,6 +73,10 @@ class Device {
     /// `canRead` and `canWrite` both ask whether `flags` holds `OPEN_READ`; no transfer heeds it.
     static Device* wrapArray(void* buf, std::size_t len, int flags);
 
+    /// A device for reading `len` bytes at `buf`, which stay the caller's and must outlive the
+    /// device. Writes transfer nothing and seeking is ignored.
+    static Device* wrapArray(const void* buf, std::size_t len);
+
     /// A device for reading a copy of `s.substr(start, len)`; throws what `substr` throws. Writes
     /// transfer nothing and seeking is ignored.
     static Device* wrapString(const std::string& s, std::size_t start, std::size_t len);

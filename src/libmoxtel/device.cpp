@@ -9,6 +9,7 @@
 #include <ostream>
 #include <sstream>
 #include <streambuf>
+#include <string_view>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
@@ -129,9 +130,11 @@ class ArrayDevice final : public Device {
     int m_flags;
 };
 
+/// Bytes that are only read. `Text` is a string, or a view of memory that stays the caller's.
+template <class Text>
 class StringDevice final : public Device {
   public:
-    explicit StringDevice(std::string text) : m_buf(std::move(text)) {}
+    explicit StringDevice(Text text) : m_buf(std::move(text)) {}
 
     using Device::read;
 
@@ -151,7 +154,7 @@ class StringDevice final : public Device {
     std::streampos tellp() override { return tellg(); }
 
   private:
-    std::string m_buf;
+    Text m_buf;
     std::size_t m_i = 0;
 };
 
@@ -330,8 +333,12 @@ Device* Device::wrapArray(void* buf, std::size_t len, int flags) {
     return new ArrayDevice(static_cast<char*>(buf), len, flags);
 }
 
+Device* Device::wrapArray(const void* buf, std::size_t len) {
+    return new StringDevice(std::string_view(static_cast<const char*>(buf), len));
+}
+
 Device* Device::wrapString(const std::string& s, std::size_t start, std::size_t len) {
-    return new StringDevice(s.substr(start, len));
+    return new StringDevice<std::string>(s.substr(start, len));
 }
 
 int Device::read() {
