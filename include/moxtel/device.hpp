@@ -13,6 +13,9 @@
 /// parser read and write through them only.
 namespace moxtel::io {
 
+class [[gnu::visibility("hidden")]] InPlace;
+class TextReader;
+
 /// Bit flags, passed on as `int`.
 enum OpenMode : std::int32_t {
     OPEN_READ = 1,
@@ -131,11 +134,6 @@ class Device {
     /// kind overrides it.
     virtual Device* makeProxy();
 
-    /// The standard stream that the device reads from, or null. A reader may take characters from
-    /// the stream's buffer itself as long as the stream is good and the buffer holds some; the
-    /// stream's `gcount` then does not tell of them.
-    virtual std::istream* input();
-
     /// Passes on what the device holds back of the bytes written to it. False when that fails, or
     /// when bytes were lost that the device had taken before; true where nothing is held back.
     virtual bool flush();
@@ -143,6 +141,15 @@ class Device {
     /// As `flush`, and closes a file: it then takes and gives no byte any more, for every holder
     /// of the device. The other kinds are only flushed.
     virtual bool close();
+
+  private:
+    friend class InPlace;
+    friend class TextReader;
+
+    /// The standard stream that the device reads from, or null. A reader may take characters from
+    /// the buffer of the stream itself as long as the stream is good and its buffer holds some. The
+    /// stream's `gcount` does not tell of them.
+    virtual std::istream* m_input();
 };
 
 }  // namespace moxtel::io

@@ -22,15 +22,6 @@ namespace moxtel::io {
 ///         while (parser.hasCell())
 ///             use(parser.nextCell());
 ///
-/// What is done with a row cell by cell can be done faster with many rows as a whole:
-///
-///     while (parser.hasRow())
-///         if (parser.takeRow(cells, 0))
-///             use(cells);
-///         else
-///             while (parser.hasCell())
-///                 use(parser.nextCell());
-///
 /// The format takes every syntactic decision; the parser consumes what stands between the cells.
 /// Some consequences: a row that begins with a delimiter loses its empty first cell, a delimiter at
 /// the end of a row is followed by an empty cell, an empty line is a row without cells, and a CR LF
@@ -96,14 +87,6 @@ class DelimitedRowParser {
     /// that no `hasCell` has consumed, and at the end of the data.
     std::string nextCell();
 
-    /// Takes the whole row that is next, after `hasRow`, where its cells stand in the buffer of a
-    /// stream just as `hasCell` and `nextCell` would give them: `cells` shows them there until
-    /// anything is done with the parser or its input. False, with nothing consumed and `cells`
-    /// unspecified, for a row of fewer than `least` cells and for one that cannot be had so: with
-    /// quotes or carriage returns, of many kilobytes, across the end of the buffer, the last one,
-    /// in a format of another kind. It is then to be read cell by cell.
-    bool takeRow(std::vector<std::string_view>& cells, std::size_t least);
-
   protected:
     /// The parser's share of its format; null where it keeps but a description of one.
     const mem::Pointer<DelimitedRowFormat>& format() const { return m_format; }
@@ -119,6 +102,10 @@ class DelimitedRowParser {
     /// @}
 
   private:
+    friend class InPlace;
+
+    bool m_takeRow(std::vector<std::string_view>& cells, std::size_t least);
+
     /// What `endRow` of the format says after `c` was peeked at. After a -1 it peeks anew, which
     /// goes past a byte 0xFF.
     bool m_endsRow(int c) { return m_plain && c != -1 ? c == '\n' : m_asked().endRow(m_src); }

@@ -3,13 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
-#include <streambuf>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include <moxtel/device.hpp>
-#include <moxtel/get_area.hpp>
 #include <moxtel/integer.hpp>
 #include <moxtel/pointer.hpp>
 
@@ -19,6 +17,9 @@
 /// Characters over a device, with the line ends of the input translated to a single line feed and
 /// with rows and columns counted.
 namespace moxtel::io {
+
+class DelimitedRowParser;
+class [[gnu::visibility("hidden")]] InPlace;
 
 /// What readers and writers have in common: the device and the position. Copies share the device.
 ///
@@ -109,20 +110,6 @@ class TextReader : public TextStream {
         return c;
     }
 
-    /// The characters up to, not including, the next `stop`, line feed or carriage return, or up to
-    /// the end of the data; `end` is what `peek` gave there. It does what `peek` and `read` would
-    /// one by one, in blocks where the device reads from a stream.
-    std::string readUntil(char stop, int& end);
-
-    /// What comes next as it is in the data, in the buffer of the stream that the device reads
-    /// from: the character that was peeked at and at least one after it. Empty where they do not
-    /// stand there. Valid until anything is done with the reader, the device or the stream.
-    std::string_view atHand() const;
-
-    /// Reads `n` characters, no more than are at hand. None of them may be part of a line end or a
-    /// byte 0xFF.
-    void skip(std::size_t n);
-
     /// Reads up to `len` bytes and translates them in place. Always 0: how many characters came of
     /// them is not reported. The bytes do not include a character that was only peeked at.
     ///
@@ -136,20 +123,31 @@ class TextReader : public TextStream {
     std::string readLine();
 
   private:
+    friend class DelimitedRowParser;
+    friend class InPlace;
+
     /// The next character as it is in the data, consumed but not counted.
-    int m_take() {
-        if (m_last != -1)
-            return std::exchange(m_last, -1);
-        std::streambuf* const ready = m_ready();
-        return ready != nullptr ? static_cast<signed char>(ready->sbumpc()) : m_fetch();
-    }
-
-    /// The stream buffer that holds the next character, if one does.
-    std::streambuf* m_ready() const {
-        return m_stream != nullptr ? GetArea::of(*m_stream) : nullptr;
-    }
-
+    int m_take() { return m_last != -1 ? std::exchange(m_last, -1) : m_fetch(); }
     int m_fetch();
+
+    /// The stream buffer that holds the next character, or null.
+    std::streambuf* m_ready() const;
+
+    /// Reads the characters up to, not including, the next `stop`, line feed or carriage return, or
+    /// up to the end of the data. `end` is what `peek` gives there. The effect is that of `peek`
+    /// and `read` one by one; where the device reads from a stream, it is done in blocks.
+    std::string m_readUntil(char stop, int& end);
+
+    /// The characters that come next as they are in the data, in the buffer of the stream that the
+    /// device reads from: the character that was peeked at and at least one after it. Empty where
+    /// they do not stand there. Valid until anything is done with the reader, the device or the
+    /// stream.
+    std::string_view m_atHand() const;
+
+    /// Reads `n` characters, no more than are at hand. None of them may be part of a line end or a
+    /// byte 0xFF.
+    void m_skip(std::size_t n);
+
     int m_readLineEnd(int c);
     bool m_accepts(Newline newline) const { return (m_acceptNewlines & newline) != 0; }
     bool m_takePair(Newline pair, char second);

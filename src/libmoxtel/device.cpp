@@ -15,8 +15,9 @@
 #include <utility>
 
 #include <moxtel/exception.hpp>
-#include <moxtel/get_area.hpp>
 #include <moxtel/memory.hpp>
+
+#include "get_area.hpp"
 
 namespace moxtel::io {
 
@@ -270,7 +271,7 @@ class StreamWrap final : public Device {
             return Device::tellp();
     }
 
-    std::istream* input() override {
+    std::istream* m_input() override {
         if constexpr (INPUT)
             return std::to_address(m_peer);
         else
@@ -370,7 +371,7 @@ Device* Device::makeProxy() {
     return this;
 }
 
-std::istream* Device::input() {
+std::istream* Device::m_input() {
     return nullptr;
 }
 

@@ -108,11 +108,11 @@ std::string DelimitedRowParser::nextCell() {
     if (!m_plain || m_isPlainQuote(static_cast<char>(c)))
         return m_asked().readCell(m_src);
     int end = 0;
-    std::string cell = m_src.readUntil(m_plainDelim, end);
+    std::string cell = m_src.m_readUntil(m_plainDelim, end);
     // Of a line end that begins with a carriage return the cell takes in what it is read as.
     while (end == '\r' && !m_isDelim('\r')) {
         cell += static_cast<char>(m_src.read());
-        cell += m_src.readUntil(m_plainDelim, end);
+        cell += m_src.m_readUntil(m_plainDelim, end);
     }
     return cell;
 }
@@ -123,11 +123,11 @@ const DelimitedRowFormat& DelimitedRowParser::m_asked() const {
     return *m_format;
 }
 
-bool DelimitedRowParser::takeRow(std::vector<std::string_view>& cells, std::size_t least) {
+bool DelimitedRowParser::m_takeRow(std::vector<std::string_view>& cells, std::size_t least) {
     cells.clear();
     // Bounds the cells that are looked at in vain, and their memory.
     constexpr std::size_t most = 1 << 16;
-    const std::string_view text = m_plain ? m_src.atHand().substr(0, most) : std::string_view();
+    const std::string_view text = m_plain ? m_src.m_atHand().substr(0, most) : std::string_view();
     if (text.empty() || m_plainDelim == '\r')
         return false;
     const char* const end = text.data() + text.size();
@@ -147,7 +147,7 @@ bool DelimitedRowParser::takeRow(std::vector<std::string_view>& cells, std::size
     // The character after a line feed may belong to it.
     if (end - stop == 1 || cells.size() < least)
         return false;
-    m_src.skip(static_cast<std::size_t>(stop - text.data()));
+    m_src.m_skip(static_cast<std::size_t>(stop - text.data()));
     m_src.read();
     return true;
 }

@@ -4,6 +4,7 @@
 #include <istream>
 
 #include "find_stop.hpp"
+#include "get_area.hpp"
 
 namespace moxtel::io {
 
@@ -24,7 +25,7 @@ TextStream::TextStream(Device& device) : m_device(device.makeProxy()) {}
 TextReader::TextReader(Device* device, int acceptNewlines)
     : TextStream(device),
       m_acceptNewlines(acceptNewlines == NL_DEFAULT ? -1 : acceptNewlines),
-      m_stream(device != nullptr ? device->input() : nullptr) {}
+      m_stream(device != nullptr ? device->m_input() : nullptr) {}
 
 TextReader::TextReader(Device& device, int acceptNewlines)
     : TextReader(device.makeProxy(), acceptNewlines) {}
@@ -39,9 +40,16 @@ TextReader TextReader::fromFile(const std::string& path, int openFlags) {
     return TextReader(Device::fromFile(path, orDefault(openFlags, OPEN_READ)), NL_DEFAULT);
 }
 
-/// The next character by way of the device, which also brings the stream to its end state.
+/// Where the buffer of the stream is empty, the device reads, which also brings the stream to its
+/// end state.
 int TextReader::m_fetch() {
+    if (std::streambuf* const ready = m_ready())
+        return characterOf(static_cast<char>(ready->sbumpc()));
     return m_device ? m_device->read() : END;
+}
+
+std::streambuf* TextReader::m_ready() const {
+    return m_stream != nullptr ? GetArea::of(*m_stream) : nullptr;
 }
 
 /// Whether `second` is next and completes a pair that is accepted; it is then consumed.
@@ -76,7 +84,7 @@ int TextReader::m_readLineEnd(int c) {
     return lineEnd ? '\n' : c;
 }
 
-std::string TextReader::readUntil(char stop, int& end) {
+std::string TextReader::m_readUntil(char stop, int& end) {
     const int stopCharacter = characterOf(stop);
     std::string text;
     end = peek();
@@ -109,7 +117,7 @@ std::string TextReader::readUntil(char stop, int& end) {
     return text;
 }
 
-std::string_view TextReader::atHand() const {
+std::string_view TextReader::m_atHand() const {
     const std::streambuf* const ready = m_last != END ? m_ready() : nullptr;
     if (ready == nullptr)
         return {};
@@ -120,7 +128,7 @@ std::string_view TextReader::atHand() const {
     return {begin - 1, GetArea::end(*ready)};
 }
 
-void TextReader::skip(std::size_t n) {
+void TextReader::m_skip(std::size_t n) {
     if (n == 0)
         return;
     std::streambuf& buffer = *m_stream->rdbuf();

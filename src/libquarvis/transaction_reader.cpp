@@ -6,9 +6,12 @@
 
 #include <moxtel/parse.hpp>
 
+#include "libmoxtel/in_place.hpp"
+
 namespace quarvis::rule {
 
 using moxtel::io::DelimitedRowParser;
+using moxtel::io::InPlace;
 using moxtel::string::parse;
 
 namespace {
@@ -42,7 +45,7 @@ bool TransactionReader::next() {
     if (!m_parser.hasRow())
         return false;
     m_items.clear();
-    if (!m_parser.takeRow(m_cells, 2)) {
+    if (!InPlace::takeRow(m_parser, m_cells, 2)) {
         m_readCells();
         return true;
     }

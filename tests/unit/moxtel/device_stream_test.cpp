@@ -14,6 +14,7 @@
 #include <moxtel/exception.hpp>
 #include <moxtel/text.hpp>
 
+#include "../../../src/libmoxtel/in_place.hpp"
 #include "device_reading.hpp"
 #include "support/temp_dir.hpp"
 
@@ -255,7 +256,7 @@ TEST(StreamDevice, ANullStreamIsRefusedWhereItIsNeeded) {
     const Owner inOut(Device::wrap(static_cast<std::iostream*>(nullptr)));
     char block[2] = {'a', 'b'};
     for (Device* device : {in.get(), inOut.get()}) {
-        EXPECT_EQ(device->input(), nullptr);
+        EXPECT_EQ(InPlace::input(*device), nullptr);
         EXPECT_THROW(device->read(), AccessException);
         EXPECT_THROW(device->read(block, 2), AccessException);
         EXPECT_THROW(device->seekg(0, WHENCE_SET), AccessException);

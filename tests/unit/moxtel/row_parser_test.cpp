@@ -15,6 +15,7 @@
 #include <moxtel/exception.hpp>
 #include <moxtel/memory.hpp>
 
+#include "../../../src/libmoxtel/in_place.hpp"
 #include "support/temp_dir.hpp"
 
 namespace {
@@ -315,7 +316,7 @@ std::optional<Row> rowTaken(DelimitedRowParser parser, const std::string& text, 
     parser.open(in);
     parser.hasRow();
     std::vector<std::string_view> cells = {"from before"};
-    if (!parser.takeRow(cells, least))
+    if (!InPlace::takeRow(parser, cells, least))
         return std::nullopt;
     return Row(cells.begin(), cells.end());
 }
@@ -384,7 +385,7 @@ TEST(TakeRow, GoesOnInTheNextRow) {
     std::vector<std::string_view> cells;
     Table table;
     while (parser.hasRow())
-        if (parser.takeRow(cells, 0)) {
+        if (InPlace::takeRow(parser, cells, 0)) {
             table.emplace_back(cells.begin(), cells.end());
             table.back().push_back("taken");
         } else {
@@ -399,9 +400,9 @@ TEST(TakeRow, WithoutAPeekedCharacterThereIsNone) {
     std::istringstream in("a\nb\n");
     DelimitedRowParser parser = DelimitedRowParser::createRFC4180(in, ',', nullptr);
     std::vector<std::string_view> cells;
-    EXPECT_FALSE(parser.takeRow(cells, 0));
+    EXPECT_FALSE(InPlace::takeRow(parser, cells, 0));
     EXPECT_TRUE(parser.hasRow());
-    EXPECT_TRUE(parser.takeRow(cells, 0));
+    EXPECT_TRUE(InPlace::takeRow(parser, cells, 0));
     EXPECT_EQ(cells, std::vector<std::string_view>({"a"}));
 }
 
@@ -412,7 +413,7 @@ TEST(TakeRow, WithoutAStreamThereIsNone) {
     parser.open(Device::wrapArray(block.data(), block.size(), OPEN_READ));
     EXPECT_TRUE(parser.hasRow());
     std::vector<std::string_view> cells;
-    EXPECT_FALSE(parser.takeRow(cells, 0));
+    EXPECT_FALSE(InPlace::takeRow(parser, cells, 0));
     EXPECT_EQ(tableOf(parser), Table({{"a", "b"}, {"next"}}));
 }
 
@@ -592,7 +593,7 @@ TEST(RowParserMaking, WithoutAFormatTheParserReadsNoCell) {
     for (DelimitedRowParser* parser : {&without, &described}) {
         EXPECT_TRUE(parser->hasRow());
         std::vector<std::string_view> cells;
-        EXPECT_FALSE(parser->takeRow(cells, 0));
+        EXPECT_FALSE(InPlace::takeRow(*parser, cells, 0));
         EXPECT_THROW(parser->hasCell(), AccessException);
         EXPECT_THROW(parser->nextCell(), AccessException);
         EXPECT_TRUE(parser->hasRow());

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include "../../../src/libmoxtel/in_place.hpp"
 #include "inputs.hpp"
 
 namespace moxtel::io {
@@ -83,6 +84,14 @@ class Draws {
     std::mt19937 m_random;
 };
 
+std::string readUntil(TextReader& reader, char stop, int& end) {
+    return InPlace::readUntil(reader, stop, end);
+}
+
+std::string readUntil(plain::Reader& reader, char stop, int& end) {
+    return reader.readUntil(stop, end);
+}
+
 /// What a call gives, and how the reader and its input then stand. `Bytes` is what the reader reads
 /// from.
 template <class Reader, class Bytes>
@@ -99,7 +108,7 @@ std::string outcome(const Call& call, Reader& reader, Bytes& bytes, std::istream
                 out << reader.read();
                 break;
             case Call::UNTIL:
-                out << reader.readUntil(call.stop, end) << " before " << end;
+                out << readUntil(reader, call.stop, end) << " before " << end;
                 break;
             case Call::LINE:
                 out << reader.readLine();
@@ -162,12 +171,12 @@ std::size_t expectPlainSkips(const InputKind& kind, unsigned seed) {
     plain::Reader plainReader(*input.source, TextStream::NL_DEFAULT);
     std::size_t shown = 0;
     for (int i = 0; i < 40; ++i) {
-        const std::string_view text = reader.atHand();
+        const std::string_view text = InPlace::atHand(reader);
         shown += text.size();
         const std::size_t most = std::min(text.find_first_of("\n\r\xff"), text.size());
         const std::size_t count = draws.oneIn(2) ? most : draws.below(most + 1);
         const std::string expected(text.substr(0, count));
-        reader.skip(count);
+        InPlace::skip(reader, count);
         std::string skipped;
         while (skipped.size() < count)
             skipped += static_cast<char>(plainReader.read());

@@ -11,6 +11,7 @@
 
 #include <moxtel/memory.hpp>
 
+#include "../../../src/libmoxtel/in_place.hpp"
 #include "support/temp_dir.hpp"
 
 namespace moxtel::io {
@@ -360,7 +361,7 @@ TEST(ReadUntil, GivesThePeekedCharacterWhereTheStreamHasMovedSince) {
     EXPECT_EQ(reader.peek(), 'a');
     in.seekg(4);
     int end = 0;
-    EXPECT_EQ(reader.readUntil(',', end), "aef");
+    EXPECT_EQ(InPlace::readUntil(reader, ',', end), "aef");
     EXPECT_EQ(end, ',');
     EXPECT_EQ(reader.col(), 3U);
 }
@@ -370,7 +371,7 @@ TEST(ReadUntil, GivesThePeekedCharacterOnceWhereTheStreamStandsBehindIt) {
     TextReader reader(in, TextStream::NL_DEFAULT);
     EXPECT_EQ(reader.peek(), 'a');
     int end = 0;
-    EXPECT_EQ(reader.readUntil(',', end), "abc");
+    EXPECT_EQ(InPlace::readUntil(reader, ',', end), "abc");
     EXPECT_EQ(end, ',');
     EXPECT_EQ(reader.col(), 3U);
 }
@@ -380,51 +381,51 @@ TEST(ReadUntil, GivesThePeekedCharacterOnceWhereTheStreamStandsBehindIt) {
 TEST(AtHand, IsWhatWasPeekedAtAndTheRestOfTheBuffer) {
     std::istringstream in("ab\r\ncd");
     TextReader reader(in, TextStream::NL_DEFAULT);
-    EXPECT_EQ(reader.atHand(), "");
+    EXPECT_EQ(InPlace::atHand(reader), "");
     reader.peek();
-    EXPECT_EQ(reader.atHand(), "ab\r\ncd");
+    EXPECT_EQ(InPlace::atHand(reader), "ab\r\ncd");
     reader.read();
-    EXPECT_EQ(reader.atHand(), "");
+    EXPECT_EQ(InPlace::atHand(reader), "");
     reader.peek();
-    EXPECT_EQ(reader.atHand(), "b\r\ncd");
+    EXPECT_EQ(InPlace::atHand(reader), "b\r\ncd");
 }
 
 TEST(AtHand, IsNothingWithoutAStreamOrABlock) {
     TextReader none;
     none.peek();
-    EXPECT_EQ(none.atHand(), "");
+    EXPECT_EQ(InPlace::atHand(none), "");
 
     std::string block = "ab";
     TextReader overBlock(Device::wrapArray(block.data(), block.size(), OPEN_READ), 0);
     overBlock.peek();
-    EXPECT_EQ(overBlock.atHand(), "");
+    EXPECT_EQ(InPlace::atHand(overBlock), "");
 
     std::istringstream in("abc");
     TextReader moved(in, TextStream::NL_DEFAULT);
     moved.peek();
     in.seekg(0);
-    EXPECT_EQ(moved.atHand(), "");
+    EXPECT_EQ(InPlace::atHand(moved), "");
     in.seekg(2);
-    EXPECT_EQ(moved.atHand(), "");
+    EXPECT_EQ(InPlace::atHand(moved), "");
     EXPECT_EQ(moved.readLine(), "ac");
 
     std::istringstream ended("a");
     TextReader last(ended, TextStream::NL_DEFAULT);
     last.peek();
-    EXPECT_EQ(last.atHand(), "");
+    EXPECT_EQ(InPlace::atHand(last), "");
 }
 
 TEST(Skip, ReadsThatManyCharacters) {
     std::istringstream in("abcd\ne");
     TextReader reader(in, TextStream::NL_DEFAULT);
-    reader.skip(0);
+    InPlace::skip(reader, 0);
     reader.peek();
-    reader.skip(0);
+    InPlace::skip(reader, 0);
     EXPECT_EQ(reader.col(), 0U);
-    reader.skip(1);
+    InPlace::skip(reader, 1);
     EXPECT_EQ(reader.col(), 1U);
     reader.peek();
-    reader.skip(2);
+    InPlace::skip(reader, 2);
     EXPECT_EQ(reader.col(), 3U);
     EXPECT_EQ(reader.readLine(), "d");
     EXPECT_EQ(reader.row(), 1U);

@@ -6,12 +6,10 @@
 #include <limits>
 #include <streambuf>
 
-#pragma GCC visibility push(default)
-
 namespace moxtel::io {
 
-/// What a stream buffer holds ready to be read: looked at and consumed without a virtual call, and
-/// without the bookkeeping of the stream, of which only `gcount` tells the difference.
+/// What a stream buffer holds ready to be read. The characters are looked at and consumed without a
+/// virtual call and without the bookkeeping of the stream; only its `gcount` tells the difference.
 class GetArea : public std::streambuf {
   public:
     GetArea() = delete;
@@ -22,17 +20,17 @@ class GetArea : public std::streambuf {
         return stream.good() && begin(*buffer) < end(*buffer) ? buffer : nullptr;
     }
 
-    /// Where the characters begin that were read before and that the buffer still has; they end
-    /// where those that are ready begin.
+    /// Where the characters begin that were read before and that the buffer still has. They end
+    /// where the ready characters begin.
     static const char* past(const std::streambuf& buffer) { return (buffer.*&GetArea::eback)(); }
 
     /// @{
-    /// Where the characters that are ready begin and end.
+    /// Where the ready characters begin and end.
     static const char* begin(const std::streambuf& buffer) { return (buffer.*&GetArea::gptr)(); }
     static const char* end(const std::streambuf& buffer) { return (buffer.*&GetArea::egptr)(); }
     /// @}
 
-    /// Consumes the characters before `next`, which lies in the area.
+    /// Consumes the ready characters before `next`.
     static void skipTo(std::streambuf& buffer, const char* next) {
         constexpr std::ptrdiff_t most = std::numeric_limits<int>::max();
         while (begin(buffer) != next)
@@ -41,5 +39,3 @@ class GetArea : public std::streambuf {
 };
 
 }  // namespace moxtel::io
-
-#pragma GCC visibility pop
