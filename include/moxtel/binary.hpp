@@ -24,15 +24,15 @@ constexpr bool isBytes() {
 }
 
 /// What readers and writers have in common: the device, never null, and the byte order of the data.
-/// Copies share the device.
+/// Copies share the device. A stream and its copies belong to one thread.
 ///
-/// A device given by pointer is shared through the registry of managed memory and destroyed with
-/// its last holder. A device given by reference is asked for its `makeProxy()`, which is held in
-/// the same way: unless the owner of the device has registered it with `mem::protect` before, the
-/// stream takes it over.
+/// A device that is given by pointer is shared through the registry of managed memory and destroyed
+/// with its last holder. Of a device that is given by reference, the stream holds the `makeProxy()`
+/// in the same way. The stream thus takes a device over, unless its owner has registered it with
+/// `mem::protect` before.
 class BinaryStream {
   public:
-    /// Over `device`, which is shared as told above. Throws `AccessException` for null.
+    /// Over `device`, which is shared as said above. Throws `AccessException` for null.
     BinaryStream(Device* device, Endianness endian);
 
     /// Over the proxy of `device`.
@@ -46,7 +46,7 @@ class BinaryStream {
     mem::Pointer<Device> handle() const { return m_device; }
 
     /// @{
-    /// The byte order of integers, for what is read or written from here on. With another than the
+    /// The byte order of the integers that are read or written from now on. With any value but the
     /// two of `Endianness`, reading or writing an integer of more than one byte throws
     /// `UnsupportedOperationException`.
     Endianness endian() const { return m_endian; }
@@ -58,10 +58,10 @@ class BinaryStream {
     Endianness m_endian;            ///< See `endian()`.
 };
 
-/// Reads numbers and strings. A number of which the device has not all the bytes is no error: the
-/// bytes that are missing count as 0. Nothing is buffered here: a value costs a read of the device,
-/// a string behind its length two (a long one more), and one that ends with a NUL one for each
-/// byte.
+/// Reads numbers and strings. A number that is cut off by the end of the data is no error: missing
+/// bytes count as 0. The reader buffers nothing. A number costs one read of the device, a string
+/// behind its length costs two (a long one costs more), and a string that ends with a NUL costs one
+/// for each byte.
 class BinaryReader : public BinaryStream {
   public:
     using BinaryStream::BinaryStream;
@@ -81,7 +81,7 @@ class BinaryReader : public BinaryStream {
         : BinaryStream(Device::wrapArray(static_cast<const void*>(buf), len), endian) {}
     /// @}
 
-    /// Over a file (see `Device::fromFile`) of little-endian data; the flags 0 stand for
+    /// Over a file (see `Device::fromFile`) of little-endian data. The flags 0 stand for
     /// `OPEN_READ`.
     static BinaryReader fromFile(const std::string& path, int openFlags = 0);
 
@@ -97,7 +97,7 @@ class BinaryReader : public BinaryStream {
     /// @}
 
     /// @{
-    /// An integer of so many bits, signed or unsigned, in the byte order `endian()`.
+    /// Read an integer of so many bits, signed or unsigned, in the byte order `endian()`.
     signed char readSI8();
     unsigned char readUI8();
     short readSI16();
@@ -109,33 +109,34 @@ class BinaryReader : public BinaryStream {
     /// @}
 
     /// @{
-    /// The bytes in the order of this machine, whatever `endian()` is.
+    /// Read the bytes in the order of this machine, whatever `endian()` is.
     float readFloat();
     double readDouble();
     /// @}
 
     /// @{
-    /// A string behind its length, an unsigned integer of so many bits. Shorter than that where the
-    /// data ends early, as far as the device counts it. Throws `IOException` when the device's read
-    /// fails, and `std::bad_alloc` when there is no memory for the data.
+    /// Read a string behind its length, an unsigned integer of so many bits. The string is shorter
+    /// where the data ends early, as far as the device counts that. Throw `IOException` when a read
+    /// of the device fails, and `std::bad_alloc` when there is no memory for the data.
     ///
-    /// The length is not trusted: more than 64 KiB is read in pieces, each as long as what is there
-    /// already, so that memory grows with the data alone.
+    /// The length is not trusted. More than 64 KiB is read in pieces, each as long as the text
+    /// before it, so memory grows with the data alone.
     std::string readPStr8();
     std::string readPStr16();
     std::string readPStr32();
     std::string readPStr64();
     /// @}
 
-    /// The bytes up to a NUL, which is consumed, or up to the end of the data. A byte 0xFF counts
-    /// as that end.
+    /// Reads the bytes up to a NUL, which is consumed, or up to the end of the data. A byte 0xFF
+    /// counts as that end.
     std::string readNTS();
 };
 
-/// Writes numbers and strings. Each operation gives the number of bytes that the device wrote; a
+/// Writes numbers and strings. Each operation returns the number of bytes that the device wrote; a
 /// transfer that failed counts as `Device::FAILED`, also in a sum.
 ///
-/// A part of a string is given by its start and length, and cut to what lies inside the string.
+/// A part of a string is given by its start and its length, and is cut to what lies inside the
+/// string.
 class BinaryWriter : public BinaryStream {
   public:
     using BinaryStream::BinaryStream;
@@ -150,7 +151,7 @@ class BinaryWriter : public BinaryStream {
     /// copies. Nothing is written past them.
     BinaryWriter(void* buf, std::size_t len, Endianness endian);
 
-    /// Over a file (see `Device::fromFile`) of little-endian data; the flags 0 stand for
+    /// Over a file (see `Device::fromFile`) of little-endian data. The flags 0 stand for
     /// `OPEN_WRITE`.
     static BinaryWriter fromFile(const std::string& path, int openFlags = 0);
 
@@ -164,7 +165,7 @@ class BinaryWriter : public BinaryStream {
     /// @}
 
     /// @{
-    /// An integer of so many bits, signed or unsigned, in the byte order `endian()`.
+    /// Write an integer of so many bits, signed or unsigned, in the byte order `endian()`.
     std::size_t writeSI8(signed char value);
     std::size_t writeUI8(unsigned char value);
     std::size_t writeSI16(short value);
@@ -176,29 +177,29 @@ class BinaryWriter : public BinaryStream {
     /// @}
 
     /// @{
-    /// The bytes in the order of this machine, whatever `endian()` is.
+    /// Write the bytes in the order of this machine, whatever `endian()` is.
     std::size_t writeFloat(float value);
     std::size_t writeDouble(double value);
     /// @}
 
     /// @{
-    /// A part of a string behind its length, an unsigned integer of so many bits. Throws
-    /// `IOException`, with nothing written, when the length does not fit. `writePStr64` has no
-    /// limit but writes only the low 16 bits of the length, so what it writes reads back only up to
-    /// 65535 bytes.
+    /// Write a part of a string behind its length, an unsigned integer of so many bits. Throw
+    /// `IOException` and write nothing when the length does not fit. `writePStr64` has no limit,
+    /// but writes only the low 16 bits of the length; only strings of up to 65535 bytes read back.
     std::size_t writePStr8(const std::string& str, std::size_t start, std::size_t len);
     std::size_t writePStr16(const std::string& str, std::size_t start, std::size_t len);
     std::size_t writePStr32(const std::string& str, std::size_t start, std::size_t len);
     std::size_t writePStr64(const std::string& str, std::size_t start, std::size_t len);
     /// @}
 
-    /// A part of a string, then a NUL.
+    /// Writes a part of a string, then a NUL.
     std::size_t writeNTS(const std::string& str, std::size_t start, std::size_t len);
 
     /// @{
-    /// Pass on what the device holds back, and `close` closes its file (see `Device::close`).
-    /// Whether nothing is lost of all that this writer, or the one that it is a copy of, was to
-    /// write. A device that a writer leaves without them does the same and tells nobody.
+    /// Pass on what the device holds back; `close` also closes its file (see `Device::close`).
+    /// Return whether nothing is lost of all that this writer, or the one that it was copied from,
+    /// was to write. Without these calls the device does the same when it goes, and reports
+    /// nothing.
     bool flush();
     bool close();
     /// @}
@@ -208,7 +209,7 @@ class BinaryWriter : public BinaryStream {
     std::size_t m_writeValue(T value);
     std::size_t m_writePart(const std::string& str, std::size_t start, std::size_t len);
 
-    bool m_lost = false;  ///< Whether the device did not write all of something.
+    bool m_lost = false;  ///< Whether the device has once written less than it was to write.
 };
 
 }  // namespace moxtel::io

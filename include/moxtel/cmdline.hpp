@@ -12,14 +12,15 @@
 namespace moxtel::cmdline {
 
 /// The options of a program, and the parser of its arguments. Options are registered once, before
-/// parsing: each gets a serial, counted from 1 and never used again, and may be bound to a short
-/// and to a long key. The registry is not copied, for its options and parse results point into it.
+/// parsing. Each option gets a serial, counted from 1 and never used again, and may be bound to a
+/// short and to a long key. The registry is neither copied nor moved, since its options and parse
+/// results point to it. It belongs to one thread.
 class CmdLine {
   public:
-    /// A value as given, and as converted by the option's domain: the member of the union for it is
-    /// the one that is set (for `STRING` it is `ui`, to 0).
+    /// A value as given, and as converted by the option's domain. The member of the union for that
+    /// domain is set; for `STRING`, `ui` is set to 0.
     struct Value {
-        /// The member of the domain at hand.
+        /// A member for each domain.
         union Data {
             bool b;               ///< `BOOL`.
             int si;               ///< `SINT`.
@@ -35,17 +36,17 @@ class CmdLine {
     struct Binding {
         std::size_t pos = 0;             ///< Index in `argv` of the token that named it.
         mem::Array<Value> values;        ///< In command-line order.
-        const Option* source = nullptr;  ///< The option named; the registry's.
+        const Option* source = nullptr;  ///< The option named; the registry owns it.
     };
 
-    /// What a parse gave: when it failed, nothing but that.
+    /// The result of a parse; a failed one has no bindings and no positional arguments.
     struct Result {
         bool success = false;            ///< Whether all arguments could be read.
         mem::Array<Binding> bindings;    ///< In command-line order.
         mem::Array<std::string> excess;  ///< The positional arguments in order.
 
         /// @{
-        /// Whether the parse succeeded, or did not.
+        /// Whether the parse succeeded, and whether it failed.
         operator bool() const { return success; }
         bool operator!() const { return !success; }
         /// @}
@@ -56,10 +57,10 @@ class CmdLine {
     CmdLine& operator=(const CmdLine&) = delete;
 
     /// @{
-    /// Registers a copy of `option` and gives its serial. No key is bound: those that the option
-    /// has from another registry are kept in the copy, and lead to it only once they are bound to
-    /// it, while other keys are refused for it. The forms with keys then bind them, as `bindShort`
-    /// and `bindLong` do; when that throws, the option stays registered, bound as far as it came.
+    /// Registers a copy of `option` and returns its serial. No key is bound. The copy keeps the
+    /// keys that the option has from another registry; they lead to the copy only when they are
+    /// bound, and other keys are refused. The forms with keys then bind them as `bindShort` and
+    /// `bindLong` do. When that throws, the option stays registered, with the keys bound so far.
     unsigned add(const Option& option);
     unsigned add(char shortKey, const std::string& longKey, const Option& option);
     unsigned add(char shortKey, const Option& option) { return add(shortKey, "", option); }
@@ -69,7 +70,7 @@ class CmdLine {
     /// @}
 
     /// @{
-    /// The same, making the option of its parts.
+    /// The same for an option that is made from these parts.
     unsigned add(char shortKey, const std::string& longKey, Domain domain,
                  const std::string& description, std::size_t arity, bool mandatory) {
         return add(shortKey, longKey, Option(domain, description, arity, mandatory));
@@ -109,13 +110,14 @@ class CmdLine {
     /// @}
 
     /// @{
-    /// Binds a key to the option of `serial`, which is registered as an empty option when there is
-    /// none; a key that is bound already then moves to it. Does nothing for the key NUL or "" where
-    /// the option has no such key. Throws `AlreadyExistsException`, leaving everything as it was,
-    /// when the option exists and the key is bound already, be it to that option (`Key "x" is
-    /// already mapped.`), or when the option has another key of the kind (`Serial already mapped to
-    /// short key "x".`, or `long key`). Where memory is exhausted the option may be left registered
-    /// without the key.
+    /// Binds a key to the option of `serial`. Where there is no such option, an empty one is
+    /// registered, and a key that is bound already moves to it. The key NUL or "" does nothing
+    /// where the option has no such key.
+    ///
+    /// Throws `AlreadyExistsException` and leaves everything as it was when the option exists and
+    /// the key is bound already, to whichever option (`Key "x" is already mapped.`), or when the
+    /// option has another key of the kind (`Serial already mapped to short key "x".`, or `long
+    /// key`). Where memory is exhausted, the option may stay registered without the key.
     void bindShort(char key, unsigned serial);
     void bindLong(const std::string& key, unsigned serial);
     /// @}
@@ -130,20 +132,21 @@ class CmdLine {
 
     /// @{
     /// The option of a serial or key, valid as long as the registry. Throws `NotFoundException`
-    /// with the message "Key not found\n" when absent.
+    /// with the message "Key not found\n" when there is none.
     const Option& forSerial(unsigned serial) const { return m_options[serial]; }
     const Option& forShort(char key) const { return m_options[m_shortKeys[key]]; }
     const Option& forLong(const std::string& key) const { return m_options[m_longKeys[key]]; }
     /// @}
 
-    /// Reads `argv` from index 1 on. An option is `-k` or `--name`, and short options are not
-    /// clustered. Its first value may be attached: `-k5`, `-k=5`, `--name=5`; further ones are the
-    /// next tokens that do not begin with a dash, as many as the option takes. Everything else is a
-    /// positional argument, a lone `-` and `--` included; `--` ends nothing.
+    /// Reads `argv` from index 1 on; none of the `argc` tokens is null. An option is `-k` or
+    /// `--name`; short options are not clustered. The first value of an option may be attached:
+    /// `-k5`, `-k=5`, `--name=5`. Further values are the next tokens that do not begin with a dash,
+    /// as many as the option takes. Everything else is a positional argument, also `-` and `--`;
+    /// `--` does not end the options.
     ///
-    /// Problems are reported here, a line each, on standard error (an unknown long option on
-    /// standard output), and fail the parse. It goes on to report further ones, but a value that
-    /// does not convert ends it.
+    /// The parse reports each problem by a line on standard error (an unknown long option on
+    /// standard output), and fails. It goes on after most problems, but a value that does not
+    /// convert ends it. The result is valid as long as the registry.
     Result parse(int argc, const char* const* argv) const;
 
   private:

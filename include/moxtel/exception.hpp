@@ -9,12 +9,12 @@
 #pragma GCC visibility push(default)
 
 /// \file
-/// The exception family of the library, and `exceptf`, which builds a member of it from a printf
-/// format. Most exceptions are thrown by value; an operation that throws a pointer to a heap object
-/// says so, and its handler deletes the object.
+/// The exception family of the library, and `exceptf`, which makes an exception from a printf
+/// format. Most exceptions are thrown by value. An operation that throws a pointer to a heap object
+/// says so; the handler deletes the object. Each thread may use exceptions of its own.
 namespace moxtel {
 
-/// Root of the family: an owned message.
+/// The root of the family. It owns its message.
 class Exception : public std::exception {
   public:
     /// With an empty message.
@@ -28,7 +28,7 @@ class Exception : public std::exception {
     ~Exception() override = default;
 
     /// @{
-    /// The message; valid as long as the exception object.
+    /// The message, valid as long as the exception object.
     const char* what() const noexcept override { return m_why.c_str(); }
     const std::string& why() const { return m_why; }
     /// @}
@@ -49,13 +49,13 @@ class NotFoundException : public AccessException {
     using AccessException::AccessException;
 };
 
-/// A device, a stream or the content of a file failed.
+/// A device or a stream failed, or a file has wrong content.
 class IOException : public Exception {
   public:
     using Exception::Exception;
 };
 
-/// An operation that the object at hand does not offer.
+/// An object does not offer the operation.
 class UnsupportedOperationException : public Exception {
   public:
     using Exception::Exception;

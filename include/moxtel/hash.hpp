@@ -8,8 +8,8 @@
 #pragma GCC visibility push(default)
 
 /// \file
-/// Hash codes of keys. They depend on the bytes of the key alone, so they are the same in every run
-/// on machines of one byte order.
+/// Hash codes of keys. A code depends on the bytes of its key alone, so it is the same in every run
+/// on machines of one byte order. Any thread may call these functions.
 namespace moxtel::util {
 
 /// A hash code of `Bits` bits, an unsigned integer. Only 32 bits are defined.
@@ -21,13 +21,13 @@ template <>
 struct HashCode<32> {
     std::uint32_t value;  ///< Any number of 32 bits.
 
-    /// As `value`, so that a code serves as a number.
+    /// Gives `value`, so that a code serves as a number.
     constexpr operator std::uint32_t() const { return value; }
 };
 
-/// The FNV-1 code of `length` bytes, except that each byte is taken as a signed number: one of 0x80
-/// or above also flips the upper 24 bits, and gives another code than the usual FNV-1. Takes time
-/// linear in the length.
+/// The FNV-1 code of `length` bytes (Fowler, Noll and Vo), except that each byte is taken as a
+/// signed number. A byte of 0x80 or above thus also flips the upper 24 bits, and the code differs
+/// from the usual FNV-1. Takes time linear in the length. `data` may be null when the length is 0.
 template <unsigned Bits>
 HashCode<Bits> fnv1(const void* data, std::size_t length) {
     static_assert(Bits == 32, "only codes of 32 bits are defined");
@@ -40,8 +40,8 @@ HashCode<Bits> fnv1(const void* data, std::size_t length) {
     return {h};
 }
 
-/// The hash function of keys of type `K`: for integers and enumerations over their bytes as they
-/// lie in memory. Specialise it for other keys; keys that are equal need the same code.
+/// The hash function of keys of type `K`. For integers and enumerations it takes their bytes as
+/// they lie in memory. Specialise the template for other keys; equal keys need the same code.
 template <class K, unsigned Bits = 32>
 struct DefaultHash {
     static_assert(std::is_integral_v<K> || std::is_enum_v<K>, "no hash function for these keys");
@@ -50,7 +50,7 @@ struct DefaultHash {
     HashCode<Bits> operator()(K key) const { return fnv1<Bits>(&key, sizeof key); }
 };
 
-/// Texts: over their characters, NULs among them included, without a terminator.
+/// The hash function of texts. It takes their characters, NULs too, without a terminator.
 template <unsigned Bits>
 struct DefaultHash<std::string, Bits> {
     /// The code of `key`, in time linear in its length.

@@ -6,10 +6,10 @@
 #pragma GCC visibility push(default)
 
 /// \file
-/// Byte orders, and integers moved between them.
+/// Byte orders, and the conversion of integers between them. Any thread may call these functions.
 namespace moxtel {
 
-/// A byte order, as the integer whose bytes a host of that order keeps in memory as 3, 2, 1, 0.
+/// A byte order, as the integer whose bytes lie in the memory of such a machine as 3, 2, 1, 0.
 enum Endianness : std::uint32_t {
     ENDIAN_LITTLE = 0x00010203,
     ENDIAN_BIG = 0x03020100,
@@ -19,19 +19,19 @@ enum Endianness : std::uint32_t {
 extern const Endianness HOST_ENDIAN;
 
 /// @{
-/// The value with its bytes in reverse.
+/// The value with its bytes in reverse order.
 unsigned short swap16(unsigned short value);
 unsigned int swap32(unsigned int value);
 int swap32(int value);
 unsigned long swap64(unsigned long value);
 /// @}
 
-/// Reverses `len` bytes in place.
+/// Reverses the order of `len` bytes in place; `buf` may be null when `len` is 0.
 void cswap(char* buf, std::size_t len);
 
 /// @{
-/// The value with its bytes brought from the order `from` into the order `to`. Throws
-/// `UnsupportedOperationException` when the two are neither equal nor the reverse of each other.
+/// The value with its bytes converted from the order `from` to the order `to`. Throws
+/// `UnsupportedOperationException` when the orders are neither equal nor the reverse of each other.
 short endianConvert16(short value, Endianness from, Endianness to);
 unsigned short endianConvert16(unsigned short value, Endianness from, Endianness to);
 int endianConvert32(int value, Endianness from, Endianness to);
@@ -41,7 +41,8 @@ unsigned long endianConvert64(unsigned long value, Endianness from, Endianness t
 /// @}
 
 /// @{
-/// `endianConvert` to the order of this machine; as a reversal it serves the way back too.
+/// `endianConvert` to the order of this machine. Since it reverses the bytes, it converts back,
+/// too.
 short toHostEndian16(short value, Endianness from);
 unsigned short toHostEndian16(unsigned short value, Endianness from);
 int toHostEndian32(int value, Endianness from);

@@ -8,22 +8,22 @@
 
 namespace moxtel::util {
 
-/// How values of type `T` have keys. As it stands here a value is its own key; specialise it for
+/// How values of type `T` have keys. By default a value is its own key. Specialise the template for
 /// values that carry a key.
 template <class T>
 struct KeyOperations {
     /// The key of a value, valid as long as the value.
     static const T& extract(const T& value) { return value; }
 
-    /// Whether two keys are the same; their hash codes must be so then.
+    /// Whether two keys are equal. Equal keys must have equal hash codes.
     static bool equals(const T& a, const T& b) { return a == b; }
 
     /// Turns a value-initialised `value` into the value for `key`.
     static void createValue(const T& key, T& value) { value = key; }
 };
 
-/// The pairs of a map: the key is `first`, and a new value is value-initialised (0 for numbers).
-/// Keys need a copy constructor and `==`; their constructors may throw.
+/// The pairs of a map. The key is `first`; a new value is value-initialised (0 for numbers). Keys
+/// need a copy constructor, which may throw, and `==`.
 template <class K, class V>
 struct KeyOperations<std::pair<const K, V>> {
     /// @{
@@ -32,16 +32,16 @@ struct KeyOperations<std::pair<const K, V>> {
     static bool equals(const K& a, const K& b) { return a == b; }
     /// @}
 
-    /// The pair of a copy of `key` and a new value.
+    /// A pair of a copy of `key` and a new value.
     static std::pair<const K, V> makeValue(const K& key) { return {key, V()}; }
 
-    /// Makes `value` that pair. Where copying the key throws, the pair stays as it was. Refused at
-    /// compile time for keys whose move constructor may throw, of which a map has no need.
+    /// Turns `value` into such a pair. Where copying the key throws, `value` stays as it was. Keys
+    /// whose move constructor may throw are refused at compile time; maps use `makeValue`.
     static void createValue(const K& key, std::pair<const K, V>& value) {
         static_assert(std::is_nothrow_move_constructible_v<K>,
                       "a pair must not be left without a key");
         std::pair<K, V> made(key, V());
-        // The key is const: it cannot be assigned, only made anew in its place.
+        // The key is const, so it is not assigned but made anew in its place.
         K* first = const_cast<K*>(&value.first);
         value.second = std::move(made.second);
         std::destroy_at(first);

@@ -14,19 +14,20 @@
 #pragma GCC visibility push(default)
 
 /// \file
-/// Characters over a device, with the line ends of the input translated to a single line feed and
-/// with rows and columns counted.
+/// Characters over a device. The line ends of the input become single line feeds, and rows and
+/// columns are counted.
 namespace moxtel::io {
 
 class DelimitedRowParser;
 class [[gnu::visibility("hidden")]] InPlace;
 
-/// What readers and writers have in common: the device and the position. Copies share the device.
+/// What readers and writers have in common: the device and the position. Copies share the device. A
+/// stream and its copies belong to one thread.
 ///
-/// A device given by pointer is shared through the registry of managed memory and destroyed with
-/// its last holder. A device given by reference is asked for its `makeProxy()`, which is held in
-/// the same way: unless the owner of the device has registered it with `mem::protect` before, the
-/// stream takes it over.
+/// A device that is given by pointer is shared through the registry of managed memory and destroyed
+/// with its last holder. Of a device that is given by reference, the stream holds the `makeProxy()`
+/// in the same way. The stream thus takes a device over, unless its owner has registered it with
+/// `mem::protect` before.
 class TextStream {
   public:
     /// The line ends that a reader accepts, as bit flags.
@@ -38,11 +39,11 @@ class TextStream {
         NL_LFCR = 8,
     };
 
-    /// No device: a reader is at the end of its data, and every write fails.
+    /// No device: a reader is at the end of the data, and every write fails.
     TextStream() = default;
 
     /// @{
-    /// Over a device that is shared as told above; null for none.
+    /// Over a device that is shared as said above; null stands for none.
     explicit TextStream(Device* device);
     explicit TextStream(Device& device);
     /// @}
@@ -51,11 +52,11 @@ class TextStream {
     TextStream& operator=(const TextStream&) = default;
     virtual ~TextStream() = default;
 
-    /// A share of the device.
+    /// A share of the device; null where there is none.
     mem::Pointer<Device> handle() const { return m_device; }
 
     /// @{
-    /// Line ends read or written so far, and characters since the last of them.
+    /// The number of line ends read or written so far, and of characters since the last line end.
     std::size_t row() const { return m_row; }
     std::size_t col() const { return m_col; }
     /// @}
@@ -67,19 +68,19 @@ class TextStream {
     std::size_t m_col = 0;                ///< See `col()`.
 };
 
-/// Reads text. `acceptNewlines` combines `Newline` values; what is not accepted as a line end is an
-/// ordinary character. With all accepted, CR LF and LF CR are one line end each, LF LF and CR CR
-/// two.
+/// Reads text. `acceptNewlines` combines `Newline` values. A line end that is not accepted is read
+/// as ordinary characters. With all accepted, CR LF and LF CR are one line end each; LF LF and CR
+/// CR are two.
 ///
 /// Characters are signed chars as `int`; -1 is the end of the data. A byte 0xFF reads as -1 too,
-/// yet the next call goes on after it. A copy has a look-ahead of its own over the shared device,
-/// so only one of the two is to go on reading.
+/// but the next call goes on after it. A copy has its own look-ahead over the shared device, so
+/// only one of the two may go on reading.
 class TextReader : public TextStream {
   public:
     TextReader() = default;
 
     /// @{
-    /// Over a device that is shared as told for `TextStream`; null for none.
+    /// Over a device that is shared as said for `TextStream`; null stands for none.
     TextReader(Device* device, int acceptNewlines);
     TextReader(Device& device, int acceptNewlines);
     /// @}
@@ -90,17 +91,18 @@ class TextReader : public TextStream {
     TextReader(std::iostream& inOut, int acceptNewlines);
     /// @}
 
-    /// Over a file (see `Device::fromFile`), accepting all line ends; the flags 0 stand for
+    /// Over a file (see `Device::fromFile`), with all line ends accepted. The flags 0 stand for
     /// `OPEN_READ`.
     static TextReader fromFile(const std::string& path, int openFlags = 0);
 
-    /// The next character as it is in the data, not consumed, not counted, no line end translated.
+    /// The next character as it is in the data. It is neither consumed nor counted, and line ends
+    /// are not translated.
     int peek() {
         m_last = m_take();
         return m_last;
     }
 
-    /// The next character, a line feed for an accepted line end.
+    /// Reads the next character: a line feed for an accepted line end.
     int read() {
         const int c = m_take();
         if (c == '\n' || c == '\r')
@@ -110,16 +112,17 @@ class TextReader : public TextStream {
         return c;
     }
 
-    /// Reads up to `len` bytes and translates them in place. Always 0: how many characters came of
-    /// them is not reported. The bytes do not include a character that was only peeked at.
+    /// Reads up to `len` bytes into `buf` and translates them there. Always returns 0: the number
+    /// of characters is not reported. A character that was only peeked at is not among the bytes.
     ///
-    /// A CR LF pair is written one place further on than where it was found, over bytes that are
-    /// still to be translated; what would come to lie past `len` is dropped. Text with CR LF line
-    /// ends is therefore to be read in another way.
+    /// The line feed of a CR LF pair is written one place too far, over bytes that are still to be
+    /// translated; what would lie past `len` is dropped. Do not read text with CR LF line ends in
+    /// this way.
     std::size_t read(char* buf, std::size_t len);
 
-    /// The characters up to the next accepted line end, which is consumed, or up to the end of the
-    /// data. An empty line and the end of the data give the same; `peek` tells them apart.
+    /// Reads up to the next accepted line end, which is consumed but not returned, or up to the end
+    /// of the data. An empty line and the end of the data both give an empty text; `peek` tells
+    /// them apart.
     std::string readLine();
 
   private:
@@ -155,20 +158,20 @@ class TextReader : public TextStream {
     void m_count(bool lineEnd);
 
     int m_acceptNewlines = -1;
-    int m_last = -1;               ///< A character that was peeked at, -1 when there is none.
-    std::ios* m_stream = nullptr;  ///< What the device reads from, if it tells.
+    int m_last = -1;               ///< The character that was peeked at, -1 when there is none.
+    std::ios* m_stream = nullptr;  ///< The stream that the device reads from, or null.
 };
 
-/// Writes text; a line ends with a single line feed. Each operation gives the number of
-/// characters that the device took; it goes on after a character that failed. Rows and columns are
-/// counted after the character was written, so not for one that the device throws for. Each
-/// character costs a call of the device.
+/// Writes text; a line ends with a single line feed. Each operation returns the number of
+/// characters that the device took, and goes on after a character that failed. A character is
+/// counted after it was written, so one that the device throws for is not counted. Each character
+/// costs a call of the device.
 class TextWriter : public TextStream {
   public:
     TextWriter() = default;
 
     /// @{
-    /// Over a device that is shared as told for `TextStream`; null for none.
+    /// Over a device that is shared as said for `TextStream`; null stands for none.
     explicit TextWriter(Device* device);
     explicit TextWriter(Device& device);
     /// @}
@@ -179,35 +182,37 @@ class TextWriter : public TextStream {
     explicit TextWriter(std::iostream& inOut);
     /// @}
 
-    /// Over a file (see `Device::fromFile`); the flags 0 stand for `OPEN_WRITE`.
+    /// Over a file (see `Device::fromFile`). The flags 0 stand for `OPEN_WRITE`.
     static TextWriter fromFile(const std::string& path, int openFlags = 0);
 
-    /// The byte `(char)c`, or the line end for a line feed. The column counts a byte that failed.
+    /// Writes the byte `(char)c`, or a line end for a line feed. The column counts a byte that
+    /// failed, too.
     std::size_t write(int c);
 
-    /// A line end. Row and column stay as they are when it fails.
+    /// Writes a line end. Row and column stay as they are when that fails.
     std::size_t writeLine();
 
     /// @{
-    /// Every character as by `write(int)`, NULs too.
+    /// Write every character as `write(int)` does, NULs too.
     std::size_t write(const char* buf, std::size_t len);
     std::size_t write(const std::string& str);
     /// @}
 
-    /// Writes from index `i` up to, not including, index `len`: `len` is an end index. When it is
-    /// npos or `i + len` lies past the end of `str`, the end is that of `str`.
+    /// Writes from index `i` up to, not including, index `len`, which is thus an end index. The end
+    /// of `str` is taken instead when `len` is npos or `i + len` lies past it.
     std::size_t write(const std::string& str, std::size_t i, std::size_t len);
 
-    /// Text up to its NUL.
+    /// Writes `str` up to its NUL; `str` is not null.
     std::size_t writeString(const char* str);
 
-    /// Text up to its NUL, then a line end.
+    /// Writes `str` up to its NUL, then a line end; `str` is not null.
     std::size_t writeLine(const char* str);
 
     /// @{
-    /// Pass on what the device holds back, and `close` closes its file (see `Device::close`).
-    /// Whether nothing is lost of all that this writer, or the one that it is a copy of, was to
-    /// write. A device that a writer leaves without them does the same and tells nobody.
+    /// Pass on what the device holds back; `close` also closes its file (see `Device::close`).
+    /// Return whether nothing is lost of all that this writer, or the one that it was copied from,
+    /// was to write. Without these calls the device does the same when it goes, and reports
+    /// nothing.
     bool flush();
     bool close();
     /// @}
@@ -219,7 +224,7 @@ class TextWriter : public TextStream {
         return taken;
     }
 
-    bool m_lost = false;  ///< Whether the device refused a character.
+    bool m_lost = false;  ///< Whether the device has refused a character.
 };
 
 }  // namespace moxtel::io

@@ -36,7 +36,7 @@ mem::Array<char> makeCharClass(const char* str, bool prepared) {
 
 }  // namespace
 
-// The registry of managed memory comes into being while this object is made, so it outlives it.
+// The registry of managed memory is made first, so it outlives this object.
 const Alphabet Alphabet::WHITESPACE(" \t\r\n", false);
 
 Alphabet::Alphabet(const char* str, bool prepared) : m_cc(makeCharClass(str, prepared)) {}

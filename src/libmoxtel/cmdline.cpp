@@ -27,7 +27,7 @@ unsigned CmdLine::add(const Option& option) {
     ++m_serial;
     copy.m_serial = serial;
     copy.m_owner = this;
-    // A key may have been bound to the serial before it was handed out.
+    // A key may have been bound to the serial before the serial was given to an option.
     if (registered.m_shortKey != '\0')
         copy.m_shortKey = registered.m_shortKey;
     if (!registered.m_longKey.empty())
@@ -65,7 +65,7 @@ void CmdLine::bindLong(const std::string& key, unsigned serial) {
         return;
     if (!option.m_longKey.empty() && option.m_longKey != key)
         refuseMappedSerial("long", option.m_longKey);
-    // Copied first: only what cannot fail may follow the mapping.
+    // The copy is made first, since nothing that can fail may follow the mapping.
     std::string copy(key);
     m_longKeys[key] = serial;
     option.m_longKey = std::move(copy);

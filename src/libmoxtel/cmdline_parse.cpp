@@ -10,8 +10,8 @@
 #include <moxtel/memory.hpp>
 #include <moxtel/parse.hpp>
 
-// One walk over the tokens. Each step gives whether the walk goes on with the token at `i`; that
-// the parse has failed is remembered apart from it.
+// One walk over the tokens. Each step returns whether the walk goes on with the token at `i`. A
+// failure of the parse is remembered apart from that.
 namespace moxtel::cmdline {
 
 namespace {
@@ -65,7 +65,7 @@ bool processValue(const char* text, const Option& option, CmdLine::Value& value)
     return false;
 }
 
-/// `attached` is what follows the key in the option's token, perhaps with a leading `=`.
+/// `attached` is the text after the key in the option's token, perhaps with a leading `=`.
 bool processOption(Walk& walk, const Option& option, bool isShort, const char* attached) {
     const auto pos = static_cast<std::size_t>(walk.i - 1);
     const std::string name =
@@ -86,7 +86,7 @@ bool processOption(Walk& walk, const Option& option, bool isShort, const char* a
         if (!take(attached))
             return walk.success = false;
     }
-    // A token that begins with a dash is never a value: a negative number has to be attached.
+    // A token that begins with a dash is never a value, so a negative number must be attached.
     while (walk.i < walk.argc && values.size() < option.maxArity && *walk.argv[walk.i] != '-')
         if (!take(walk.argv[walk.i++]))
             return walk.success = false;
@@ -114,7 +114,7 @@ bool parseLongOption(Walk& walk, const char* token) {
     const char* attached = token + 2 + std::strcspn(token + 2, "=");
     const std::string name(token + 2, attached);
     if (!walk.registry.hasLong(name)) {
-        // The one message that goes to standard output; the short form's does not.
+        // Only this message goes to standard output, not that of a short option.
         std::printf("Unknown long option: %s\n", name.c_str());
         walk.success = false;
         return true;

@@ -13,7 +13,7 @@ namespace moxtel::io {
 
 namespace {
 
-/// The result of `call`, which is made anew as long as a signal interrupts it.
+/// Repeats `call` as long as a signal interrupts it, and returns its result.
 template <class Call>
 auto uninterrupted(Call call) {
     auto result = call();

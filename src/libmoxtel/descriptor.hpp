@@ -6,11 +6,12 @@
 
 namespace moxtel::io {
 
-/// A file descriptor under the name that errors call it by. Interrupted calls are made again and
-/// short ones go on, so that each operation does the whole or throws `FileError`.
+/// A file descriptor, with the name that errors give the file. A call that a signal interrupts is
+/// made again, and a short write goes on, so each operation does all of its work or throws
+/// `FileError`.
 class Descriptor {
   public:
-    /// Opens the file `path` with these flags of `open`; it is closed with the object.
+    /// Opens the file `path` with these flags of `open`. The file is closed with the object.
     Descriptor(const std::string& path, int flags);
 
     /// An open descriptor that stays the caller's.
@@ -23,15 +24,16 @@ class Descriptor {
     /// False when the file could not be opened, and after `close`.
     bool isOpen() const { return m_descriptor >= 0; }
 
-    /// Up to `n` bytes; 0 at the end of the file, and for a directory.
+    /// Reads up to `n` bytes. Returns the number of bytes read; 0 at the end of the file and for a
+    /// directory.
     std::size_t read(char* buf, std::size_t n);
 
-    /// All of `text`. When that fails in the midst of a line, the beginning of that line is taken
-    /// back, as far as this call wrote it, where the file is a regular one that ends there.
+    /// Writes all of `text`. A write that fails in the midst of a line takes back the beginning of
+    /// that line, as far as this call wrote it, where the file is a regular one that ends there.
     void write(std::string_view text);
 
-    /// Closes the descriptor, or a copy of one that stays the caller's: some systems tell only then
-    /// that what was written is lost. Throws what a failed write threw before.
+    /// Closes the descriptor, or a copy of one that stays the caller's: some systems report lost
+    /// data only then. Throws again what a failed write threw before.
     void close();
 
   private:

@@ -53,7 +53,7 @@ void doSeek(std::FILE* peer, long off, SeekWhence whence) {
     std::fseek(peer, off, origin);
 }
 
-/// A file; the peer is null when it could not be opened.
+/// A file. The peer is null when the file could not be opened.
 class StdioDevice final : public Device {
   public:
     StdioDevice(std::FILE* peer, int flags) : m_peer(peer), m_flags(flags) {}
@@ -79,7 +79,7 @@ class StdioDevice final : public Device {
     std::streampos tellg() override { return m_peer == nullptr ? -1 : std::ftell(m_peer); }
     std::streampos tellp() override { return tellg(); }
     bool flush() override {
-        // Flushing what is read would move the position.
+        // In a file that is read, a flush would move the position.
         if (m_peer != nullptr && (m_flags & OPEN_READ_WRITE) == OPEN_WRITE)
             m_lost = std::fflush(m_peer) != 0 || std::ferror(m_peer) != 0 || m_lost;
         return !m_lost;
@@ -159,14 +159,14 @@ class StringDevice final : public Device {
     std::size_t m_i = 0;
 };
 
-/// What a stream buffer has room for. Its type says what writing there does to the position, which
-/// is known of the buffers of the standard library only.
+/// The room in a stream buffer. What writing there does to the position depends on the type of the
+/// buffer, and is known only for buffers of the standard library.
 class PutArea : public std::streambuf {
   public:
     PutArea() = delete;
 
-    /// The buffer of a stream, if a byte that is written to the stream does nothing but take the
-    /// next place of that buffer; or null. With the last place a file's buffer is written out.
+    /// The buffer of a stream where writing a byte to the stream only fills the next place of the
+    /// buffer; otherwise null. Filling the last place would write a file's buffer out.
     static std::streambuf* of(const std::ostream& stream) {
         std::streambuf* const buffer = stream.rdbuf();
         const bool aside = stream.tie() != nullptr || (stream.flags() & std::ios::unitbuf) != 0;
@@ -184,8 +184,8 @@ class PutArea : public std::streambuf {
 };
 
 /// The six wraps of standard streams. `Peer` is a plain pointer to a stream that stays the
-/// caller's, or a unique pointer to one that the device owns; the stream's type says what the
-/// device can do.
+/// caller's, or a unique pointer to a stream that the device owns. The type of the stream says what
+/// the device can do.
 template <class Peer>
 class StreamWrap final : public Device {
     using Stream = typename std::pointer_traits<Peer>::element_type;
@@ -213,7 +213,7 @@ class StreamWrap final : public Device {
         }
     }
 
-    /// What reading one byte through the stream comes to while its buffer holds some.
+    /// Has the effect of reading one byte through the stream while its buffer holds some.
     int read() override {
         if constexpr (INPUT)
             if (std::streambuf* const ready = GetArea::of(m_stream()))
@@ -235,8 +235,8 @@ class StreamWrap final : public Device {
         }
     }
 
-    /// What writing a block of one comes to while the buffer has room, without asking twice where
-    /// it stands.
+    /// Has the effect of writing a block of one byte while the buffer has room, without asking
+    /// twice for the position.
     bool write(char c) override {
         if constexpr (OUTPUT)
             if (std::streambuf* const ready = PutArea::of(m_stream())) {

@@ -68,7 +68,7 @@ class OutputFile::Buffer : public std::streambuf {
         try {
             m_writeLines();
         } catch (...) {
-            // The stack unwinds already, or nobody asked.
+            // The stack unwinds already, or the caller did not ask for failures.
         }
     }
 
@@ -92,7 +92,7 @@ class OutputFile::Buffer : public std::streambuf {
         std::string_view rest(text, static_cast<std::size_t>(n));
         if (rest.size() > m_room()) {
             m_writeLines();
-            // Lines that come whole and are many, or long, need no copy.
+            // Whole lines that are longer than the block need no copy.
             if (m_held().empty() && rest.size() > m_block.size()) {
                 const std::string_view lines = s_linesOf(rest);
                 m_file.write(lines);
@@ -131,14 +131,14 @@ class OutputFile::Buffer : public std::streambuf {
         pbump(static_cast<int>(n));
     }
 
-    /// What is held is let go of first, so that it is not written again after a failure.
+    /// Empties the buffer first, so that its text is not written again after a failure.
     void m_flush() {
         const std::string_view held = m_held();
         m_empty();
         m_file.write(held);
     }
 
-    /// Keeps the beginning of a line.
+    /// Writes the whole lines and keeps the beginning of another line.
     void m_writeLines() {
         const std::string_view held = m_held();
         const std::string_view lines = s_linesOf(held);

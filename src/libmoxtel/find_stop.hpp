@@ -8,10 +8,10 @@
 #endif
 
 /// \file
-/// Where a run of plain characters ends.
+/// The search for the end of a run of plain characters.
 namespace moxtel::io {
 
-/// A byte as the character that `TextReader::peek` gives for it.
+/// The character that `TextReader::peek` gives for a byte.
 inline int characterOf(char c) {
     return static_cast<signed char>(c);
 }
@@ -22,7 +22,8 @@ inline bool endsRun(int c, int stop) {
     return c == -1 || c == '\n' || c == '\r' || c == stop;
 }
 
-/// The first character from `begin` on that ends a run, `stop` among them; or `end`.
+/// The first character from `begin` on that ends a run with this `stop`, or `end`. The characters
+/// are compared 16 at a time where the processor can.
 inline const char* findStop(const char* begin, const char* end, int stop) {
 #if defined(__SSE2__)
     const __m128i stops[] = {_mm_set1_epi8(static_cast<char>(stop)), _mm_set1_epi8('\n'),

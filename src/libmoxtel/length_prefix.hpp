@@ -15,8 +15,8 @@ Prefix lengthPrefix(std::size_t len, const char* tooLarge) {
     return static_cast<Prefix>(len);
 }
 
-/// What is written before a string of `len` bytes that has its length in so many bits. All but the
-/// last throw `IOException` when the length does not fit.
+/// The prefix of a string of `len` bytes whose length is written in so many bits. All but the last
+/// throw `IOException` when the length does not fit.
 inline unsigned char lengthPrefix8(std::size_t len) {
     return lengthPrefix<unsigned char>(len, "String too large to fit in a PStr8");
 }
@@ -25,12 +25,12 @@ inline unsigned short lengthPrefix16(std::size_t len) {
     return lengthPrefix<unsigned short>(len, "String too large to fit in a PStr16");
 }
 
-/// The message names the 16-bit form for this one too.
+/// The message names the 16-bit form here, too.
 inline unsigned int lengthPrefix32(std::size_t len) {
     return lengthPrefix<unsigned int>(len, "String too large to fit in a PStr16");
 }
 
-/// Of a longer length the low 16 bits.
+/// The low 16 bits of the length.
 inline unsigned long lengthPrefix64(std::size_t len) {
     return static_cast<unsigned short>(len);
 }

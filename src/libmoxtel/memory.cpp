@@ -13,7 +13,7 @@ namespace moxtel::mem {
 
 namespace {
 
-/// What is known of one address. The policy's record follows the entry in the same allocation.
+/// The registration of one address. The policy's record follows the entry in the same allocation.
 struct Entry {
     const Allocator* allocator;
     const Policy* policy;
@@ -35,7 +35,7 @@ struct EntryDeleter {
 using EntryPointer = std::unique_ptr<Entry, EntryDeleter>;
 using Entries = std::map<const void*, EntryPointer>;
 
-/// All registered addresses, and the place where the last lookup ended.
+/// All registered addresses, and the place where the lookup before ended.
 struct Registry {
     Entries entries;
     Entries::iterator recent = entries.end();
@@ -46,8 +46,9 @@ Registry& registry() {
     return all;
 }
 
-/// The first registered address that is not before `ptr`. An address that was looked up last, the
-/// one after it, and one behind all others, as of a new object, are found without a search.
+/// The place of the first registered address that is not before `ptr`. No search is needed for the
+/// address of the lookup before, for the next address, and for one behind all others, which a new
+/// object mostly has.
 Entries::iterator placeOf(const void* ptr) {
     auto& [entries, recent] = registry();
     const std::less<const void*> before;
@@ -60,7 +61,7 @@ Entries::iterator placeOf(const void* ptr) {
     return recent = entries.lower_bound(ptr);
 }
 
-/// The end where `ptr` is not registered.
+/// The place of `ptr`; the end where it is not registered.
 Entries::iterator entryAt(const void* ptr) {
     const auto place = placeOf(ptr);
     Entries& entries = registry().entries;
@@ -95,7 +96,7 @@ EntryPointer createRecord(const Allocator* allocator, const Policy* policy) {
     if (allocator == nullptr)
         allocator = &defaultAllocator();
     std::unique_ptr<char[]> storage(new char[sizeof(Entry) + policy->recordSize()]);
-    // The entry frees its record, so it is made only when there is one to free.
+    // The entry frees its record, so the record is made before the entry.
     policy->initRecord(storage.get() + sizeof(Entry));
     return EntryPointer(new (storage.release()) Entry{allocator, policy});
 }

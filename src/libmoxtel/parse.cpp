@@ -29,7 +29,8 @@ T appendDigit(T value, char digit) {
     }
 }
 
-/// Digits behind an optional sign. On an overflow, which only integers have, 0 with `i` as it was.
+/// Parses digits behind an optional sign. An overflow, which only integers have, gives 0 and leaves
+/// `i` alone.
 template <class T>
 T parseDecimal(const char* src, std::size_t& i) {
     const bool negative = *src == '-';
@@ -47,13 +48,13 @@ T parseDecimal(const char* src, std::size_t& i) {
     return negative ? static_cast<T>(-value) : value;
 }
 
-/// 0.1 of `value`. The product is always formed in `double`.
+/// A tenth of `value`. The product is always formed in `double`.
 template <class T>
 T tenthOf(T value) {
     return static_cast<T>(value * 0.1);
 }
 
-/// The digits behind the point.
+/// Parses the digits behind the point.
 template <class T>
 T processMantissa(const char* src, std::size_t& i) {
     T value = 0;
@@ -66,8 +67,8 @@ T processMantissa(const char* src, std::size_t& i) {
     return value;
 }
 
-/// The power of ten, by repeated multiplication. A factor that a step leaves as it is has become
-/// infinite or zero and stays so, which bounds the number of steps for every exponent.
+/// The power of ten, by repeated multiplication. A factor that a step does not change is infinite
+/// or zero and stays so, which bounds the number of steps for every exponent.
 template <class T>
 T processExponent(int exponent) {
     T factor = 1;
@@ -92,7 +93,7 @@ T parseReal(const char* src, std::size_t& i) {
     if (negative || *p == '+')
         ++p;
 
-    // Every word with this initial is infinity.
+    // Every word with this first letter is infinity.
     if (*p == 'i' || *p == 'I') {
         i += std::strlen(src);
         const T infinity = std::numeric_limits<T>::infinity();
@@ -134,8 +135,8 @@ T parseReal(const char* src, std::size_t& i) {
     return negative ? -value : value;
 }
 
-/// How much of `src` a truth value uses: one of the two words where it is the whole text, else one
-/// letter.
+/// The number of characters that a truth value uses: all of `src` where it is one of the two words,
+/// otherwise one letter.
 std::size_t truthLength(const char* src, const char* word, const char* otherWord) {
     return strcmpi(src, word) == 0 || strcmpi(src, otherWord) == 0 ? std::strlen(src) : 1;
 }

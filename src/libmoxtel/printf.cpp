@@ -41,14 +41,13 @@ std::size_t consumePrintfSpecifier(const std::string& src, std::size_t i, std::s
     const std::size_t start = i++;
     if (i >= len)
         return start;
-    // Past the end of the text stands its terminator, which no step below accepts.
+    // A terminator stands past the end of the text, and no step below accepts it.
     const auto at = [&src](std::size_t position) {
         return position < src.size() ? src[position] : '\0';
     };
     char c = at(i);
-    // A flag is stepped over but stays the character that the later steps see, and neither digits
-    // nor a point are taken: no specifier with a flag, a width in digits or a precision is
-    // recognised.
+    // A flag is stepped over but stays the character that the later steps see. Digits and a point
+    // are not taken. So no specifier with a flag, a width in digits or a precision is recognised.
     if (isOneOf(c, " #+-0"))
         ++i;
     if (c == '*')

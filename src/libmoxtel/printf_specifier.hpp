@@ -5,10 +5,10 @@
 
 namespace moxtel::string {
 
-/// Scans the printf specifier whose `%` stands at `i` in `src`: the position of its conversion
-/// character, or `i` when no specifier that the scanner knows follows. It knows `*` and the length
-/// modifiers, but no flag, width in digits or precision. The character after the `%` has to stand
-/// before `len`; those after it are not held against that bound.
+/// Scans the printf specifier whose `%` stands at `i` in `src`. Returns the position of its
+/// conversion character, or `i` when the scanner does not know the specifier. It knows `*` and the
+/// length modifiers, but no flag, no width in digits and no precision. The character after the `%`
+/// must stand before `len`; the later characters are not checked against `len`.
 std::size_t consumePrintfSpecifier(const std::string& src, std::size_t i, std::size_t len);
 
 }  // namespace moxtel::string

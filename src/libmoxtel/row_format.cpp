@@ -65,7 +65,7 @@ std::string DelimitedRowFormat::s_consumeQuoted(const DelimitedRowFormat& fmt, T
     std::string cell;
     for (int c = in.peek(); c != END; c = in.peek()) {
         in.read();
-        // The peeked character is kept: of a line end of two, the first.
+        // The cell keeps the peeked character, which is the first of a line end of two.
         if (c == quote && in.peek() != quote)
             break;
         cell += static_cast<char>(c);
@@ -125,7 +125,7 @@ bool EscapedDelimitedRowFormat::m_isSpecial(char c) const {
            (c == m_comment && m_comment != '\0');
 }
 
-/// The letter that, after the escape character, stands for '\n' or '\r'.
+/// The letter that stands for '\n' or '\r' after the escape character.
 char EscapedDelimitedRowFormat::m_letterFor(char lineEnd) const {
     const int step = lineEnd == '\n' ? -1 : 1;
     char letter = lineEnd == '\n' ? 'n' : 'r';

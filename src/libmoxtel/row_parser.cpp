@@ -109,7 +109,7 @@ std::string DelimitedRowParser::nextCell() {
         return m_asked().readCell(m_src);
     int end = 0;
     std::string cell = m_src.m_readUntil(m_plainDelim, end);
-    // Of a line end that begins with a carriage return the cell takes in what it is read as.
+    // A line end that begins with a carriage return belongs to the cell, as it is read.
     while (end == '\r' && !m_isDelim('\r')) {
         cell += static_cast<char>(m_src.read());
         cell += m_src.m_readUntil(m_plainDelim, end);
@@ -125,7 +125,7 @@ const DelimitedRowFormat& DelimitedRowParser::m_asked() const {
 
 bool DelimitedRowParser::m_takeRow(std::vector<std::string_view>& cells, std::size_t least) {
     cells.clear();
-    // Bounds the cells that are looked at in vain, and their memory.
+    // Bounds the time and the memory for cells that are looked at in vain.
     constexpr std::size_t most = 1 << 16;
     const std::string_view text = m_plain ? m_src.m_atHand().substr(0, most) : std::string_view();
     if (text.empty() || m_plainDelim == '\r')
@@ -144,7 +144,7 @@ bool DelimitedRowParser::m_takeRow(std::vector<std::string_view>& cells, std::si
             begin = stop + 1;
         }
     }
-    // The character after a line feed may belong to it.
+    // The character after a line feed may belong to the line end.
     if (end - stop == 1 || cells.size() < least)
         return false;
     m_src.m_skip(static_cast<std::size_t>(stop - text.data()));

@@ -32,7 +32,7 @@ std::string trimBoth(const std::string& str, const Set& contains) {
     return end <= first + 1 ? std::string() : substrRange(str, first, end);
 }
 
-/// The characters before the terminator of a list; a NUL is never one of them.
+/// The set of the characters before the terminator of a list; a NUL is never in it.
 auto inList(const char* cc) {
     return [cc](char c) {
         const char* p = cc;
@@ -46,7 +46,7 @@ auto inClass(const Alphabet& cc) {
     return [&cc](char c) { return cc.match(c); };
 }
 
-/// The upper-case code, in the range of `signed char` whatever `char` is here.
+/// The code of the upper-case letter, as a `signed char` whatever `char` is on this machine.
 int upperCode(char c) {
     return static_cast<signed char>(std::toupper(static_cast<unsigned char>(c)));
 }

@@ -52,7 +52,7 @@ std::streambuf* TextReader::m_ready() const {
     return m_stream != nullptr ? GetArea::of(*m_stream) : nullptr;
 }
 
-/// Whether `second` is next and completes a pair that is accepted; it is then consumed.
+/// Whether the pair is accepted and `second` is next and completes it. Then consumes `second`.
 bool TextReader::m_takePair(Newline pair, char second) {
     if (!m_accepts(pair) || peek() != second)
         return false;
@@ -60,7 +60,7 @@ bool TextReader::m_takePair(Newline pair, char second) {
     return true;
 }
 
-/// Whether `c`, just taken, begins an accepted line end; the rest of that is then consumed.
+/// Whether `c`, which was just taken, begins an accepted line end. Then consumes its rest.
 bool TextReader::m_endsLine(int c) {
     if (c == '\n')
         return m_takePair(NL_LFCR, '\r') || m_accepts(NL_LF);
@@ -102,7 +102,8 @@ std::string TextReader::m_readUntil(char stop, int& end) {
         const char* const next = findStop(begin, GetArea::end(*ready), stopCharacter);
         GetArea::skipTo(*ready, next);
         m_col += static_cast<std::size_t>(next - begin);
-        // What was just taken mostly still stands before the others in the buffer.
+        // The taken character mostly stands before the others in the buffer, unless the stream was
+        // moved since.
         if (begin != GetArea::past(*ready) && begin[-1] == taken)
             --begin;
         else
@@ -121,7 +122,8 @@ std::string_view TextReader::m_atHand() const {
     const std::streambuf* const ready = m_last != END ? m_ready() : nullptr;
     if (ready == nullptr)
         return {};
-    // What was peeked at mostly still stands before the others in the buffer.
+    // The peeked character mostly stands before the others in the buffer, unless the stream was
+    // moved since.
     const char* const begin = GetArea::begin(*ready);
     if (begin == GetArea::past(*ready) || characterOf(begin[-1]) != m_last)
         return {};
@@ -206,7 +208,7 @@ std::size_t TextWriter::write(const std::string& str) {
 }
 
 std::size_t TextWriter::write(const std::string& str, std::size_t i, std::size_t len) {
-    // In this order the sum cannot overflow.
+    // A sum of `i` and `len` could overflow.
     const bool clamped = i > str.size() || len > str.size() - i;
     const std::size_t end = clamped ? str.size() : len;
     return i < end ? write(str.data() + i, end - i) : 0;
