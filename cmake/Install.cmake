@@ -1,10 +1,12 @@
-# Installs the tool, the headers, the static and shared libraries, a CMake package and pkg-config
-# files. No installed file names the prefix, so it may be moved.
+# Installs the tool with its manual pages, the headers, the static and shared libraries, a CMake package
+# and pkg-config files. No installed file names the prefix, so it may be moved.
 
 include(CMakePackageConfigHelpers)
 
 install(TARGETS quarvis-rules)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.hpp)
+install(FILES docs/man/quarvis-rules.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES docs/man/quarvis-rules.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 
 # The package has the same three targets in two export sets, one for each kind of library.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarvis)
