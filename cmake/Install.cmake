@@ -1,5 +1,5 @@
-# Installs the tool with its manual pages, the headers, the static and shared libraries, a CMake package
-# and pkg-config files. No installed file names the prefix, so it may be moved.
+# Installs the tool with its manual pages and completions, the headers, the static and shared libraries,
+# a CMake package and pkg-config files. No installed file names the prefix, so it may be moved.
 
 include(CMakePackageConfigHelpers)
 
@@ -7,6 +7,11 @@ install(TARGETS quarvis-rules)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.hpp)
 install(FILES docs/man/quarvis-rules.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/man/quarvis-rules.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+install(FILES completions/quarvis-rules.bash RENAME quarvis-rules
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES completions/_quarvis-rules DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+install(FILES completions/quarvis-rules.fish
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 # The package has the same three targets in two export sets, one for each kind of library.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarvis)
