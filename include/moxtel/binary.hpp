@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <type_traits>
@@ -104,8 +105,8 @@ class BinaryReader : public BinaryStream {
     unsigned short readUI16();
     int readSI32();
     unsigned int readUI32();
-    long readSI64();
-    unsigned long readUI64();
+    std::int64_t readSI64();
+    std::uint64_t readUI64();
     /// @}
 
     /// @{
@@ -172,8 +173,8 @@ class BinaryWriter : public BinaryStream {
     std::size_t writeUI16(unsigned short value);
     std::size_t writeSI32(int value);
     std::size_t writeUI32(unsigned int value);
-    std::size_t writeSI64(long value);
-    std::size_t writeUI64(unsigned long value);
+    std::size_t writeSI64(std::int64_t value);
+    std::size_t writeUI64(std::uint64_t value);
     /// @}
 
     /// @{

@@ -23,7 +23,7 @@ extern const Endianness HOST_ENDIAN;
 unsigned short swap16(unsigned short value);
 unsigned int swap32(unsigned int value);
 int swap32(int value);
-unsigned long swap64(unsigned long value);
+std::uint64_t swap64(std::uint64_t value);
 /// @}
 
 /// Reverses the order of `len` bytes in place; `buf` may be null when `len` is 0.
@@ -36,8 +36,8 @@ short endianConvert16(short value, Endianness from, Endianness to);
 unsigned short endianConvert16(unsigned short value, Endianness from, Endianness to);
 int endianConvert32(int value, Endianness from, Endianness to);
 unsigned int endianConvert32(unsigned int value, Endianness from, Endianness to);
-long endianConvert64(long value, Endianness from, Endianness to);
-unsigned long endianConvert64(unsigned long value, Endianness from, Endianness to);
+std::int64_t endianConvert64(std::int64_t value, Endianness from, Endianness to);
+std::uint64_t endianConvert64(std::uint64_t value, Endianness from, Endianness to);
 /// @}
 
 /// @{
@@ -47,8 +47,8 @@ short toHostEndian16(short value, Endianness from);
 unsigned short toHostEndian16(unsigned short value, Endianness from);
 int toHostEndian32(int value, Endianness from);
 unsigned int toHostEndian32(unsigned int value, Endianness from);
-long toHostEndian64(long value, Endianness from);
-unsigned long toHostEndian64(unsigned long value, Endianness from);
+std::int64_t toHostEndian64(std::int64_t value, Endianness from);
+std::uint64_t toHostEndian64(std::uint64_t value, Endianness from);
 /// @}
 
 }  // namespace moxtel

@@ -1,6 +1,7 @@
 #include <moxtel/binary.hpp>
 
 #include <algorithm>
+#include <limits>
 
 #include <moxtel/exception.hpp>
 
@@ -86,12 +87,12 @@ unsigned int BinaryReader::readUI32() {
     return toHostEndian32(readValue<unsigned int>(*m_device), m_endian);
 }
 
-long BinaryReader::readSI64() {
-    return toHostEndian64(readValue<long>(*m_device), m_endian);
+std::int64_t BinaryReader::readSI64() {
+    return toHostEndian64(readValue<std::int64_t>(*m_device), m_endian);
 }
 
-unsigned long BinaryReader::readUI64() {
-    return toHostEndian64(readValue<unsigned long>(*m_device), m_endian);
+std::uint64_t BinaryReader::readUI64() {
+    return toHostEndian64(readValue<std::uint64_t>(*m_device), m_endian);
 }
 
 float BinaryReader::readFloat() {
@@ -115,7 +116,10 @@ std::string BinaryReader::readPStr32() {
 }
 
 std::string BinaryReader::readPStr64() {
-    return readText(*m_device, readUI64(), "Can't read PStr64");
+    // Where memory is addressed by fewer bits, a greater length asks for all that is there.
+    constexpr std::uint64_t greatest = std::numeric_limits<std::size_t>::max();
+    const auto len = static_cast<std::size_t>(std::min(readUI64(), greatest));
+    return readText(*m_device, len, "Can't read PStr64");
 }
 
 std::string BinaryReader::readNTS() {
@@ -184,11 +188,11 @@ std::size_t BinaryWriter::writeUI32(unsigned int value) {
     return m_writeValue(toHostEndian32(value, m_endian));
 }
 
-std::size_t BinaryWriter::writeSI64(long value) {
+std::size_t BinaryWriter::writeSI64(std::int64_t value) {
     return m_writeValue(toHostEndian64(value, m_endian));
 }
 
-std::size_t BinaryWriter::writeUI64(unsigned long value) {
+std::size_t BinaryWriter::writeUI64(std::uint64_t value) {
     return m_writeValue(toHostEndian64(value, m_endian));
 }
 

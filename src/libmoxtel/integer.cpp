@@ -10,7 +10,7 @@ namespace moxtel {
 
 namespace {
 
-static_assert(sizeof(short) == 2 && sizeof(int) == 4 && sizeof(long) == 8,
+static_assert(sizeof(short) == 2 && sizeof(int) == 4,
               "the widths in the names are those of the types");
 
 template <class T>
@@ -45,7 +45,7 @@ int swap32(int value) {
     return reversed(value);
 }
 
-unsigned long swap64(unsigned long value) {
+std::uint64_t swap64(std::uint64_t value) {
     return reversed(value);
 }
 
@@ -69,11 +69,11 @@ unsigned int endianConvert32(unsigned int value, Endianness from, Endianness to)
     return convert(value, from, to);
 }
 
-long endianConvert64(long value, Endianness from, Endianness to) {
+std::int64_t endianConvert64(std::int64_t value, Endianness from, Endianness to) {
     return convert(value, from, to);
 }
 
-unsigned long endianConvert64(unsigned long value, Endianness from, Endianness to) {
+std::uint64_t endianConvert64(std::uint64_t value, Endianness from, Endianness to) {
     return convert(value, from, to);
 }
 
@@ -93,11 +93,11 @@ unsigned int toHostEndian32(unsigned int value, Endianness from) {
     return convert(value, from, HOST_ENDIAN);
 }
 
-long toHostEndian64(long value, Endianness from) {
+std::int64_t toHostEndian64(std::int64_t value, Endianness from) {
     return convert(value, from, HOST_ENDIAN);
 }
 
-unsigned long toHostEndian64(unsigned long value, Endianness from) {
+std::uint64_t toHostEndian64(std::uint64_t value, Endianness from) {
     return convert(value, from, HOST_ENDIAN);
 }
 

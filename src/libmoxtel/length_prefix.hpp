@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 
 #include <moxtel/exception.hpp>
@@ -31,7 +32,7 @@ inline unsigned int lengthPrefix32(std::size_t len) {
 }
 
 /// The low 16 bits of the length.
-inline unsigned long lengthPrefix64(std::size_t len) {
+inline std::uint64_t lengthPrefix64(std::size_t len) {
     return static_cast<unsigned short>(len);
 }
 

@@ -4,6 +4,7 @@
 #include <moxtel/binary.hpp>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -141,8 +142,8 @@ std::vector<Type> everyType() {
             numbers<unsigned short>({"UI16", &W::writeUI16, &R::readUI16}),
             numbers<int>({"SI32", &W::writeSI32, &R::readSI32}),
             numbers<unsigned int>({"UI32", &W::writeUI32, &R::readUI32}),
-            numbers<long>({"SI64", &W::writeSI64, &R::readSI64}),
-            numbers<unsigned long>({"UI64", &W::writeUI64, &R::readUI64}),
+            numbers<std::int64_t>({"SI64", &W::writeSI64, &R::readSI64}),
+            numbers<std::uint64_t>({"UI64", &W::writeUI64, &R::readUI64}),
             numbers<float>({"Float", &W::writeFloat, &R::readFloat}),
             numbers<double>({"Double", &W::writeDouble, &R::readDouble}),
             texts(PSTR_8, 255),

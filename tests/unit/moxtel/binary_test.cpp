@@ -1,6 +1,7 @@
 #include <moxtel/binary.hpp>
 
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <sstream>
 #include <string>
@@ -56,7 +57,7 @@ TEST(BinaryWriter, IntegersInBothOrders) {
         count += out.writeSI32(-2);
         count += out.writeUI32(0x80000102U);
         count += out.writeSI64(-2);
-        count += out.writeUI64(0x8000010203040506UL);
+        count += out.writeUI64(UINT64_C(0x8000010203040506));
         return count;
     };
     EXPECT_EQ(written(ENDIAN_BIG, write),
@@ -78,8 +79,8 @@ TEST(BinaryReader, IntegersInBothOrders) {
     EXPECT_EQ(little.readUI16(), 0x8001);
     EXPECT_EQ(little.readSI32(), -0x7FFCFDFF);
     EXPECT_EQ(little.readUI32(), 0x80030201U);
-    EXPECT_EQ(little.readSI64(), static_cast<long>(0x8007060504030201UL));
-    EXPECT_EQ(little.readUI64(), 0x8007060504030201UL);
+    EXPECT_EQ(little.readSI64(), static_cast<std::int64_t>(UINT64_C(0x8007060504030201)));
+    EXPECT_EQ(little.readUI64(), UINT64_C(0x8007060504030201));
 
     BinaryReader big = readerOver(bytes, ENDIAN_BIG);
     EXPECT_EQ(big.readSI8(), -2);
@@ -89,7 +90,7 @@ TEST(BinaryReader, IntegersInBothOrders) {
     EXPECT_EQ(big.readSI32(), 0x01020380);
     EXPECT_EQ(big.readUI32(), 0x01020380U);
     EXPECT_EQ(big.readSI64(), 0x0102030405060780L);
-    EXPECT_EQ(big.readUI64(), 0x0102030405060780UL);
+    EXPECT_EQ(big.readUI64(), UINT64_C(0x0102030405060780));
 }
 
 TEST(BinaryReader, BytesThatAreMissingCountAsZero) {

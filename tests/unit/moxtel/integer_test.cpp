@@ -1,6 +1,7 @@
 #include <moxtel/integer.hpp>
 
 #include <bit>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -36,8 +37,8 @@ TEST(Swap, BytesAreReversed) {
     EXPECT_EQ(swap16(0xFF00), 0x00FF);
     EXPECT_EQ(swap32(0x11223344U), 0x44332211U);
     EXPECT_EQ(swap32(0x000000FFU), 0xFF000000U);
-    EXPECT_EQ(swap64(0x1122334455667788UL), 0x8877665544332211UL);
-    EXPECT_EQ(swap64(0x00000000000000FFUL), 0xFF00000000000000UL);
+    EXPECT_EQ(swap64(UINT64_C(0x1122334455667788)), UINT64_C(0x8877665544332211));
+    EXPECT_EQ(swap64(UINT64_C(0x00000000000000FF)), UINT64_C(0xFF00000000000000));
 }
 
 TEST(Swap, SignedIntReversesIntoTheSignBit) {
@@ -69,10 +70,10 @@ TEST(EndianConvert, DifferentOrdersReverseTheBytes) {
     EXPECT_EQ(endianConvert16(static_cast<unsigned short>(0x1122), ENDIAN_LITTLE, ENDIAN_BIG),
               0x2211);
     EXPECT_EQ(endianConvert16(static_cast<short>(0x0080), ENDIAN_BIG, ENDIAN_LITTLE), -32768);
-    EXPECT_EQ(endianConvert64(0x1122334455667788UL, ENDIAN_LITTLE, ENDIAN_BIG),
-              0x8877665544332211UL);
-    EXPECT_EQ(endianConvert64(-2L, ENDIAN_BIG, ENDIAN_LITTLE),
-              static_cast<long>(0xFEFFFFFFFFFFFFFFUL));
+    EXPECT_EQ(endianConvert64(UINT64_C(0x1122334455667788), ENDIAN_LITTLE, ENDIAN_BIG),
+              UINT64_C(0x8877665544332211));
+    EXPECT_EQ(endianConvert64(std::int64_t{-2}, ENDIAN_BIG, ENDIAN_LITTLE),
+              static_cast<std::int64_t>(UINT64_C(0xFEFFFFFFFFFFFFFF)));
 }
 
 TEST(EndianConvert, EqualOrdersKeepTheValue) {
@@ -81,8 +82,8 @@ TEST(EndianConvert, EqualOrdersKeepTheValue) {
         EXPECT_EQ(endianConvert16(static_cast<unsigned short>(258), order, order), 258);
         EXPECT_EQ(endianConvert32(0x11223344, order, order), 0x11223344);
         EXPECT_EQ(endianConvert32(0x11223344U, order, order), 0x11223344U);
-        EXPECT_EQ(endianConvert64(-2L, order, order), -2L);
-        EXPECT_EQ(endianConvert64(258UL, order, order), 258UL);
+        EXPECT_EQ(endianConvert64(std::int64_t{-2}, order, order), -2L);
+        EXPECT_EQ(endianConvert64(UINT64_C(258), order, order), UINT64_C(258));
     }
 }
 
@@ -103,7 +104,7 @@ TEST(EndianConvert, UnknownOrderCannotBeHandled) {
     expectCannotHandle(
         [] { endianConvert16(static_cast<unsigned short>(1), ENDIAN_BIG, NO_ORDER); });
     expectCannotHandle([] { endianConvert64(1L, NO_ORDER, ENDIAN_BIG); });
-    expectCannotHandle([] { endianConvert64(1UL, NO_ORDER, ENDIAN_BIG); });
+    expectCannotHandle([] { endianConvert64(UINT64_C(1), NO_ORDER, ENDIAN_BIG); });
     expectCannotHandle([] { toHostEndian32(1, NO_ORDER); });
 }
 
@@ -114,13 +115,14 @@ TEST(ToHostEndian, ForeignOrderIsReversedAndTheOwnKept) {
     EXPECT_EQ(toHostEndian32(0x01020304, foreign), 0x04030201);
     EXPECT_EQ(toHostEndian32(0x01020304U, foreign), 0x04030201U);
     EXPECT_EQ(toHostEndian64(0x0102030405060708L, foreign), 0x0807060504030201L);
-    EXPECT_EQ(toHostEndian64(0x0102030405060708UL, foreign), 0x0807060504030201UL);
+    EXPECT_EQ(toHostEndian64(UINT64_C(0x0102030405060708), foreign), UINT64_C(0x0807060504030201));
     EXPECT_EQ(toHostEndian16(static_cast<short>(0x0102), HOST_ENDIAN), 0x0102);
     EXPECT_EQ(toHostEndian16(static_cast<unsigned short>(0x0102), HOST_ENDIAN), 0x0102);
     EXPECT_EQ(toHostEndian32(0x01020304, HOST_ENDIAN), 0x01020304);
     EXPECT_EQ(toHostEndian32(0x01020304U, HOST_ENDIAN), 0x01020304U);
     EXPECT_EQ(toHostEndian64(0x0102030405060708L, HOST_ENDIAN), 0x0102030405060708L);
-    EXPECT_EQ(toHostEndian64(0x0102030405060708UL, HOST_ENDIAN), 0x0102030405060708UL);
+    EXPECT_EQ(toHostEndian64(UINT64_C(0x0102030405060708), HOST_ENDIAN),
+              UINT64_C(0x0102030405060708));
 }
 
 }  // namespace

@@ -220,8 +220,8 @@ void expectSignedEightByteLimits() {
     });
 }
 
-TEST(ParseInteger, LongLimits) {
-    expectSignedEightByteLimits<long>();
+TEST(ParseInteger, Int64Limits) {
+    expectSignedEightByteLimits<std::int64_t>();
 }
 
 TEST(ParseInteger, LongLongLimits) {
@@ -241,8 +241,8 @@ void expectUnsignedEightByteLimits() {
     });
 }
 
-TEST(ParseInteger, UnsignedLongLimits) {
-    expectUnsignedEightByteLimits<unsigned long>();
+TEST(ParseInteger, UnsignedInt64Limits) {
+    expectUnsignedEightByteLimits<std::uint64_t>();
 }
 
 TEST(ParseInteger, UnsignedLongLongLimits) {
