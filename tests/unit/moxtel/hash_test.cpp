@@ -1,5 +1,6 @@
 #include <moxtel/hash.hpp>
 
+#include <bit>
 #include <cstdint>
 #include <string>
 
@@ -37,9 +38,11 @@ TEST(DefaultHash, CharIsHashedOverItsOneByte) {
     EXPECT_EQ(DefaultHash<char>()('\xff'), 0xfaf3a2e0U);
 }
 
-TEST(DefaultHash, UnsignedIntIsHashedOverItsBytesLeastSignificantFirst) {
-    EXPECT_EQ((DefaultHash<unsigned int, 32>()(0x64636261)), codeOf("abcd"));
-    EXPECT_EQ((DefaultHash<unsigned int, 32>()(1)), codeOf(std::string("\1\0\0\0", 4)));
+TEST(DefaultHash, UnsignedIntIsHashedOverItsBytesAsTheyLieInMemory) {
+    const bool little = std::endian::native == std::endian::little;
+    EXPECT_EQ((DefaultHash<unsigned int, 32>()(0x64636261)), codeOf(little ? "abcd" : "dcba"));
+    EXPECT_EQ((DefaultHash<unsigned int, 32>()(1)),
+              codeOf(std::string(little ? "\1\0\0\0" : "\0\0\0\1", 4)));
 }
 
 TEST(DefaultHash, StringIsHashedOverItsSizeWithoutATerminator) {
