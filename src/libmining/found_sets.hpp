@@ -50,8 +50,8 @@ class FoundSets {
     std::size_t size() const;
 
     /// Adds a set, which must follow all others of its size in their order. Throws
-    /// `std::length_error` beyond 2^32 - 2 of them. When many sets move to a larger room, a step that
-    /// is given is asked whether to end.
+    /// `std::length_error` beyond 2^32 - 2 of them. When many sets move to a larger room, a step
+    /// that is given is asked whether to end.
     void add(std::size_t size, std::size_t parent, WalkItem last, std::uint32_t count,
              Step* step = nullptr);
 
@@ -81,8 +81,8 @@ class FoundSets {
     std::vector<std::size_t> sizes() const;
 
     /// Fills in `pairBegin`, and `extensions` in all levels but the highest. Levels that have their
-    /// extensions are skipped, so nothing may have been added to the levels above them since. A step
-    /// that is given is asked now and then whether to end.
+    /// extensions are skipped, so nothing may have been added to the levels above them since. A
+    /// step that is given is asked now and then whether to end.
     void link(std::size_t items, Step* step = nullptr);
 
     /// The pairs that begin with item i are [pairBegin()[i], pairBegin()[i + 1]) in the level of

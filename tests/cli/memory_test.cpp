@@ -68,7 +68,7 @@ TEST_F(MemoryLimit, DoesNotMatterToARunThatFits) {
 
 /// Wherever in the run the memory runs out, the files that are left have only whole lines.
 TEST_F(MemoryLimit, LeavesWholeLines) {
-    tool::Call call{.args = {"-c2", "-", "rules", "sets"}, .input = shared(12)};
+    tool::Call call{.args = {"-c2", "-", "rules", "sets"}, .input = shared(14)};
     const Outcome unlimited = tool::run(call);
     ASSERT_EQ(0, unlimited.status);
     std::size_t ended = 0;
