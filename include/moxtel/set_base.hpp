@@ -75,12 +75,12 @@ class Set {
     virtual mem::Iterator<const T> iterator() const = 0;
     /// @}
 
-    /// @{
     /// The set as an input range of its values, in the order of `iterator()`.
     mem::InputIterator<T> begin() { return iterator().begin(); }
+    /// The same, of constant values.
     mem::InputIterator<const T> begin() const { return iterator().begin(); }
+    /// The end of either.
     std::default_sentinel_t end() const noexcept { return {}; }
-    /// @}
 
     /// Makes a value for the key of `value`, puts it in and assigns `value` to it. Returns false,
     /// and changes nothing, when the key is in the set already. Costs two lookups.
@@ -108,11 +108,10 @@ class Set {
     void setEntryActions(const mem::Pointer<EntryActions>& actions) { m_actions = actions; }
 
   protected:
-    /// @{
     /// For classes of sets that allow moving; the hook moves along.
     Set(Set&&) noexcept = default;
+    /// The same, by assignment.
     Set& operator=(Set&&) noexcept = default;
-    /// @}
 
   private:
     static T s_make(const Key& key) {

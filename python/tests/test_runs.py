@@ -158,7 +158,7 @@ def test_budget_of_time_covers_the_indexing():
         quarvis.mine(large(histories=100_000), min_count=2, budget=quarvis.Budget(seconds=1e-3))
     assert str(error.value) == (
         "the budget of 0.001 seconds is exceeded at min_count=2; the search had not begun: allow "
-        "for more time"
+        "more time"
     )
     assert (error.value.item_sets, error.value.min_count) == ((), None)
 
