@@ -205,9 +205,9 @@ class LinkedHashSet : public Set<T, KeyOps> {
     /// The place of the pointer to the node of `key`: its bucket, or the node before it in the
     /// chain. Where there is no such node, the place of a null pointer at the end of the chain.
     Node* const* m_linkTo(const Key& key) const {
-        static Node* const none = nullptr;
+        static Node* const NONE = nullptr;
         if (m_buckets.size() == 0)
-            return &none;
+            return &NONE;
         const std::size_t hash = DefaultHash<Key>()(key);
         Node* const* link = &m_buckets[hash % m_buckets.size()];
         while (*link != nullptr && !KeyOps::equals(key, KeyOps::extract((*link)->data)))
