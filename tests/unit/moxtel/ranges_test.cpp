@@ -102,7 +102,7 @@ TEST(SetRange, ServesTheAlgorithms) {
     fill(set);
     EXPECT_EQ(*std::ranges::max_element(set), "c");
     EXPECT_EQ(std::count(set.begin(), set.end(), "a"), 1);
-    EXPECT_TRUE(std::ranges::equal(set | std::views::take(2), Texts({"c", "a"})));
+    EXPECT_TRUE(std::ranges::equal(set, Texts({"c", "a", "b"})));
 }
 
 TEST(SetRange, OfAnyClassIsAnInputRange) {
