@@ -33,8 +33,11 @@ constexpr bool isManageable() {
 /// class whose virtual destructor destroys the whole object.
 template <class From, class To>
 constexpr bool isHeldAs() {
-    constexpr bool sameClass = std::is_same_v<std::remove_cv_t<From>, std::remove_cv_t<To>>;
-    return std::is_convertible_v<From*, To*> && (sameClass || std::has_virtual_destructor_v<To>);
+    // The class of a handle may be incomplete where it holds handles of its own class.
+    if constexpr (std::is_same_v<std::remove_cv_t<From>, std::remove_cv_t<To>>)
+        return std::is_convertible_v<From*, To*>;
+    else
+        return std::is_convertible_v<From*, To*> && std::has_virtual_destructor_v<To>;
 }
 
 /// Shared ownership of one object through the registry of managed memory; one word. The handle
