@@ -1,6 +1,7 @@
 #include "rows.hpp"
 
 #include <algorithm>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -92,6 +93,9 @@ Columns readTransactions(const std::string& path) {
     Dictionary itemNames;
     {
         const nb::gil_scoped_release released;
+        // The readers share the registry of managed memory, which belongs to one thread at a time.
+        static std::mutex reading;
+        const std::lock_guard lock(reading);
         quarvis::rule::TransactionFile file(path);
         quarvis::rule::TransactionReader rows(file.stream(), '\t');
         const auto put = [&](Code entity, Code item) {

@@ -10,6 +10,7 @@ import sys
 import textwrap
 import threading
 import time
+from concurrent.futures import ThreadPoolExecutor
 
 import numpy as np
 import pyarrow as pa
@@ -75,6 +76,14 @@ def test_threads_share_histories(many):
         thread.join()
     assert len(results) == 4
     assert all(r.to_arrow().equals(results[0].to_arrow()) for r in results)
+
+
+def test_threads_read_files_at_the_same_time(tmp_path):
+    path = tmp_path / "histories.tsv"
+    path.write_text("who\tat\twhat\n" + "".join(f"e{n}\t{n}\ta\tb\n" for n in range(40)))
+    with ThreadPoolExecutor(8) as pool:
+        read = pool.map(lambda _: quarvis.read_transactions(path).report().rows, range(2000))
+        assert list(read) == [80] * 2000
 
 
 def test_progress_is_told(many):
