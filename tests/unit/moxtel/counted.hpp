@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 /// A value that counts how many of its kind are alive, records the order in which they are
 /// destroyed, and fails to be made on wish.
 struct Counted {
@@ -36,4 +38,11 @@ struct Counted {
             --untilFailure;
         ++alive;
     }
+};
+
+/// Tests after which no value may be alive.
+class CountedTest : public testing::Test {
+  protected:
+    void SetUp() override { Counted::reset(); }
+    void TearDown() override { EXPECT_EQ(Counted::alive, 0); }
 };

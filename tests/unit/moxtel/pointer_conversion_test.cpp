@@ -15,11 +15,7 @@
 namespace moxtel::mem {
 namespace {
 
-class PointerConversion : public testing::Test {
-  protected:
-    void SetUp() override { Counted::reset(); }
-    void TearDown() override { EXPECT_EQ(Counted::alive, 0); }
-};
+using PointerConversion = CountedTest;
 
 struct Derived : Counted {
     using Counted::Counted;

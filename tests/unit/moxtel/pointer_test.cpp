@@ -14,11 +14,7 @@
 namespace moxtel::mem {
 namespace {
 
-class PointerTest : public testing::Test {
-  protected:
-    void SetUp() override { Counted::reset(); }
-    void TearDown() override { EXPECT_EQ(Counted::alive, 0); }
-};
+using PointerTest = CountedTest;
 
 TEST_F(PointerTest, IsOneWord) {
     EXPECT_EQ(sizeof(Pointer<Counted>), sizeof(void*));

@@ -121,15 +121,21 @@ TEST(SetRange, OfAnyClassIsAnInputRange) {
     EXPECT_EQ(std::ranges::distance(i, base.end()), 2);
 }
 
+/// The pairs of a map in the order of its range, such as "c3 a1 ".
+template <class Numbers>
+std::string textOf(const Numbers& map) {
+    std::string text;
+    for (const auto& [key, value] : map)
+        text += key + std::to_string(value) + ' ';
+    return text;
+}
+
 TEST(MapRange, HasThePairsWhoseValuesMayBeChanged) {
     NumberMap map;
     fill(map);
     for (auto& [key, value] : map)
         value *= 10;
-    std::string text;
-    for (const auto& [key, value] : std::as_const(map))
-        text += key + std::to_string(value) + ' ';
-    EXPECT_EQ(text, "c30 a10 ");
+    EXPECT_EQ(textOf(map), "c30 a10 ");
 }
 
 TEST(MapRange, OfAnyClassIsAnInputRange) {
@@ -138,10 +144,7 @@ TEST(MapRange, OfAnyClassIsAnInputRange) {
     Map<std::string, int>& base = map;
     for (auto& [key, value] : base)
         ++value;
-    std::string text;
-    for (const auto& [key, value] : std::as_const(base))
-        text += key + std::to_string(value) + ' ';
-    EXPECT_EQ(text, "c4 a2 ");
+    EXPECT_EQ(textOf(base), "c4 a2 ");
 }
 
 TEST(IteratorRange, GoesOnFromTheCurrentElement) {
