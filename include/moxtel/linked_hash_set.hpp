@@ -107,12 +107,12 @@ class LinkedHashSet : public Set<T, KeyOps> {
     }
 
     std::size_t size() const override { return m_size; }
-    bool containsKey(const Key& key) const override { return *m_linkTo(key) != nullptr; }
+    bool containsKey(const Key& key) const override { return m_find(key) != nullptr; }
 
     T& lookupByKey(const Key& key, bool create) override {
         return s_found(m_nodeForKey(key, create))->data;
     }
-    const T& lookupByKey(const Key& key) const override { return s_found(*m_linkTo(key))->data; }
+    const T& lookupByKey(const Key& key) const override { return s_found(m_find(key))->data; }
 
     /// @{
     /// The value at position `i` of the walk, in time linear in `i`. Throws `NotFoundException`
@@ -122,6 +122,8 @@ class LinkedHashSet : public Set<T, KeyOps> {
     /// @}
 
     void eraseByKey(const Key& key) override {
+        if (m_buckets.size() == 0)
+            return;
         Node** link = m_linkTo(key);
         Node* node = *link;
         if (node == nullptr)
@@ -203,11 +205,9 @@ class LinkedHashSet : public Set<T, KeyOps> {
     Node* m_after(const Node* node) const { return node == m_tail ? nullptr : node->next; }
 
     /// The place of the pointer to the node of `key`: its bucket, or the node before it in the
-    /// chain. Where there is no such node, the place of a null pointer at the end of the chain.
+    /// chain. Where there is no such node, the place of a null pointer at the end of the chain. The
+    /// set must have buckets, which one that was moved from lacks.
     Node* const* m_linkTo(const Key& key) const {
-        static Node* const NONE = nullptr;
-        if (m_buckets.size() == 0)
-            return &NONE;
         const std::size_t hash = DefaultHash<Key>()(key);
         Node* const* link = &m_buckets[hash % m_buckets.size()];
         while (*link != nullptr && !KeyOps::equals(key, KeyOps::extract((*link)->data)))
@@ -217,10 +217,16 @@ class LinkedHashSet : public Set<T, KeyOps> {
     Node** m_linkTo(const Key& key) {
         return const_cast<Node**>(std::as_const(*this).m_linkTo(key));
     }
+    Node* m_find(const Key& key) const {
+        return m_buckets.size() == 0 ? nullptr : *m_linkTo(key);
+    }
 
     Node* m_nodeForKey(const Key& key, bool create) {
-        if (create && m_buckets.size() == 0)
+        if (m_buckets.size() == 0) {
+            if (!create)
+                return nullptr;
             m_buckets = s_makeBuckets(DEFAULT_BUCKETS);
+        }
         Node** link = m_linkTo(key);
         if (*link == nullptr && create)
             *link = m_create(key);
