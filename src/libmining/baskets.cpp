@@ -106,7 +106,6 @@ class Baskets::Part {
 Baskets::Baskets(const Shard& shard, const WalkOrder& order, unsigned threads, Step& step)
     : m_begin(order.size() + 1) {
     std::vector<std::optional<Part>> parts(threads);
-    const std::size_t histories = shard.end - shard.begin;
     // The first part makes room for all items and end marks.
     std::size_t items = 0;
     for (std::uint32_t item = 0; item < order.size(); ++item)
@@ -114,9 +113,8 @@ Baskets::Baskets(const Shard& shard, const WalkOrder& order, unsigned threads, S
     items = std::min(items, shard.index->occurrenceCount());
     workOnParts(threads, step, [&](std::size_t part) {
         Work work(step);
-        const auto [begin, end] = partOf(histories, part, threads);
-        parts[part].emplace(Shard{shard.index, shard.begin + begin, shard.begin + end}, order,
-                            part == 0 ? items + histories : items / threads, work);
+        parts[part].emplace(shard.part(part, threads), order,
+                            part == 0 ? items + (shard.end - shard.begin) : items / threads, work);
     });
 
     for (std::size_t item = 0; item < order.size(); ++item) {

@@ -21,18 +21,30 @@ namespace quarvis::mining {
 
 namespace {
 
+/// The number of sets that begin with an item and have others.
+std::size_t setsBelow(const ItemSets& sets, std::size_t first) {
+    std::size_t begin = first;
+    std::size_t end = first + 1;
+    std::size_t sum = 0;
+    for (std::size_t size = 1; size < sets.levels() && begin < end; ++size) {
+        begin = sets.level(size).extensions[begin];
+        end = sets.level(size).extensions[end];
+        sum += end - begin;
+    }
+    return sum;
+}
+
 /// The sets of the first level, the most expensive ones first, so that no thread begins one of
 /// these when the others are nearly done.
 std::vector<std::size_t> longestFirst(const Standings& standings, const ItemSets& sets) {
     const Level& items = sets.level(1);
-    const auto cost = [&](std::size_t first) {
-        return standings.places(items.last[first]).size() *
-               (items.extensions[first + 1] - items.extensions[first]);
-    };
+    std::vector<std::size_t> costs(items.size());
+    for (std::size_t first = 0; first < items.size(); ++first)
+        costs[first] = standings.places(items.last[first]).size() * setsBelow(sets, first);
     std::vector<std::size_t> order(items.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(),
-                     [&](std::size_t a, std::size_t b) { return cost(a) > cost(b); });
+                     [&](std::size_t a, std::size_t b) { return costs[a] > costs[b]; });
     return order;
 }
 

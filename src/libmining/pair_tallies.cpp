@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <numeric>
 
 #include "tasks.hpp"
 
@@ -158,20 +159,49 @@ class ItemCounter {
     std::vector<std::uint32_t> m_pairOf;  // by rank, or NONE
 };
 
-/// Whether a pass over all histories for each strip is cheaper than visiting the histories of each
-/// first item, which may be anywhere in memory. Both ways look once at each pair of items of a
-/// history.
-bool stripsPay(const Standings& standings, std::size_t strips) {
-    constexpr std::size_t far = 3;
-    std::size_t entries = 0;
-    std::size_t pairs = 0;
-    for (std::size_t history = 0; history < standings.historyCount(); ++history) {
-        const std::size_t items = standings.endEntry(history) - entries;
-        entries += items;
-        pairs += items * (items - 1) / 2;
+/// The strips of the matrix: the numbers of their first items, then an end. A strip has at most
+/// STRIP_SIZE counters unless it has a single item, and each thread gets about as many pairs.
+class Strips {
+  public:
+    Strips(const Standings& standings, const Numbers& numbers, unsigned threads) {
+        const std::size_t items = numbers.items.size();
+        std::vector<std::size_t> pairs(items);  // by first item: its pairs in all histories
+        for (std::size_t history = 0; history < standings.historyCount(); ++history) {
+            const std::size_t end = standings.endEntry(history);
+            for (std::size_t entry = m_entries; entry < end; ++entry)
+                pairs[numbers.numbers[at(standings.item(entry))]] += end - entry - 1;
+            m_entries = end;
+        }
+        m_pairs = std::accumulate(pairs.begin(), pairs.end(), std::size_t{0});
+        const std::size_t most = std::max<std::size_t>(STRIP_SIZE / items, 1);
+        std::size_t taken = 0;
+        for (std::size_t item = 0; item < items; ++item) {
+            if (item - m_begin.back() == most || taken >= m_pairs / threads + 1) {
+                m_begin.push_back(item);
+                taken = 0;
+            }
+            taken += pairs[item];
+        }
+        m_begin.push_back(items);
     }
-    return strips * (entries + 5 * standings.historyCount()) <= far * pairs;
-}
+
+    std::size_t count() const { return m_begin.size() - 1; }
+    std::size_t begin(std::size_t strip) const { return m_begin[strip]; }
+    std::size_t end(std::size_t strip) const { return m_begin[strip + 1]; }
+
+    /// Whether a pass over all histories for each strip is cheaper than visiting the histories of
+    /// each first item, which may be anywhere in memory. Both ways look once at each pair of items
+    /// of a history.
+    bool pay(std::size_t histories) const {
+        constexpr std::size_t far = 3;
+        return count() * (m_entries + 5 * histories) <= far * m_pairs;
+    }
+
+  private:
+    std::vector<std::size_t> m_begin = {0};
+    std::size_t m_entries = 0;  // items of all histories
+    std::size_t m_pairs = 0;    // pairs of items of all histories
+};
 
 }  // namespace
 
@@ -179,14 +209,12 @@ PairTallies::PairTallies(const Standings& standings, const ItemSets& sets, unsig
                          Step& step)
     : m_met(sets.count(2)) {
     const Numbers numbers(standings);
-    const std::size_t items = numbers.items.size();
-    if (items == 0 || m_met.empty())
+    if (numbers.items.empty() || m_met.empty())
         return;
-    const std::size_t rows = std::clamp<std::size_t>(STRIP_SIZE / items, 1, items / threads + 1);
-    const std::size_t strips = (items + rows - 1) / rows;
+    const Strips strips(standings, numbers, threads);
     const Level& firsts = sets.level(1);
     const Level& pairs = sets.level(2);
-    if (!stripsPay(standings, strips)) {
+    if (!strips.pay(standings.historyCount())) {
         const auto makeWorker = [&](unsigned) {
             return [&, work = std::make_unique<Work>(step),
                     counter = ItemCounter(standings, pairs)](std::size_t first) mutable {
@@ -200,8 +228,8 @@ PairTallies::PairTallies(const Standings& standings, const ItemSets& sets, unsig
     const auto makeWorker = [&](unsigned) {
         return [&, work = std::make_unique<Work>(step),
                 counter = StripCounter(standings, numbers)](std::size_t strip) mutable {
-            const std::size_t begin = strip * rows;
-            const std::size_t end = std::min(begin + rows, items);
+            const std::size_t begin = strips.begin(strip);
+            const std::size_t end = strips.end(strip);
             counter.count(begin, end, *work);
             auto first = static_cast<std::size_t>(
                 std::lower_bound(firsts.last.begin(), firsts.last.end(), numbers.items[begin]) -
@@ -216,7 +244,7 @@ PairTallies::PairTallies(const Standings& standings, const ItemSets& sets, unsig
             }
         };
     };
-    workOn(strips, threads, step, makeWorker, [](std::size_t) {});
+    workOn(strips.count(), threads, step, makeWorker, [](std::size_t) {});
 }
 
 PairTallies::Pair countPair(const Standings& standings, Rank a, Rank b) {

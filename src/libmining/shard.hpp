@@ -14,6 +14,9 @@ struct Shard {
     std::size_t end;
 
     static Shard whole(const HistoryIndex& index) { return {&index, 0, index.historyCount()}; }
+
+    /// One of `parts` shards that this one is cut into, with about equally many items.
+    Shard part(std::size_t part, std::size_t parts) const;
 };
 
 }  // namespace quarvis::mining

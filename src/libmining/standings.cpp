@@ -394,9 +394,9 @@ Standings::Standings(const Shard& shard, const std::vector<bool>& relevant, std:
         Work work(step);
         StandingsBuilder builder(*shard.index, relevant, window,
                                  part == 0 ? entries : entries / threads);
-        const auto [begin, end] = partOf(shard.end - shard.begin, part, threads);
-        for (std::size_t history = begin; history < end; ++history) {
-            const HistoryId id{static_cast<std::uint32_t>(shard.begin + history)};
+        const Shard own = shard.part(part, threads);
+        for (std::size_t history = own.begin; history < own.end; ++history) {
+            const HistoryId id{static_cast<std::uint32_t>(history)};
             builder.add(id);
             work.add(50 *
                      (1 + shard.index->endTransaction(id) - shard.index->firstTransaction(id)));
