@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cassert>
 #include <cstdint>
-#include <optional>
+#include <memory>
+#include <numeric>
 #include <span>
 #include <utility>
 
+#include "large_vector.hpp"
 #include "tasks.hpp"
 
 namespace quarvis::mining {
@@ -20,12 +23,15 @@ bool passes(const Rule& rule, const Thresholds& thresholds) {
 /// Selects the rules of one thread that pass, and sorts them.
 class RuleSelection {
   public:
-    RuleSelection(const ItemSets& sets, const Thresholds& thresholds, std::size_t histories)
-        : m_sets(sets), m_thresholds(thresholds), m_bits(s_bitsOf(sets.level(1))) {
-        m_selected.m_histories = histories;
-    }
+    using Parts = std::vector<std::unique_ptr<RuleSelection>>;
 
-    /// Makes room for rules that may be added, by this selection or from others.
+    RuleSelection(const ItemSets& sets, const Thresholds& thresholds, std::size_t histories)
+        : m_sets(sets),
+          m_thresholds(thresholds),
+          m_histories(histories),
+          m_bits(s_bitsOf(sets.level(1))) {}
+
+    /// Makes room for the items of rules that may be added, by this selection or from others.
     void reserve(std::span<const CountedRule> counted);
 
     /// Adds the rules that pass. Those of one set are worked on fastest when they follow each
@@ -34,39 +40,44 @@ class RuleSelection {
 
     void sort();
 
-    /// Adds the rules of another selection; both are sorted.
-    void merge(const RuleSelection& other);
-
-    /// The rules, sorted; leaves this empty.
-    Rules take() &&;
+    /// The rules of all parts, each of which is sorted. The first part must have room for the items
+    /// of all, and loses its own. Works in as many threads as there are parts.
+    static Rules merge(Parts& parts, Step& step);
 
   private:
     using Key = std::array<std::uint64_t, 2>;
 
-    /// The place of a rule in m_selected, and the beginning of its sides as a number.
+    /// A rule, the items of its part, and the beginning of its sides as a number.
     struct Keyed {
         Key key;
-        std::size_t place;
+        const Rules::Stored* rule;
+        const Rank* ranks;
+    };
+
+    /// Sorted rules of a part.
+    struct Range {
+        const Keyed* next;
+        const Keyed* end;
+        std::size_t shift;  // how far the items of the part move
     };
 
     static unsigned s_bitsOf(const Level& items);
+    static bool s_standsBefore(const Keyed& a, const Keyed& b);
+    static std::vector<Keyed> s_pivots(const Parts& parts);
+    static void s_merge(std::vector<Range> ranges, Rules::Stored* merged);
     void m_add(const CountedRule& counted);
-    std::size_t m_countOf(const Rank* items, std::size_t size) const;
+    std::uint32_t m_countOf(const Rank* items, std::size_t size) const;
     Key m_keyOf(const Rules::Stored& rule) const;
-    Rule m_ruleOf(const Keyed& rule) const {
-        return m_selected.m_counted(m_selected.m_rules[rule.place]);
-    }
-    bool m_standsBefore(const Keyed& a, const Keyed& b) const {
-        return a.key != b.key ? a.key < b.key : standsBefore(m_ruleOf(a), m_ruleOf(b));
-    }
 
     const ItemSets& m_sets;
     const Thresholds& m_thresholds;
+    std::size_t m_histories;
     unsigned m_bits;   // bits of a rank or an end mark in a key
     SplitSet m_set{};  // the rule whose items m_items holds
     std::vector<Rank> m_items;
-    Rules m_selected;
-    std::vector<Keyed> m_order;
+    std::vector<Rank> m_ranks;  // of the sides of all rules
+    LargeVector<Rules::Stored> m_rules;
+    LargeVector<Keyed> m_order;
 };
 
 /// The bits of an end mark, which is greater than all ranks.
@@ -75,7 +86,7 @@ unsigned RuleSelection::s_bitsOf(const Level& items) {
 }
 
 /// The count of a part of a frequent set, which is frequent too.
-std::size_t RuleSelection::m_countOf(const Rank* items, std::size_t size) const {
+std::uint32_t RuleSelection::m_countOf(const Rank* items, std::size_t size) const {
     const std::size_t set = m_sets.find({items, size});
     assert(set != ItemSets::NOT_FOUND);
     return m_sets.level(size).count[set];
@@ -85,11 +96,11 @@ void RuleSelection::reserve(std::span<const CountedRule> counted) {
     std::size_t ranks = 0;
     for (const CountedRule& rule : counted)
         ranks += rule.rule.size;
-    m_selected.m_ranks.reserve(ranks);
-    m_selected.m_rules.reserve(counted.size());
+    m_ranks.reserve(ranks);
 }
 
 void RuleSelection::add(std::span<const CountedRule> counted) {
+    m_rules.reserve(counted.size());
     for (const CountedRule& rule : counted)
         m_add(rule);
 }
@@ -101,28 +112,27 @@ void RuleSelection::m_add(const CountedRule& counted) {
         m_sets.items(set.size, set.set, m_items.data());
         m_set = set;
     }
-    std::vector<Rank>& ranks = m_selected.m_ranks;
-    const std::size_t begin = ranks.size();
+    const std::size_t begin = m_ranks.size();
     for (const SplitMask side : {SplitMask{0}, SplitMask{1}})
         for (std::size_t i = 0; i < set.size; ++i)
             if ((set.split >> i & 1) == side)
-                ranks.push_back(m_items[i]);
+                m_ranks.push_back(m_items[i]);
     const auto subsequent = static_cast<std::uint32_t>(std::popcount(set.split));
     const std::uint32_t antecedent = set.size - subsequent;
-    const Rules::Stored stored{
-        begin,
-        antecedent,
-        subsequent,
-        counted.count,
-        m_sets.level(set.size).count[set.set],
-        static_cast<std::uint32_t>(m_countOf(&ranks[begin], antecedent)),
-        static_cast<std::uint32_t>(m_countOf(&ranks[begin] + antecedent, subsequent))};
-    Rule rule = m_selected.m_counted(stored);
-    measure(rule, m_selected.m_histories);
+    Rules::Stored stored;
+    stored.begin = begin;
+    stored.antecedent = antecedent;
+    stored.subsequent = subsequent;
+    stored.count = counted.count;
+    stored.unionCount = m_sets.level(set.size).count[set.set];
+    stored.antecedentCount = m_countOf(&m_ranks[begin], antecedent);
+    stored.subsequentCount = m_countOf(&m_ranks[begin] + antecedent, subsequent);
+    Rule rule = Rules::s_counted(stored, m_ranks.data());
+    measure(rule, m_histories);
     if (passes(rule, m_thresholds))
-        m_selected.m_rules.push_back(stored);
+        m_rules.push_back(stored);
     else
-        ranks.resize(begin);
+        m_ranks.resize(begin);
 }
 
 /// The ranks of the antecedent, an end mark, the ranks of the subsequent and end marks, as far as a
@@ -130,7 +140,7 @@ void RuleSelection::m_add(const CountedRule& counted) {
 /// rules.
 RuleSelection::Key RuleSelection::m_keyOf(const Rules::Stored& rule) const {
     const std::uint64_t mark = ~std::uint64_t{0} >> (64 - m_bits);
-    const Rank* const end = &m_selected.m_ranks[rule.begin] + rule.antecedent + rule.subsequent;
+    const Rank* const end = &m_ranks[rule.begin] + rule.antecedent + rule.subsequent;
     const Rank* const subsequent = end - rule.subsequent;
     const Rank* next = end - rule.antecedent - rule.subsequent;
     bool isMarked = false;  // whether the mark of the antecedent is done
@@ -147,37 +157,87 @@ RuleSelection::Key RuleSelection::m_keyOf(const Rules::Stored& rule) const {
     return key;
 }
 
+bool RuleSelection::s_standsBefore(const Keyed& a, const Keyed& b) {
+    return a.key != b.key ? a.key < b.key
+                          : standsBefore(Rules::s_counted(*a.rule, a.ranks),
+                                         Rules::s_counted(*b.rule, b.ranks));
+}
+
 void RuleSelection::sort() {
-    m_order.reserve(m_selected.m_rules.capacity());
-    for (std::size_t place = 0; place < m_selected.m_rules.size(); ++place)
-        m_order.push_back({m_keyOf(m_selected.m_rules[place]), place});
-    std::sort(m_order.begin(), m_order.end(),
-              [this](const Keyed& a, const Keyed& b) { return m_standsBefore(a, b); });
+    m_order.reserve(m_rules.size());
+    for (const Rules::Stored& rule : m_rules)
+        m_order.push_back({m_keyOf(rule), &rule, m_ranks.data()});
+    std::sort(m_order.begin(), m_order.end(), s_standsBefore);
 }
 
-void RuleSelection::merge(const RuleSelection& other) {
-    const std::size_t shift = m_selected.m_ranks.size();
-    m_selected.m_ranks.insert(m_selected.m_ranks.end(), other.m_selected.m_ranks.begin(),
-                              other.m_selected.m_ranks.end());
-    const std::size_t before = m_order.size();
-    for (Rules::Stored rule : other.m_selected.m_rules) {
-        rule.begin += shift;
-        m_selected.m_rules.push_back(rule);
+/// Rules that cut those of all parts into ranges of about equal size, found among samples. There
+/// are more ranges than threads, so that none waits long for another.
+std::vector<RuleSelection::Keyed> RuleSelection::s_pivots(const Parts& parts) {
+    const std::size_t ranges = parts.size() == 1 ? 1 : 4 * parts.size();
+    std::vector<Keyed> samples;
+    for (const std::unique_ptr<RuleSelection>& part : parts)
+        for (std::size_t i = 0; i < 16 * ranges && !part->m_order.empty(); ++i)
+            samples.push_back(part->m_order[partOf(part->m_order.size(), i, 16 * ranges).begin]);
+    std::sort(samples.begin(), samples.end(), s_standsBefore);
+    std::vector<Keyed> pivots;
+    for (std::size_t range = 1; range < ranges && !samples.empty(); ++range)
+        pivots.push_back(samples[partOf(samples.size(), range, ranges).begin]);
+    return pivots;
+}
+
+void RuleSelection::s_merge(std::vector<Range> ranges, Rules::Stored* merged) {
+    const auto isDone = [](const Range& range) { return range.next == range.end; };
+    std::erase_if(ranges, isDone);
+    while (!ranges.empty()) {
+        std::size_t first = 0;
+        for (std::size_t range = 1; range < ranges.size(); ++range)
+            if (s_standsBefore(*ranges[range].next, *ranges[first].next))
+                first = range;
+        Range& from = ranges[first];
+        *merged = *from.next->rule;
+        merged->begin += from.shift;
+        ++merged;
+        if (++from.next == from.end)
+            std::erase_if(ranges, isDone);
     }
-    for (const Keyed& rule : other.m_order)
-        m_order.push_back({rule.key, before + rule.place});
-    std::inplace_merge(m_order.begin(), m_order.begin() + static_cast<std::ptrdiff_t>(before),
-                       m_order.end(),
-                       [this](const Keyed& a, const Keyed& b) { return m_standsBefore(a, b); });
 }
 
-Rules RuleSelection::take() && {
-    std::vector<Rules::Stored> sorted;
-    sorted.reserve(m_order.size());
-    for (const Keyed& rule : m_order)
-        sorted.push_back(m_selected.m_rules[rule.place]);
-    m_selected.m_rules.swap(sorted);
-    return std::move(m_selected);
+Rules RuleSelection::merge(Parts& parts, Step& step) {
+    const std::vector<Keyed> pivots = s_pivots(parts);
+    std::vector<std::vector<Range>> ranges(pivots.size() + 1);
+    std::vector<std::size_t> begins(ranges.size() + 1);  // among the merged rules
+    std::size_t ranks = 0;
+    for (const std::unique_ptr<RuleSelection>& part : parts) {
+        const Keyed* next = part->m_order.data();
+        const Keyed* const end = next + part->m_order.size();
+        for (std::size_t range = 0; range < ranges.size(); ++range) {
+            const Keyed* const stop =
+                range == pivots.size() ? end
+                                       : std::lower_bound(next, end, pivots[range], s_standsBefore);
+            ranges[range].push_back({next, stop, ranks});
+            begins[range + 1] += static_cast<std::size_t>(stop - next);
+            next = stop;
+        }
+        ranks += part->m_ranks.size();
+    }
+    std::partial_sum(begins.begin(), begins.end(), begins.begin());
+    Rules all;
+    all.m_histories = parts.front()->m_histories;
+    assert(parts.front()->m_ranks.capacity() >= ranks);
+    all.m_ranks = std::move(parts.front()->m_ranks);
+    all.m_rules.resize(begins.back());
+    const auto doTask = [&](std::size_t task) {
+        if (task < ranges.size())
+            s_merge(std::move(ranges[task]), all.m_rules.data() + begins[task]);
+        else
+            for (std::size_t part = 1; part < parts.size(); ++part)
+                all.m_ranks.insert(all.m_ranks.end(), parts[part]->m_ranks.begin(),
+                                   parts[part]->m_ranks.end());
+    };
+    workOn(
+        ranges.size() + 1, static_cast<unsigned>(parts.size()), step,
+        [&doTask](unsigned) { return doTask; }, [](std::size_t) {});
+    return all;
 }
 
 Rules selectRules(const std::vector<CountedRule>& counted, const ItemSets& sets,
@@ -185,21 +245,18 @@ Rules selectRules(const std::vector<CountedRule>& counted, const ItemSets& sets,
                   Step& step) {
     if (counted.empty())
         return {};
-    std::vector<std::optional<RuleSelection>> parts(threads);
+    RuleSelection::Parts parts(threads);
     workOnParts(threads, step, [&](std::size_t part) {
-        RuleSelection selection(sets, thresholds, histories);
+        auto selection = std::make_unique<RuleSelection>(sets, thresholds, histories);
         const auto [begin, end] = partOf(counted.size(), part, threads);
         const auto some = std::span(counted).subspan(begin, end - begin);
-        // The first part takes the rules of the others.
-        selection.reserve(part == 0 ? std::span(counted) : some);
-        selection.add(some);
-        selection.sort();
-        parts[part].emplace(std::move(selection));
+        // The first part takes the items of the others.
+        selection->reserve(part == 0 ? std::span(counted) : some);
+        selection->add(some);
+        selection->sort();
+        parts[part] = std::move(selection);
     });
-    RuleSelection all = *std::move(parts.front());
-    for (std::size_t part = 1; part < threads; ++part)
-        all.merge(*parts[part]);
-    return std::move(all).take();
+    return RuleSelection::merge(parts, step);
 }
 
 }  // namespace quarvis::mining

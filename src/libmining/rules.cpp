@@ -45,16 +45,15 @@ bool standsBefore(const Rule& a, const Rule& b) {
 
 Rule Rules::operator[](std::size_t place) const {
     assert(place < size());
-    Rule rule = m_counted(m_rules[place]);
+    Rule rule = s_counted(m_rules[place], m_ranks.data());
     measure(rule, m_histories);
     return rule;
 }
 
-Rule Rules::m_counted(const Stored& stored) const {
+Rule Rules::s_counted(const Stored& stored, const Rank* ranks) {
     Rule rule{};
-    rule.antecedent = std::span(m_ranks).subspan(stored.begin, stored.antecedent);
-    rule.subsequent =
-        std::span(m_ranks).subspan(stored.begin + stored.antecedent, stored.subsequent);
+    rule.antecedent = {ranks + stored.begin, stored.antecedent};
+    rule.subsequent = {rule.antecedent.data() + stored.antecedent, stored.subsequent};
     rule.count = stored.count;
     rule.unionCount = stored.unionCount;
     rule.antecedentCount = stored.antecedentCount;

@@ -64,6 +64,9 @@ class Rules {
     friend class RuleSelection;
 
     struct Stored {
+        /// Sets nothing, so that the threads that fill an array touch its memory first.
+        Stored() {}
+
         std::size_t begin;  // of the sides in m_ranks: the antecedent, then the subsequent
         std::uint32_t antecedent;
         std::uint32_t subsequent;
@@ -73,8 +76,8 @@ class Rules {
         std::uint32_t subsequentCount;
     };
 
-    /// A rule without its measures.
-    Rule m_counted(const Stored& stored) const;
+    /// A rule without its measures. `ranks` has the sides of all rules.
+    static Rule s_counted(const Stored& stored, const Rank* ranks);
 
     std::size_t m_histories = 0;
     std::vector<Rank> m_ranks;  // of the sides of all rules
