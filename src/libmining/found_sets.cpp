@@ -12,20 +12,36 @@ namespace quarvis::mining {
 
 namespace {
 
-/// Where the extensions of each of `below` sets begin among sets with these parents, which ascend;
-/// then an end.
-LargeVector<std::uint32_t> beginnings(const LargeVector<std::uint32_t>& parents, std::size_t below,
-                                      Step* step) {
-    LargeVector<std::uint32_t> begin(below + 1);
-    std::uint32_t set = 0;
-    for (std::size_t parent = 0; parent <= below; ++parent) {
+/// Beginnings of fewer sets are found by one thread, since starting others would take as long.
+constexpr std::size_t LINKED_ALONE = 1 << 14;
+
+/// Finds where the extensions of the sets [sets.begin, sets.end) begin among sets with these
+/// parents, which ascend.
+void findBeginnings(const LargeVector<std::uint32_t>& parents, PartRange sets,
+                    LargeVector<std::uint32_t>& beginnings, Step* step) {
+    auto next = std::lower_bound(parents.begin(), parents.end(), sets.begin);
+    for (std::size_t parent = sets.begin; parent < sets.end; ++parent) {
         if (step != nullptr)
             ask(*step, parent);
-        while (set < parents.size() && parents[set] < parent)
-            ++set;
-        begin[parent] = set;
+        while (next != parents.end() && *next < parent)
+            ++next;
+        beginnings[parent] = static_cast<std::uint32_t>(next - parents.begin());
     }
-    return begin;
+}
+
+/// Where the extensions of each of `below` sets begin among sets with these parents, which ascend;
+/// then an end.
+LargeVector<std::uint32_t> beginningsOf(const LargeVector<std::uint32_t>& parents,
+                                        std::size_t below, unsigned threads, Step* step) {
+    LargeVector<std::uint32_t> beginnings(below + 1);
+    if (threads == 1 || below < LINKED_ALONE) {
+        findBeginnings(parents, {0, below + 1}, beginnings, step);
+        return beginnings;
+    }
+    workOnParts(threads, *step, [&](std::size_t part) {
+        findBeginnings(parents, partOf(below + 1, part, threads), beginnings, step);
+    });
+    return beginnings;
 }
 
 }  // namespace
@@ -141,15 +157,24 @@ std::vector<std::size_t> FoundSets::sizes() const {
     return sizes;
 }
 
-void FoundSets::link(std::size_t items, Step* step) {
+void FoundSets::link(std::size_t items) {
+    m_link(items, 1, nullptr);
+}
+
+void FoundSets::link(std::size_t items, unsigned threads, Step& step) {
+    m_link(items, threads, &step);
+}
+
+void FoundSets::m_link(std::size_t items, unsigned threads, Step* step) {
     if (m_levels.empty()) {
         m_pairBegin.assign(items + 1, 0);
         return;
     }
-    m_pairBegin = beginnings(m_levels.front().parent, items, step);
+    m_pairBegin = beginningsOf(m_levels.front().parent, items, threads, step);
     for (std::size_t i = 0; i + 1 < m_levels.size(); ++i)
         if (m_levels[i].extensions.empty())
-            m_levels[i].extensions = beginnings(m_levels[i + 1].parent, m_levels[i].size(), step);
+            m_levels[i].extensions =
+                beginningsOf(m_levels[i + 1].parent, m_levels[i].size(), threads, step);
 }
 
 }  // namespace quarvis::mining

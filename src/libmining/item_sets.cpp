@@ -5,6 +5,11 @@
 
 namespace quarvis::mining {
 
+ItemSets::ItemSets(std::vector<Level> levels) : m_levels(std::move(levels)) {
+    for ([[maybe_unused]] const Level& level : m_levels)
+        assert(level.extensions.size() == level.size() + 1);
+}
+
 std::size_t ItemSets::size() const {
     std::size_t sum = 0;
     for (const Level& level : m_levels)

@@ -85,13 +85,14 @@ class Ranking {
                     m_giveBack(level);
             }
         });
-        ItemSets sets;
-        sets.add(m_firstLevel());
+        std::vector<Level> levels;
+        levels.push_back(m_firstLevel());
         for (Ranked& level : m_levels) {
-            sets.add(std::move(level.made));
-            m_step.spend(0);
+            levels.back().extensions = std::move(level.extensions);
+            levels.push_back(std::move(level.made));
         }
-        return sets;
+        levels.back().extensions.assign(levels.back().size() + 1, 0);
+        return ItemSets(std::move(levels));
     }
 
   private:
@@ -99,10 +100,12 @@ class Ranking {
     /// prefixes in the result, by their places in the walk; then for the places of the prefixes in
     /// the result; finally for the places of the sets themselves.
     struct Ranked {
+        std::size_t size = 0;
         LargeVector<ItemPlace> greatest;
         LargeVector<ItemPlace> root;     // empty if there is only one thread
         std::vector<std::size_t> begin;  // by part: its first place in the result; then an end
-        Level made;
+        Level made;                      // without extensions
+        std::vector<std::uint32_t> extensions;  // by set of the level below in the result
     };
 
     ItemPlace m_placeOf(WalkItem item) const { return m_itemPlaces[at(item)]; }
@@ -110,6 +113,7 @@ class Ranking {
     /// Finds the prefix, the greatest item and the root of each set of a level.
     void m_rank(std::size_t level) {
         const std::size_t size = m_found[level].size();
+        m_levels[level].size = size;
         m_levels[level].greatest.resize(size);
         if (m_threads > 1)
             m_levels[level].root.resize(size);
@@ -191,9 +195,10 @@ class Ranking {
         std::size_t before = 0;
         unsigned part = 1;
         for (ItemPlace root = 0; root < sets.size(); ++root) {
+            // A root that goes beyond the aim by more than half its sets belongs to the next part.
+            while (part < m_threads && before + sets[root] / 2 >= all / m_threads * part)
+                m_firstRoot[part++] = root;
             before += sets[root];
-            while (part < m_threads && before >= all / m_threads * part)
-                m_firstRoot[part++] = root + 1;
         }
     }
 
@@ -205,10 +210,13 @@ class Ranking {
     /// Makes room for a level of the result, and finds where each part begins in it.
     void m_makeRoom(std::size_t level) {
         Ranked& ranked = m_levels[level];
-        const std::size_t size = ranked.greatest.size();
+        const std::size_t size = ranked.size;
         setSize(ranked.made.prefix, size, m_step);
         setSize(ranked.made.last, size, m_step);
         setSize(ranked.made.count, size, m_step);
+        const std::size_t below = level == 0 ? m_ranks.size() : m_levels[level - 1].size;
+        setSize(ranked.extensions, below + 1, m_step);
+        ranked.extensions.back() = static_cast<std::uint32_t>(size);
         ranked.begin.assign(m_threads + 1, size);
         std::size_t sets = 0;
         for (unsigned part = 0; part + 1 < m_threads; ++part) {
@@ -238,6 +246,8 @@ class Ranking {
         }
         next.front() = static_cast<std::uint32_t>(ranked.begin[part]);
         std::partial_sum(next.begin(), next.end(), next.begin());
+        std::copy(next.begin(), next.end() - 1,
+                  ranked.extensions.begin() + static_cast<std::ptrdiff_t>(firstPrefix));
         for (std::size_t i = 0; i < sets.size(); ++i) {
             ask(m_step, i);
             const std::uint32_t set = sets[i];
@@ -314,7 +324,7 @@ class Ranking {
 }  // namespace
 
 ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step) && {
-    link(order.size(), &step);
+    link(order.size(), threads, step);
     ItemSets sets = Ranking(m_levels, m_pairBegin, order, threads, step).run();
     m_levels.clear();
     return sets;

@@ -30,6 +30,11 @@ struct Level {
 /// level of that size.
 class ItemSets {
   public:
+    ItemSets() = default;
+
+    /// Takes all levels, from size 1 on, with their `extensions`.
+    explicit ItemSets(std::vector<Level> levels);
+
     /// The greatest size that has a level. Levels from size 2 on are not empty.
     std::size_t levels() const { return m_levels.size(); }
 
