@@ -217,9 +217,7 @@ class LinkedHashSet : public Set<T, KeyOps> {
     Node** m_linkTo(const Key& key) {
         return const_cast<Node**>(std::as_const(*this).m_linkTo(key));
     }
-    Node* m_find(const Key& key) const {
-        return m_buckets.size() == 0 ? nullptr : *m_linkTo(key);
-    }
+    Node* m_find(const Key& key) const { return m_buckets.size() == 0 ? nullptr : *m_linkTo(key); }
 
     Node* m_nodeForKey(const Key& key, bool create) {
         if (m_buckets.size() == 0) {
