@@ -30,7 +30,7 @@ using oracle::Table;
 // one history fill more than one word of the engine's bitmaps. Orders beyond the number of items
 // only add messages.
 constexpr std::size_t MOST_ROWS = 12;
-constexpr std::size_t MOST_TRANSACTIONS = 80;
+constexpr std::size_t MOST_TRANSACTIONS = 70;
 constexpr std::size_t MOST_HISTORIES = 66;
 constexpr std::size_t ITEMS = 5;
 constexpr std::uint32_t MOST_ORDER = 9;
@@ -113,7 +113,7 @@ void fuzzWholeRun(Bytes bytes) {
     Input input(bytes);
     const Settings settings = settingsOf(input);
     const std::uint8_t kind = input.byte();
-    const bool isWhole = kind / std::size(NAMES) % 4 == 0;
+    const bool isWhole = kind / std::size(NAMES) % 16 == 0;
     const Table table = tableOf(input, kind);
     Outcome expected = oracle::mine(settings, table);
     if (!isWhole)
