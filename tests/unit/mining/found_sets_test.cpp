@@ -249,6 +249,7 @@ TEST(FoundSets, AreOrderedAlikeByAnyNumberOfThreads) {
                 Set found(size);
                 made.items(size, set, found.data());
                 ASSERT_LT(before, found) << threads << " threads";
+                ASSERT_EQ(set, made.find(found)) << threads << " threads";
                 std::uint32_t expected = 0;
                 for (const Rank rank : found)
                     expected |= 1U << at(rank);

@@ -57,12 +57,12 @@ TEST(RuleCmp, AnExtendedAntecedentIsLessWhateverTheSubsequents) {
         EXPECT_EQ(extended.cmp(Rule(setOf({"ab"}), Item(subsequent))), -1) << subsequent;
 }
 
+/// A comparison of strings tells no more than a sign on every machine.
 TEST(RuleCmp, AnAntecedentThatIsAPrefixLeavesItToTheSubsequents) {
     const Rule extended(setOf({"ab", "cd"}), Item("y"));
-    for (const char* subsequent : {"x", "y", "z"})
-        EXPECT_EQ(Rule(setOf({"ab"}), Item(subsequent)).cmp(extended),
-                  std::string(subsequent).compare("y"))
-            << subsequent;
+    EXPECT_LT(Rule(setOf({"ab"}), Item("x")).cmp(extended), 0);
+    EXPECT_EQ(Rule(setOf({"ab"}), Item("y")).cmp(extended), 0);
+    EXPECT_GT(Rule(setOf({"ab"}), Item("z")).cmp(extended), 0);
 }
 
 TEST(RuleCmp, LessCanHoldInBothDirections) {
