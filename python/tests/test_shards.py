@@ -1,5 +1,7 @@
 """Counting shards separately and summing gives the same result as the whole."""
 
+import struct
+
 import hypothesis
 import numpy as np
 import pytest
@@ -111,6 +113,22 @@ def test_a_run_tells_how_far_it_came():
     assert run.reach() == ([2], 5)
     run.add_level(10, [(np.array([0], np.uint32), np.array([3], np.uint32))])
     assert run.reach() == ([2, 1], 5)
+
+
+def test_a_run_tells_the_bytes_that_its_sets_and_rules_take():
+    options = _engine.Options()
+    options.min_count = 2
+    run = _engine.LevelRun(np.array([3, 5, 4], np.uint32), options)
+    assert run.memory == 3 * 4
+    run.add_level(10, [(np.array([0], np.uint32), np.array([3], np.uint32))])
+    assert run.memory == 3 * 4 + 20
+    # Both rules are met often enough, and one counts often enough.
+    run.add_rules(b"".join(
+        struct.pack("=QIIIxxxx", split, 0, met, counted) for split, met, counted in
+        ((1, 3, 2), (2, 2, 1))
+    ))
+    assert run.rule_count == 1
+    assert run.memory == 3 * 4 + 20 + 2 * 16 + 24
 
 
 def test_bytes_of_another_kind_are_refused():

@@ -115,8 +115,9 @@ def mine(
         The most bytes of sums that a task holds at a time. A level whose candidates need more takes
         several jobs.
     driver_bytes : int
-        The most bytes of sets and rules at the driver: 20 bytes per set and 32 per rule, plus those
-        of the level that is being counted.
+        The most bytes of sets and rules at the driver: 20 bytes per set, 16 per rule that is met
+        often enough and 24 more if it also counts often enough, plus those of the level that is
+        being counted.
 
     Returns
     -------
