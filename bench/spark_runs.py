@@ -33,6 +33,17 @@ def started(master, name, folder):
     return session, round(time.monotonic() - began, 1)
 
 
+def fpgrowth(frame, least, confidence=0.8):
+    """Give the model of Spark's FPGrowth for the items `what` of each `who` at a least count."""
+    import pyspark.sql.functions as F
+    from pyspark.ml.fpm import FPGrowth
+
+    baskets = frame.groupBy("who").agg(F.collect_set("what").alias("items"))
+    # The share is a hair less than the count, which rounding would raise otherwise.
+    share = (least - 0.5) / baskets.count()
+    return FPGrowth(itemsCol="items", minSupport=share, minConfidence=confidence).fit(baskets)
+
+
 class Log(logging.Handler):
     """The lines of the log of a run, from `begin` to `end`."""
 
