@@ -18,19 +18,41 @@ SETTINGS = {
 }
 
 
-def started(master, name, folder):
-    """Start the cluster, with its files in a folder; give the session and the seconds it took."""
+def started(master, name, folder, **settings):
+    """Start the cluster, with its files in a folder; give the session and the seconds it took.
+
+    A setting such as `spark.driver.memory` has underscores for its points.
+    """
     from pyspark.sql import SparkSession
 
     os.environ["PYSPARK_PYTHON"] = sys.executable
     began = time.monotonic()
     builder = SparkSession.builder.master(master).appName(name)
-    for key, value in {**SETTINGS, "spark.local.dir": folder}.items():
+    more = {key.replace("_", "."): value for key, value in settings.items()}
+    for key, value in {**SETTINGS, **more, "spark.local.dir": folder}.items():
         builder = builder.config(key, value)
     session = builder.getOrCreate()
     session.sparkContext.setLogLevel("ERROR")
     session.range(1).count()
     return session, round(time.monotonic() - began, 1)
+
+
+def rows_of(path):
+    """Give the rows of a transaction file; items that a row lacks are nulls."""
+    import numpy as np
+    import pyarrow as pa
+
+    import quarvis
+
+    columns = quarvis.read_transactions(path)._columns
+    names = pa.concat_arrays([columns.item_names, pa.nulls(1, pa.large_string())])
+    codes = np.minimum(columns.items, np.uint32(len(names) - 1))
+    entities = columns.entities
+    return pa.table({
+        "who": entities.values.cast(pa.string()).take(pa.array(entities.codes)),
+        "at": pa.array(columns.times.astype(np.int64)),
+        "what": names.take(pa.array(codes)).cast(pa.string()),
+    })
 
 
 def fpgrowth(frame, least, confidence=0.8):
