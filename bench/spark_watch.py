@@ -42,14 +42,16 @@ def _size(pid):
 
 
 def _role(pid, processes):
+    """Return the role of a process, or None if it is not of this run."""
     if pid == os.getpid():
         return "driver"
+    role = "driver_jvm" if b"java" in processes[pid][1] else None
     at = pid
     while at in processes and at != os.getpid():
         if b"CoarseGrainedExecutorBackend" in processes[at][1]:
-            return "executors" if at == pid else "workers"
+            role = "executors" if at == pid else "workers"
         at = processes[at][0]
-    return "driver_jvm" if at == os.getpid() and b"java" in processes[pid][1] else None
+    return role if at == os.getpid() else None
 
 
 class Memory(threading.Thread):
