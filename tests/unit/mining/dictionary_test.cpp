@@ -132,7 +132,7 @@ TEST(Dictionary, TellsItsMemory) {
 }
 
 /// Names that have the same bytes in other places or other lengths mostly have different hashes;
-/// otherwise the table would be slow.
+/// otherwise the table would be slow. Which ones are the same depends on the machine's byte order.
 TEST(NameHash, DiffersForMostNames) {
     std::vector<std::string> all;
     for (std::size_t length = 0; length < 40; ++length)
@@ -145,7 +145,7 @@ TEST(NameHash, DiffersForMostNames) {
     for (std::size_t i = 0; i < all.size(); ++i)
         for (std::size_t j = 0; j < i; ++j)
             same += nameHash(all[i]) == nameHash(all[j]) ? 1 : 0;
-    EXPECT_EQ(0U, same);
+    EXPECT_LT(same, all.size() / 100);
 }
 
 }  // namespace
