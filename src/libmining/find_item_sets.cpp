@@ -86,7 +86,7 @@ class Search {
         Step step(m_observer, m_meter);
         m_observer.levelForecast(size, forecast(m_sets, m_order.size(), step));
         m_walk(size, Step::NO_LIMIT);
-        m_sets.link(m_order.size(), m_options.threads, step);
+        m_sets.link(m_order.size(), m_options.threads, &step);
         m_reported = size;
         m_observer.levelFound(size, m_sets.count(size));
         return size < m_maxSize &&

@@ -12,9 +12,6 @@ namespace quarvis::mining {
 
 namespace {
 
-/// Beginnings of fewer sets are found by one thread, since starting others would take as long.
-constexpr std::size_t LINKED_ALONE = 1 << 14;
-
 /// Finds where the extensions of the sets [sets.begin, sets.end) begin among sets with these
 /// parents, which ascend.
 void findBeginnings(const LargeVector<std::uint32_t>& parents, PartRange sets,
@@ -34,13 +31,14 @@ void findBeginnings(const LargeVector<std::uint32_t>& parents, PartRange sets,
 LargeVector<std::uint32_t> beginningsOf(const LargeVector<std::uint32_t>& parents,
                                         std::size_t below, unsigned threads, Step* step) {
     LargeVector<std::uint32_t> beginnings(below + 1);
-    if (threads == 1 || below < LINKED_ALONE) {
-        findBeginnings(parents, {0, below + 1}, beginnings, step);
-        return beginnings;
-    }
-    workOnParts(threads, *step, [&](std::size_t part) {
-        findBeginnings(parents, partOf(below + 1, part, threads), beginnings, step);
-    });
+    const unsigned parts = threadsFor(below, threads);
+    const auto find = [&](std::size_t part) {
+        findBeginnings(parents, partOf(below + 1, part, parts), beginnings, step);
+    };
+    if (parts == 1)
+        find(0);
+    else
+        workOnParts(parts, *step, find);
     return beginnings;
 }
 
@@ -157,15 +155,8 @@ std::vector<std::size_t> FoundSets::sizes() const {
     return sizes;
 }
 
-void FoundSets::link(std::size_t items) {
-    m_link(items, 1, nullptr);
-}
-
-void FoundSets::link(std::size_t items, unsigned threads, Step& step) {
-    m_link(items, threads, &step);
-}
-
-void FoundSets::m_link(std::size_t items, unsigned threads, Step* step) {
+void FoundSets::link(std::size_t items, unsigned threads, Step* step) {
+    assert(threads == 1 || step != nullptr);
     if (m_levels.empty()) {
         m_pairBegin.assign(items + 1, 0);
         return;

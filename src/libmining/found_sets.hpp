@@ -80,13 +80,11 @@ class FoundSets {
     /// The number of sets of each size from 2 on.
     std::vector<std::size_t> sizes() const;
 
-    /// @{
     /// Fills in `pairBegin`, and `extensions` in all levels but the highest. Levels that have their
     /// extensions are skipped, so nothing may have been added to the levels above them since. Works
-    /// in `threads` threads. A step that is given is asked now and then whether to end.
-    void link(std::size_t items);
-    void link(std::size_t items, unsigned threads, Step& step);
-    /// @}
+    /// in `threads` threads; several need a step. A step that is given is asked now and then
+    /// whether to end.
+    void link(std::size_t items, unsigned threads = 1, Step* step = nullptr);
 
     /// The pairs that begin with item i are [pairBegin()[i], pairBegin()[i + 1]) in the level of
     /// size 2.
@@ -97,8 +95,6 @@ class FoundSets {
     ItemSets ordered(const WalkOrder& order, unsigned threads, Step& step) &&;
 
   private:
-    void m_link(std::size_t items, unsigned threads, Step* step);
-
     std::vector<Level> m_levels;
     LargeVector<std::uint32_t> m_pairBegin;
 };

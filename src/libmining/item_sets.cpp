@@ -6,8 +6,10 @@
 namespace quarvis::mining {
 
 ItemSets::ItemSets(std::vector<Level> levels) : m_levels(std::move(levels)) {
-    for ([[maybe_unused]] const Level& level : m_levels)
+    for ([[maybe_unused]] const Level& level : m_levels) {
+        assert(std::is_sorted(level.prefix.begin(), level.prefix.end()));
         assert(level.extensions.size() == level.size() + 1);
+    }
 }
 
 std::size_t ItemSets::size() const {
@@ -42,22 +44,6 @@ std::size_t ItemSets::find(std::span<const Rank> items) const {
         begin = here.extensions[set];
         end = here.extensions[set + 1];
     }
-}
-
-void ItemSets::add(Level level) {
-    assert(std::is_sorted(level.prefix.begin(), level.prefix.end()));
-    if (!m_levels.empty()) {
-        Level& below = m_levels.back();
-        below.extensions.resize(below.size() + 1);
-        std::size_t set = 0;
-        for (std::size_t prefix = 0; prefix <= below.size(); ++prefix) {
-            while (set < level.size() && level.prefix[set] < prefix)
-                ++set;
-            below.extensions[prefix] = static_cast<std::uint32_t>(set);
-        }
-    }
-    m_levels.push_back(std::move(level));
-    m_levels.back().extensions.assign(m_levels.back().size() + 1, 0);
 }
 
 ItemSetCursor::ItemSetCursor(const ItemSets& sets) : m_sets(sets) {

@@ -29,9 +29,6 @@ namespace quarvis::mining {
 
 namespace {
 
-/// One thread ranks a level of fewer sets, since starting others would take as long.
-constexpr std::size_t RANKED_ALONE = 1 << 14;
-
 /// A place in the first level of the result, where the items are in the order of their ranks.
 using ItemPlace = std::uint32_t;
 
@@ -105,7 +102,7 @@ class Ranking {
         LargeVector<ItemPlace> root;     // empty if there is only one thread
         std::vector<std::size_t> begin;  // by part: its first place in the result; then an end
         Level made;                      // without extensions
-        std::vector<std::uint32_t> extensions;  // by set of the level below in the result
+        std::vector<std::uint32_t> extensions;  // of the level below in the result
     };
 
     ItemPlace m_placeOf(WalkItem item) const { return m_itemPlaces[at(item)]; }
@@ -117,7 +114,7 @@ class Ranking {
         m_levels[level].greatest.resize(size);
         if (m_threads > 1)
             m_levels[level].root.resize(size);
-        const unsigned parts = size < RANKED_ALONE ? 1 : m_threads;
+        const unsigned parts = threadsFor(size, m_threads);
         workOnParts(parts, m_step, [&](std::size_t part) {
             const PartRange sets = partOf(size, part, parts);
             if (level == 0)
@@ -324,7 +321,7 @@ class Ranking {
 }  // namespace
 
 ItemSets FoundSets::ordered(const WalkOrder& order, unsigned threads, Step& step) && {
-    link(order.size(), threads, step);
+    link(order.size(), threads, &step);
     ItemSets sets = Ranking(m_levels, m_pairBegin, order, threads, step).run();
     m_levels.clear();
     return sets;

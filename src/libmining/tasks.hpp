@@ -64,6 +64,12 @@ void workOnParts(unsigned parts, Step& step, PartWork work) {
         parts, parts, step, [&work](unsigned) { return work; }, [](std::size_t) {});
 }
 
+/// The threads to work on this many item sets in: one for few sets, since starting others would
+/// take as long.
+inline unsigned threadsFor(std::size_t sets, unsigned threads) {
+    return sets < std::size_t{1} << 14 ? 1 : threads;
+}
+
 /// The elements [begin, end) of a part.
 struct PartRange {
     std::size_t begin;

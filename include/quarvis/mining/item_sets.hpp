@@ -19,7 +19,8 @@ struct Level {
     std::vector<Rank> last;             ///< The greatest item of each set.
     std::vector<std::uint32_t> count;   ///< Histories that hold each set.
 
-    /// The extensions of set i are [extensions[i], extensions[i + 1]) in the level above.
+    /// The extensions of set i are [extensions[i], extensions[i + 1]) in the level above; empty
+    /// ranges if there is none.
     std::vector<std::uint32_t> extensions;
 
     /// The number of sets.
@@ -32,7 +33,7 @@ class ItemSets {
   public:
     ItemSets() = default;
 
-    /// Takes all levels, from size 1 on, with their `extensions`.
+    /// Takes all levels, from size 1 on, with their `extensions`. In each level, prefixes ascend.
     explicit ItemSets(std::vector<Level> levels);
 
     /// The greatest size that has a level. Levels from size 2 on are not empty.
@@ -61,10 +62,6 @@ class ItemSets {
     /// The place in its level of the set with these ascending items, or NOT_FOUND. Takes a binary
     /// search among the extensions of each prefix.
     std::size_t find(std::span<const Rank> items) const;
-
-    /// Adds the level of the next size and fills in the `extensions` of the level below. The
-    /// prefixes must ascend.
-    void add(Level level);
 
   private:
     std::vector<Level> m_levels;

@@ -35,13 +35,24 @@ Level levelOf(std::vector<std::uint32_t> prefix, std::vector<Rank> last,
     return level;
 }
 
+/// Fills in the extensions of the levels.
+ItemSets setsOf(std::vector<Level> levels) {
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        const std::vector<std::uint32_t> none;
+        const std::vector<std::uint32_t>& prefixes =
+            i + 1 < levels.size() ? levels[i + 1].prefix : none;
+        for (std::size_t set = 0; set <= levels[i].size(); ++set)
+            levels[i].extensions.push_back(static_cast<std::uint32_t>(
+                std::count_if(prefixes.begin(), prefixes.end(),
+                              [set](std::uint32_t prefix) { return prefix < set; })));
+    }
+    return ItemSets(std::move(levels));
+}
+
 /// {a}, {b}, {c}, {d}; {a,b}, {a,c}, {b,c}, {c,d}; {a,b,c}.
 ItemSets nineSets() {
-    ItemSets sets;
-    sets.add(levelOf({0, 0, 0, 0}, {A, B, C, D}, {9, 8, 7, 6}));
-    sets.add(levelOf({0, 0, 1, 2}, {B, C, C, D}, {5, 4, 3, 2}));
-    sets.add(levelOf({0}, {C}, {1}));
-    return sets;
+    return setsOf({levelOf({0, 0, 0, 0}, {A, B, C, D}, {9, 8, 7, 6}),
+                   levelOf({0, 0, 1, 2}, {B, C, C, D}, {5, 4, 3, 2}), levelOf({0}, {C}, {1})});
 }
 
 TEST(ItemSets, HaveNoLevelsAtFirst) {
@@ -135,9 +146,7 @@ TEST(ItemSetCursor, ComesToASetAfterAllThatItBegins) {
 
 TEST(ItemSetCursor, HasNothingToComeToWithoutSets) {
     EXPECT_EQ(Listed(), listed(ItemSets()));
-    ItemSets empty;
-    empty.add(Level());
-    EXPECT_EQ(Listed(), listed(empty));
+    EXPECT_EQ(Listed(), listed(setsOf({Level()})));
 }
 
 TEST(ItemSetCursor, StaysAtTheEnd) {
@@ -151,12 +160,12 @@ TEST(ItemSetCursor, StaysAtTheEnd) {
 
 /// The trie of sets, level by level.
 ItemSets trieOf(const CountedSets& counted) {
-    ItemSets sets;
+    std::vector<Level> levels;
     CountedSets below = {{{}, 0}};
     for (std::size_t size = 1;; ++size) {
         const CountedSets here = ofSize(counted, size);
         if (here.empty())
-            return sets;
+            return setsOf(std::move(levels));
         Level level;
         for (const auto& [set, count] : here) {
             const auto prefix = below.find(Set(set.begin(), set.end() - 1));
@@ -165,7 +174,7 @@ ItemSets trieOf(const CountedSets& counted) {
             level.last.push_back(set.back());
             level.count.push_back(count);
         }
-        sets.add(std::move(level));
+        levels.push_back(std::move(level));
         below = here;
     }
 }
