@@ -20,9 +20,10 @@
 /// X, and no set is ever written out. Counting sorts then put each level into order: by greatest
 /// item first, and by the place of the prefix after that.
 ///
-/// The least item of a set is its root. The sets of a root are contiguous in each level of the
-/// result, so each thread places the sets of a range of roots, and threads need not wait for each
-/// other between levels.
+/// The two least items of a set are its branch. The sets of a branch are contiguous in each level
+/// of the result, so each thread places the sets of a range of branches, and threads need not wait
+/// for each other between levels. Where items are many and sets are few, the least item alone
+/// stands for the branch.
 ///
 /// Takes linear time apart from the searches.
 namespace quarvis::mining {
@@ -32,7 +33,13 @@ namespace {
 /// A place in the first level of the result, where the items are in the order of their ranks.
 using ItemPlace = std::uint32_t;
 
+/// A number for the two least items of a set, or for the least one alone. It rises with them.
+using Branch = std::uint32_t;
+
 using Places = LargeVector<std::uint32_t>;
+
+/// One set of so many is looked at to cut the sets into parts of about equal size.
+constexpr std::size_t SAMPLED_EVERY = 16;
 
 /// Resizes an array piece by piece, since the first touch of its memory takes long.
 template <class Array>
@@ -53,6 +60,7 @@ class Ranking {
           m_order(order),
           m_threads(threads),
           m_step(step),
+          m_branchesOfItem(s_branchesOfItem(order.size(), found)),
           m_itemPlaces(order.size()),
           m_levels(found.size()),
           m_placedParts(found.size()) {
@@ -99,21 +107,36 @@ class Ranking {
     struct Ranked {
         std::size_t size = 0;
         LargeVector<ItemPlace> greatest;
-        LargeVector<ItemPlace> root;     // empty if there is only one thread
+        LargeVector<Branch> branch;      // empty if there is only one thread
         std::vector<std::size_t> begin;  // by part: its first place in the result; then an end
         Level made;                      // without extensions
         std::vector<std::uint32_t> extensions;  // of the level below in the result
     };
 
+    /// How many branches there are for a least item: one for each second item where so many can be
+    /// counted in next to no memory beside the sets, otherwise a single one.
+    static Branch s_branchesOfItem(std::size_t items, const std::vector<FoundSets::Level>& found) {
+        std::size_t sets = 0;
+        for (const FoundSets::Level& level : found)
+            sets += level.size();
+        return items < std::size_t{1} << 16 && items * items <= sets / 8
+                   ? static_cast<Branch>(items)
+                   : 1;
+    }
+
+    Branch m_branch(ItemPlace least, ItemPlace second) const {
+        return least * m_branchesOfItem + (m_branchesOfItem > 1 ? second : 0);
+    }
+
     ItemPlace m_placeOf(WalkItem item) const { return m_itemPlaces[at(item)]; }
 
-    /// Finds the prefix, the greatest item and the root of each set of a level.
+    /// Finds the prefix, the greatest item and the branch of each set of a level.
     void m_rank(std::size_t level) {
         const std::size_t size = m_found[level].size();
         m_levels[level].size = size;
         m_levels[level].greatest.resize(size);
         if (m_threads > 1)
-            m_levels[level].root.resize(size);
+            m_levels[level].branch.resize(size);
         const unsigned parts = threadsFor(size, m_threads);
         workOnParts(parts, m_step, [&](std::size_t part) {
             const PartRange sets = partOf(size, part, parts);
@@ -139,8 +162,8 @@ class Ranking {
             if (second < first)
                 pairs.parent[pair] = static_cast<std::uint32_t>(last);
             ranked.greatest[pair] = std::max(first, second);
-            if (!ranked.root.empty())
-                ranked.root[pair] = std::min(first, second);
+            if (!ranked.branch.empty())
+                ranked.branch[pair] = m_branch(std::min(first, second), std::max(first, second));
         }
     }
 
@@ -170,38 +193,49 @@ class Ranking {
                 found.parent[set] = static_cast<std::uint32_t>(sibling - below.last.begin());
             }
             ranked.greatest[set] = greatest;
-            if (!ranked.root.empty())
-                ranked.root[set] = rankedBelow.root[found.parent[set]];
+            if (!ranked.branch.empty())
+                ranked.branch[set] = rankedBelow.branch[found.parent[set]];
         }
     }
 
-    /// Cuts the roots into a range for each part, with about equally many sets.
+    /// Cuts the branches into a range for each part, with about equally many sets of a sample.
     void m_cut() {
-        m_firstRoot.assign(m_threads + 1, static_cast<ItemPlace>(m_ranks.size()));
-        m_firstRoot.front() = 0;
+        const std::size_t branches = m_ranks.size() * m_branchesOfItem;
+        m_firstBranch.assign(m_threads + 1, static_cast<Branch>(branches));
+        m_firstBranch.front() = 0;
         if (m_threads == 1)
             return;
-        std::vector<std::size_t> sets(m_ranks.size());
+        std::vector<std::size_t> sets(branches);
         std::size_t all = 0;
         for (const Ranked& level : m_levels) {
-            for (const ItemPlace root : level.root)
-                ++sets[root];
-            all += level.root.size();
+            for (std::size_t set = 0; set < level.branch.size(); set += SAMPLED_EVERY, ++all)
+                ++sets[level.branch[set]];
             m_step.spend(0);
         }
         std::size_t before = 0;
         unsigned part = 1;
-        for (ItemPlace root = 0; root < sets.size(); ++root) {
-            // A root that goes beyond the aim by more than half its sets belongs to the next part.
-            while (part < m_threads && before + sets[root] / 2 >= all / m_threads * part)
-                m_firstRoot[part++] = root;
-            before += sets[root];
+        for (Branch branch = 0; branch < branches; ++branch) {
+            // A branch that goes beyond the aim by more than half its sets belongs to the next
+            // part.
+            while (part < m_threads && before + sets[branch] / 2 >= all / m_threads * part)
+                m_firstBranch[part++] = branch;
+            before += sets[branch];
         }
     }
 
-    /// Whether a root belongs to a part. One comparison suffices, since a lesser root wraps around.
-    bool m_isIn(ItemPlace root, std::size_t part) const {
-        return root - m_firstRoot[part] < m_firstRoot[part + 1] - m_firstRoot[part];
+    /// Whether a branch belongs to a part. One comparison suffices, since a lesser one wraps
+    /// around.
+    bool m_isIn(Branch branch, std::size_t part) const {
+        return branch - m_firstBranch[part] < m_firstBranch[part + 1] - m_firstBranch[part];
+    }
+
+    /// The prefixes of the sets of a part of a level, by their places in the result. Two parts can
+    /// share an item as the prefix of their pairs; no larger set has branches in two parts.
+    PartRange m_prefixes(std::size_t level, std::size_t part) const {
+        if (level > 0)
+            return {m_levels[level - 1].begin[part], m_levels[level - 1].begin[part + 1]};
+        const std::size_t end = std::size_t{m_firstBranch[part + 1]} + m_branchesOfItem - 1;
+        return {m_firstBranch[part] / m_branchesOfItem, end / m_branchesOfItem};
     }
 
     /// Makes room for a level of the result, and finds where each part begins in it.
@@ -218,8 +252,8 @@ class Ranking {
         std::size_t sets = 0;
         for (unsigned part = 0; part + 1 < m_threads; ++part) {
             ranked.begin[part] = sets;
-            for (const ItemPlace root : ranked.root)
-                sets += m_isIn(root, part);
+            for (const Branch branch : ranked.branch)
+                sets += m_isIn(branch, part);
         }
         ranked.begin[m_threads - 1] = sets;
     }
@@ -229,27 +263,26 @@ class Ranking {
         Ranked& ranked = m_levels[level];
         const LargeVector<std::uint32_t> sets = m_sortedByGreatest(level, part);
         const Places& below = level == 0 ? m_itemPlaces : m_found[level - 1].parent;
-        const std::size_t firstPrefix =
-            level == 0 ? m_firstRoot[part] : m_levels[level - 1].begin[part];
-        const std::size_t endPrefix =
-            level == 0 ? m_firstRoot[part + 1] : m_levels[level - 1].begin[part + 1];
-        std::vector<std::uint32_t> next(endPrefix - firstPrefix + 1);
+        const PartRange prefixes = m_prefixes(level, part);
+        std::vector<std::uint32_t> next(prefixes.end - prefixes.begin + 1);
         Places& places = m_found[level].parent;
         for (std::size_t i = 0; i < sets.size(); ++i) {
             ask(m_step, i);
             std::uint32_t& place = places[sets[i]];
             place = below[place];
-            ++next[place - firstPrefix + 1];
+            ++next[place - prefixes.begin + 1];
         }
         next.front() = static_cast<std::uint32_t>(ranked.begin[part]);
         std::partial_sum(next.begin(), next.end(), next.begin());
-        std::copy(next.begin(), next.end() - 1,
-                  ranked.extensions.begin() + static_cast<std::ptrdiff_t>(firstPrefix));
+        // An item that two parts share has its first pair in the earlier one.
+        const bool shared = level == 0 && m_firstBranch[part] % m_branchesOfItem != 0;
+        std::copy(next.begin() + shared, next.end() - 1,
+                  ranked.extensions.begin() + static_cast<std::ptrdiff_t>(prefixes.begin + shared));
         for (std::size_t i = 0; i < sets.size(); ++i) {
             ask(m_step, i);
             const std::uint32_t set = sets[i];
             const std::uint32_t prefix = places[set];
-            const std::uint32_t place = next[prefix - firstPrefix]++;
+            const std::uint32_t place = next[prefix - prefixes.begin]++;
             ranked.made.prefix[place] = prefix;
             ranked.made.last[place] = m_ranks[ranked.greatest[set]];
             ranked.made.count[place] = m_found[level].count[set];
@@ -260,7 +293,7 @@ class Ranking {
     /// Frees what is no longer needed when all parts of a level are in their places.
     void m_giveBack(std::size_t level) {
         LargeVector<ItemPlace>().swap(m_levels[level].greatest);
-        LargeVector<ItemPlace>().swap(m_levels[level].root);
+        LargeVector<Branch>().swap(m_levels[level].branch);
         Places().swap(m_found[level].count);
         if (level > 0)
             Places().swap(m_found[level - 1].parent);
@@ -274,7 +307,7 @@ class Ranking {
         for (std::size_t set = 0; set < ranked.greatest.size(); ++set) {
             ask(m_step, set);
             sets[size] = static_cast<std::uint32_t>(set);
-            size += ranked.root.empty() || m_isIn(ranked.root[set], part);
+            size += ranked.branch.empty() || m_isIn(ranked.branch[set], part);
         }
         sets.resize(size);
         if (size < m_ranks.size() / 4) {
@@ -311,11 +344,12 @@ class Ranking {
     const WalkOrder& m_order;
     unsigned m_threads;
     Step& m_step;
+    Branch m_branchesOfItem;
     std::vector<Rank> m_ranks;  // by place in the first level
     Places m_itemPlaces;        // by walk item
     std::vector<Ranked> m_levels;
     std::vector<std::atomic<unsigned>> m_placedParts;  // by level
-    std::vector<ItemPlace> m_firstRoot;                // by part; then an end
+    std::vector<Branch> m_firstBranch;                 // by part; then an end
 };
 
 }  // namespace
