@@ -1,6 +1,8 @@
 #include "thread_times.hpp"
 
 #include <cstdint>
+#include <thread>
+#include <vector>
 
 #include <quarvis/mining/mine.hpp>
 
@@ -25,10 +27,40 @@ struct Search {
     Seconds rules;
     std::size_t setCount;
     std::size_t ruleCount;
+    double bare;
     std::uint64_t digest;  // where it was asked for
 };
 
 enum class Digested { NO, YES };
+
+/// Arithmetic in registers that takes about 20 ms.
+std::uint64_t mixed(std::uint64_t seed, std::size_t rounds) {
+    for (std::size_t round = 0; round < rounds; ++round) {
+        seed ^= seed << 13;
+        seed ^= seed >> 7;
+        seed ^= seed << 17;
+    }
+    return seed;
+}
+
+/// The seconds of the same arithmetic in this many threads.
+double bareIn(unsigned threads) {
+    constexpr std::size_t ROUNDS = 10'000'000;
+    std::vector<std::uint64_t> results(threads);
+    const double seconds = timed([&] {
+                               std::vector<std::thread> others;
+                               for (unsigned thread = 1; thread < threads; ++thread)
+                                   others.emplace_back([&results, thread, threads] {
+                                       results[thread] = mixed(thread + 1, ROUNDS / threads);
+                                   });
+                               results[0] = mixed(1, ROUNDS / threads);
+                               for (std::thread& other : others)
+                                   other.join();
+                           }).wall;
+    for (const std::uint64_t result : results)
+        check(result != 0, "arithmetic that never gives 0 gave 0");
+    return seconds;
+}
 
 Search searched(const HistoryIndex& index, MiningOptions options, unsigned threads,
                 Digested digested) {
@@ -41,6 +73,7 @@ Search searched(const HistoryIndex& index, MiningOptions options, unsigned threa
         search.itemSets = watch.lap();
         const Rules rules = findRules(index, sets, options, observer);
         search.rules = watch.lap();
+        search.bare = bareIn(threads);
         search.setCount = sets.size();
         search.ruleCount = rules.size();
         if (digested == Digested::YES)
@@ -53,6 +86,7 @@ void add(ThreadTimes::Of& times, const Search& search) {
     times.itemSets.add(search.itemSets.wall);
     times.rules.add(search.rules.wall);
     times.both.add(search.itemSets.wall + search.rules.wall);
+    times.bare.add(search.bare);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ struct ThreadTimes {
         Samples itemSets;
         Samples rules;
         Samples both;
+        Samples bare;  ///< Arithmetic in registers, split among the threads.
     };
 
     Of one;
@@ -23,7 +24,8 @@ struct ThreadTimes {
 };
 
 /// Checks that both find the same, and runs each `runs` times, in turns and in processes of their
-/// own. Reading is not timed.
+/// own. Bare arithmetic follows each run, to tell what two threads can gain at that time: cores that
+/// seem free can be shared with other machines. Reading is not timed.
 ThreadTimes comparedThreads(std::size_t runs, const Configuration& config, const std::string& path);
 
 }  // namespace bench
