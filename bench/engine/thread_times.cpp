@@ -10,7 +10,6 @@
 #include "input.hpp"
 #include "result_digest.hpp"
 #include "support/check.hpp"
-#include "support/child.hpp"
 
 namespace bench {
 
@@ -65,21 +64,19 @@ double bareIn(unsigned threads) {
 Search searched(const HistoryIndex& index, MiningOptions options, unsigned threads,
                 Digested digested) {
     options.threads = threads;
-    return inChild([&] {
-        Search search{};
-        Observer observer;
-        Stopwatch watch;
-        const ItemSets sets = findItemSets(index, options, observer);
-        search.itemSets = watch.lap();
-        const Rules rules = findRules(index, sets, options, observer);
-        search.rules = watch.lap();
-        search.bare = bareIn(threads);
-        search.setCount = sets.size();
-        search.ruleCount = rules.size();
-        if (digested == Digested::YES)
-            search.digest = digestOf(index, sets, rules);
-        return search;
-    });
+    Search search{};
+    Observer observer;
+    Stopwatch watch;
+    const ItemSets sets = findItemSets(index, options, observer);
+    search.itemSets = watch.lap();
+    const Rules rules = findRules(index, sets, options, observer);
+    search.rules = watch.lap();
+    search.bare = bareIn(threads);
+    search.setCount = sets.size();
+    search.ruleCount = rules.size();
+    if (digested == Digested::YES)
+        search.digest = digestOf(index, sets, rules);
+    return search;
 }
 
 void add(ThreadTimes::Of& times, const Search& search) {

@@ -23,9 +23,10 @@ struct ThreadTimes {
     std::size_t ruleCount;
 };
 
-/// Checks that both find the same, and runs each `runs` times, in turns and in processes of their
-/// own. Bare arithmetic follows each run, to tell what two threads can gain at that time: cores that
-/// seem free can be shared with other machines. Reading is not timed.
+/// Checks that both find the same, and runs each `runs` times, in turns and in this process, so
+/// that the first touch of memory is not timed. Bare arithmetic follows each run, to tell what two
+/// threads can gain at that time: cores that seem free can be shared with other machines. Reading
+/// is not timed.
 ThreadTimes comparedThreads(std::size_t runs, const Configuration& config, const std::string& path);
 
 }  // namespace bench
