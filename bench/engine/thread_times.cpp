@@ -46,16 +46,15 @@ std::uint64_t mixed(std::uint64_t seed, std::size_t rounds) {
 double bareIn(unsigned threads) {
     constexpr std::size_t ROUNDS = 10'000'000;
     std::vector<std::uint64_t> results(threads);
-    const double seconds = timed([&] {
-                               std::vector<std::thread> others;
-                               for (unsigned thread = 1; thread < threads; ++thread)
-                                   others.emplace_back([&results, thread, threads] {
-                                       results[thread] = mixed(thread + 1, ROUNDS / threads);
-                                   });
-                               results[0] = mixed(1, ROUNDS / threads);
-                               for (std::thread& other : others)
-                                   other.join();
-                           }).wall;
+    const Stopwatch watch;
+    std::vector<std::thread> others;
+    for (unsigned thread = 1; thread < threads; ++thread)
+        others.emplace_back(
+            [&results, thread, threads] { results[thread] = mixed(thread + 1, ROUNDS / threads); });
+    results[0] = mixed(1, ROUNDS / threads);
+    for (std::thread& other : others)
+        other.join();
+    const double seconds = watch.elapsed().wall;
     for (const std::uint64_t result : results)
         check(result != 0, "arithmetic that never gives 0 gave 0");
     return seconds;
