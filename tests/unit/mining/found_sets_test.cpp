@@ -34,9 +34,9 @@ HistoryIndex threeItems() {
     return support::indexOf(oracle::tableOf({"1:a,b,c", "1:a,b,c", "1:a,b", "1:a"}), 1);
 }
 
-constexpr Rank A{0};
-constexpr Rank B{1};
-constexpr Rank C{2};
+constexpr Rank ITEM_A{0};
+constexpr Rank ITEM_B{1};
+constexpr Rank ITEM_C{2};
 
 TEST(FoundSets, AreOfOneItemAtFirst) {
     FoundSets sets;
@@ -46,7 +46,7 @@ TEST(FoundSets, AreOfOneItemAtFirst) {
     EXPECT_EQ((LargeVector<std::uint32_t>{0, 0, 0, 0}), sets.pairBegin());
     const HistoryIndex index = threeItems();
     const ItemSets made = ordered(std::move(sets), WalkOrder(index, 1));
-    EXPECT_EQ((CountedSets{{{A}, 4}, {{B}, 3}, {{C}, 2}}), setsOf(made));
+    EXPECT_EQ((CountedSets{{{ITEM_A}, 4}, {{ITEM_B}, 3}, {{ITEM_C}, 2}}), setsOf(made));
     EXPECT_EQ(1U, made.levels());
 }
 
@@ -59,13 +59,13 @@ TEST(FoundSets, AreOrderedByTheRanksOfTheirItems) {
     const HistoryIndex index = threeItems();
     const ItemSets made = ordered(std::move(sets), WalkOrder(index, 1));
     ASSERT_EQ(3U, made.levels());
-    EXPECT_EQ((std::vector<Rank>{A, B, C}), made.level(1).last);
+    EXPECT_EQ((std::vector<Rank>{ITEM_A, ITEM_B, ITEM_C}), made.level(1).last);
     EXPECT_EQ((std::vector<std::uint32_t>{4, 3, 2}), made.level(1).count);
     EXPECT_EQ((std::vector<std::uint32_t>{0, 0, 1}), made.level(2).prefix);
-    EXPECT_EQ((std::vector<Rank>{B, C, C}), made.level(2).last);
+    EXPECT_EQ((std::vector<Rank>{ITEM_B, ITEM_C, ITEM_C}), made.level(2).last);
     EXPECT_EQ((std::vector<std::uint32_t>{3, 2, 2}), made.level(2).count);
     EXPECT_EQ((std::vector<std::uint32_t>{0}), made.level(3).prefix);
-    EXPECT_EQ((std::vector<Rank>{C}), made.level(3).last);
+    EXPECT_EQ((std::vector<Rank>{ITEM_C}), made.level(3).last);
     EXPECT_EQ((std::vector<std::uint32_t>{2}), made.level(3).count);
 }
 

@@ -39,7 +39,7 @@ std::string bytesOf(const std::string& digits) {
     return bytes;
 }
 
-HistoryIndex smallIndex() {
+HistoryIndex twoHistories() {
     IndexBuilder builder;
     builder.add("history 0", 5, "a");
     builder.add("history 0", 7, "b");
@@ -101,9 +101,9 @@ TEST(IndexBytes, OfASmallIndex) {
         // The checksum.
         "8ef80ecfd54a26e7");
     EXPECT_EQ(208U, bytes.size());
-    EXPECT_EQ(bytes, indexToBytes(smallIndex()));
+    EXPECT_EQ(bytes, indexToBytes(twoHistories()));
     EXPECT_EQ(bytes, IndexFile().bytes());
-    EXPECT_TRUE(areSame(smallIndex(), indexFromBytes(bytes)));
+    EXPECT_TRUE(areSame(twoHistories(), indexFromBytes(bytes)));
 }
 
 TEST(IndexBytes, OfWideTimes) {

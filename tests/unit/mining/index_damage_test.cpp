@@ -119,11 +119,11 @@ const char* const FILLED = "there is something between its arrays";
 const char* const BEHIND = "there is something behind it";
 const char* const NAMES = "its names are in disorder";
 const char* const COUNTS = "its counts are too low";
-const char* const HISTORIES = "its histories are in disorder";
+const char* const HISTORY_DISORDER = "its histories are in disorder";
 const char* const TIMES = "its times are in disorder";
 const char* const TRANSACTIONS = "its transactions are in disorder";
 
-std::string nameOf(const testing::TestParamInfo<Damage>& damage) {
+std::string damageName(const testing::TestParamInfo<Damage>& damage) {
     return damage.param.name;
 }
 
@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
         Damage{"Occurrences", TOO_LARGE, [](auto& f) { f.head.occurrences = LARGEST; }},
         Damage{"FewerTransactionsReadThanKept", "it has too few transactions",
                [](auto& f) { f.head.transactionsRead = 2; }}),
-    nameOf);
+    damageName);
 
 INSTANTIATE_TEST_SUITE_P(
     OfSizes, DamagedContents,
@@ -152,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Damage{"FewerItems", BEHIND, [](auto& f) { --f.head.items; }},
                     Damage{"MoreBytesOfNames", NAMES, [](auto& f) { ++f.head.nameBytes; }},
                     Damage{"FewerBytesOfNames", FILLED, [](auto& f) { --f.head.nameBytes; }},
-                    Damage{"MoreHistories", HISTORIES, [](auto& f) { ++f.head.histories; }},
+                    Damage{"MoreHistories", HISTORY_DISORDER, [](auto& f) { ++f.head.histories; }},
                     Damage{"FewerHistories", FILLED, [](auto& f) { --f.head.histories; }},
                     Damage{"MoreTransactions", FILLED, [](auto& f) { ++f.head.transactions; }},
                     Damage{"FewerTransactions", FILLED, [](auto& f) { --f.head.transactions; }},
@@ -160,7 +160,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Damage{"FewerOccurrences", FILLED, [](auto& f) { --f.head.occurrences; }},
                     Damage{"NoOccurrences", BEHIND, [](auto& f) { f.head.occurrences = 0; }},
                     Damage{"FilledUpWithOthers", FILLED, [](auto& f) { f.fill = '\1'; }}),
-    nameOf);
+    damageName);
 
 INSTANTIATE_TEST_SUITE_P(
     OfItems, DamagedContents,
@@ -183,30 +183,31 @@ INSTANTIATE_TEST_SUITE_P(
         Damage{"ACountBelowTheLeast", COUNTS, [](auto& f) { f.counts[2] = 0; }},
         Damage{"ACountBelowTheHistories", COUNTS, [](auto& f) { f.counts[1] = 1; }},
         Damage{"AnotherLeast", COUNTS, [](auto& f) { f.head.minCount = 2; }}),
-    nameOf);
+    damageName);
 
 INSTANTIATE_TEST_SUITE_P(
     OfHistories, DamagedContents,
-    testing::Values(Damage{"HistoriesBeginLate", HISTORIES, [](auto& f) { f.historyBegin[0] = 1; }},
-                    Damage{"HistoriesEndEarly", HISTORIES, [](auto& f) { f.historyBegin[2] = 2; }},
-                    Damage{"HistoriesEndLate", HISTORIES, [](auto& f) { f.historyBegin[2] = 4; }},
-                    Damage{"HistoriesGoBack", HISTORIES, [](auto& f) { f.historyBegin[1] = 4; }},
-                    Damage{"TimesDescend", TIMES,
-                           [](auto& f) {
-                               f.times = {7, 5, 5};
-                           }},
-                    Damage{"TimesRepeat", TIMES, [](auto& f) { f.times[0] = 7; }},
-                    Damage{"WideTimesDescend", TIMES,
-                           [](auto& f) {
-                               f.head.timeBytes = 8;
-                               f.times = {(std::uint64_t{1} << 32) + 5, 7, 5};
-                           }},
-                    Damage{"WideTimesRepeat", TIMES,
-                           [](auto& f) {
-                               f.head.timeBytes = 8;
-                               f.times = {LARGEST, LARGEST, 5};
-                           }}),
-    nameOf);
+    testing::Values(
+        Damage{"HistoriesBeginLate", HISTORY_DISORDER, [](auto& f) { f.historyBegin[0] = 1; }},
+        Damage{"HistoriesEndEarly", HISTORY_DISORDER, [](auto& f) { f.historyBegin[2] = 2; }},
+        Damage{"HistoriesEndLate", HISTORY_DISORDER, [](auto& f) { f.historyBegin[2] = 4; }},
+        Damage{"HistoriesGoBack", HISTORY_DISORDER, [](auto& f) { f.historyBegin[1] = 4; }},
+        Damage{"TimesDescend", TIMES,
+               [](auto& f) {
+                   f.times = {7, 5, 5};
+               }},
+        Damage{"TimesRepeat", TIMES, [](auto& f) { f.times[0] = 7; }},
+        Damage{"WideTimesDescend", TIMES,
+               [](auto& f) {
+                   f.head.timeBytes = 8;
+                   f.times = {(std::uint64_t{1} << 32) + 5, 7, 5};
+               }},
+        Damage{"WideTimesRepeat", TIMES,
+               [](auto& f) {
+                   f.head.timeBytes = 8;
+                   f.times = {LARGEST, LARGEST, 5};
+               }}),
+    damageName);
 
 INSTANTIATE_TEST_SUITE_P(
     OfTransactions, DamagedContents,
@@ -227,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(
         Damage{"AnItemIsUnknown", TRANSACTIONS, [](auto& f) { f.occurrences[2] = 3; }},
         Damage{"AnItemIsNone", TRANSACTIONS,
                [](auto& f) { f.occurrences[3] = std::uint32_t(LARGEST_32); }}),
-    nameOf);
+    damageName);
 
 /// Limits the data that the program may have to this many bytes, as long as it lives.
 class MemoryLimit {

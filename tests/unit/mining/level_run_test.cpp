@@ -18,12 +18,14 @@
 #include "index_text.hpp"
 #include "indexed_tables.hpp"
 #include "oracle/random_table.hpp"
+#include "shard_cuts.hpp"
 #include "support/same_result.hpp"
 #include "support/sanitized.hpp"
 
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::cut;
 using mining_tests::historiesOf;
 using mining_tests::indexed;
 using mining_tests::optionsLike;
@@ -31,15 +33,6 @@ using oracle::RandomCase;
 using oracle::tableOf;
 using oracle::tableShapes;
 using support::differenceOf;
-
-std::vector<HistoryIndex> cut(const HistoryIndex& index, std::size_t number) {
-    std::vector<HistoryIndex> shards;
-    for (std::size_t shard = 0; shard < number; ++shard)
-        shards.push_back(index.slice(
-            HistoryId{static_cast<std::uint32_t>(index.historyCount() * shard / number)},
-            HistoryId{static_cast<std::uint32_t>(index.historyCount() * (shard + 1) / number)}));
-    return shards;
-}
 
 std::vector<std::uint32_t> countsOf(const HistoryIndex& index) {
     std::vector<std::uint32_t> counts;

@@ -19,16 +19,9 @@
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::entryOf;
 using mining_tests::makeStandings;
 using oracle::TableShape;
-
-/// The entry of an item in a history, or the end of the history's entries.
-std::size_t entryOf(const Standings& standings, std::size_t history, Rank item) {
-    std::size_t entry = history == 0 ? 0 : standings.endEntry(history - 1);
-    while (entry < standings.endEntry(history) && standings.item(entry) != item)
-        ++entry;
-    return entry;
-}
 
 /// The masks of an item in each of the words, by those of the standings.
 struct Expected {

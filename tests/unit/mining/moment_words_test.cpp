@@ -17,6 +17,7 @@
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::entryOf;
 using mining_tests::makeStandings;
 using oracle::Table;
 using oracle::TableShape;
@@ -144,14 +145,6 @@ const std::uint64_t* freshOf(const Standings::Masks& masks) {
 }
 const std::uint64_t* recentOf(const Standings::Masks& masks) {
     return masks.recent();
-}
-
-/// The entry of an item in a history, or the end of the history's entries.
-std::size_t entryOf(const Standings& standings, std::size_t history, Rank item) {
-    std::size_t entry = history == 0 ? 0 : standings.endEntry(history - 1);
-    while (entry < standings.endEntry(history) && standings.item(entry) != item)
-        ++entry;
-    return entry;
 }
 
 /// The masks of an item in all words of a first item.

@@ -32,7 +32,7 @@ using oracle::tableOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t LARGEST_NUMBER = std::numeric_limits<std::uint64_t>::max();
 
 Reason reasonOf(Miss miss) {
     switch (miss) {
@@ -93,7 +93,7 @@ Occurrences occurrences(const char* antecedent, const char* subsequent, const Ta
     return findOccurrences(index, ranksOf(index, antecedent), ranksOf(index, subsequent), window);
 }
 
-struct Row {
+struct Searched {
     const char* history;
     const char* antecedent;
     const char* subsequent;
@@ -101,8 +101,8 @@ struct Row {
     const char* outcome;
 };
 
-void expectOutcomes(const std::vector<Row>& rows) {
-    for (const Row& row : rows)
+void expectOutcomes(const std::vector<Searched>& rows) {
+    for (const Searched& row : rows)
         EXPECT_THAT(texts(listed(occurrences(row.antecedent, row.subsequent, tableOf({row.history}),
                                              row.window))),
                     ElementsAre(std::string("0 ") + row.outcome))
@@ -165,8 +165,8 @@ TEST(Occurrences, TheWindowIsInclusive) {
         {"1:a 5:b", "a", "b", 3, "TOO_LATE"},
         {"1:b 3:a 4:b", "a", "b", 3, "NOT_NEW"},
         {"1:b 3:a 5:b", "a", "b", 3, "at 5 after 3"},
-        {"0:a 18446744073709551615:b", "a", "b", LARGEST, "at 18446744073709551615 after 0"},
-        {"0:a 18446744073709551615:b", "a", "b", LARGEST - 1, "TOO_LATE"},
+        {"0:a 18446744073709551615:b", "a", "b", LARGEST_NUMBER, "at 18446744073709551615 after 0"},
+        {"0:a 18446744073709551615:b", "a", "b", LARGEST_NUMBER - 1, "TOO_LATE"},
         {"4294967295:a 4294967296:b", "a", "b", 1, "at 4294967296 after 4294967295"},
     });
 }
@@ -240,7 +240,7 @@ Table atTheEndOfTime(const Table& table, oracle::Time lastTime) {
     for (const oracle::History& history : table.histories) {
         auto& moved = late.histories.emplace_back();
         for (const auto& [time, items] : history)
-            moved[LARGEST - lastTime + time] = items;
+            moved[LARGEST_NUMBER - lastTime + time] = items;
     }
     return late;
 }

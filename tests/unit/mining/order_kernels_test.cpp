@@ -15,7 +15,7 @@ namespace {
 using Orders = std::vector<std::uint8_t>;
 using Words = std::vector<std::uint64_t>;
 
-constexpr std::uint64_t GUARD = 0x0123456789abcdef;
+constexpr std::uint64_t WORD_GUARD = 0x0123456789abcdef;
 
 /// A few orders, so that many are equal, and the least, the greatest and none.
 Orders ordersOf(std::size_t lanes, oracle::Draws& draws) {
@@ -30,7 +30,7 @@ Orders ordersOf(std::size_t lanes, oracle::Draws& draws) {
 template <class Compare>
 Words naive(const Orders& item, const Orders& set, Compare compare) {
     Words words(item.size() / 64 + 1);
-    words.back() = GUARD;
+    words.back() = WORD_GUARD;
     for (std::size_t lane = 0; lane < item.size(); ++lane)
         if (item[lane] != ABSENT && set[lane] != ABSENT && compare(item[lane], set[lane]))
             words[lane / 64] |= std::uint64_t{1} << (lane % 64);
@@ -45,9 +45,9 @@ TEST(OrderKernels, TellWhereAnItemComesBeforeASetWithItAndAfterIt) {
             for (int round = 0; round < 20; ++round) {
                 const Orders item = ordersOf(64 * words, draws);
                 const Orders set = ordersOf(64 * words, draws);
-                Words before(words + 1, GUARD);
-                Words with(words + 1, GUARD);
-                Words after(words + 1, GUARD);
+                Words before(words + 1, WORD_GUARD);
+                Words with(words + 1, WORD_GUARD);
+                Words after(words + 1, WORD_GUARD);
                 kernels.compare(item.data(), set.data(), words, before.data(), with.data(),
                                 after.data());
                 ASSERT_EQ(naive(item, set, std::less<>()), before) << kernels.name;

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <initializer_list>
 #include <map>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,11 +18,13 @@
 #include "oracle/random_table.hpp"
 #include "support/engine.hpp"
 #include "support/sanitized.hpp"
+#include "table_series.hpp"
 
 namespace quarvis::mining {
 namespace {
 
 using mining_tests::makeStandings;
+using mining_tests::Series;
 using mining_tests::Set;
 using oracle::Table;
 using oracle::tableOf;
@@ -250,21 +251,11 @@ void expectNaive(const Table& table, const Run& run, std::uint64_t seed, std::si
         << "seed " << seed << ", window " << run.window << ", least " << run.least;
 }
 
-struct Series {
-    TableShape shape;
-    std::uint64_t tables;
-};
-
-std::ostream& operator<<(std::ostream& os, const Series& series) {
-    return os << series.shape;
-}
-
 class RuleWalkOf : public testing::TestWithParam<Series> {};
 
 TEST_P(RuleWalkOf, TalliesRulesAsTheDefinitionDoes) {
     const TableShape& shape = GetParam().shape;
-    const std::uint64_t tables =
-        ADDRESS_SANITIZED ? (GetParam().tables + 9) / 10 : GetParam().tables;
+    const std::size_t tables = ADDRESS_SANITIZED ? (GetParam().tables + 9) / 10 : GetParam().tables;
     std::size_t rules = 0;
     for (std::uint64_t seed = 0; seed < tables; ++seed) {
         const Table table = oracle::randomTable(shape, seed);

@@ -14,29 +14,21 @@
 
 #include "indexed_tables.hpp"
 #include "oracle/random_table.hpp"
+#include "shard_cuts.hpp"
 #include "support/same_result.hpp"
 
 /// What a run over shards tells its observer, and how an observer ends it.
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::cut;
 using mining_tests::indexed;
 using mining_tests::optionsLike;
 using oracle::tableOf;
 using testing::ElementsAre;
 
-std::vector<HistoryIndex> cut(const HistoryIndex& index, std::size_t number) {
-    std::vector<HistoryIndex> shards;
-    const std::size_t all = index.historyCount();
-    for (std::size_t shard = 0; shard < number; ++shard)
-        shards.push_back(
-            index.slice(HistoryId{static_cast<std::uint32_t>(all * shard / number)},
-                        HistoryId{static_cast<std::uint32_t>(all * (shard + 1) / number)}));
-    return shards;
-}
-
 /// Records what it is told.
-class Recorder : public Observer {
+class ShardRecorder : public Observer {
   public:
     void levelFound(std::size_t size, std::size_t sets) override {
         m_note(std::to_string(sets) + " sets of " + std::to_string(size));
@@ -66,7 +58,7 @@ TEST(ShardsObserver, IsToldOfEachLevelAndOfTheRules) {
     options.minCount = 2;
     for (const unsigned threads : {1U, 3U}) {
         options.threads = threads;
-        Recorder recorder;
+        ShardRecorder recorder;
         mineShards(cut(index, 2), options, recorder);
         // The rules are a => b, a => c, b => c and {a,b} => c.
         EXPECT_THAT(recorder.told, ElementsAre("3 sets of 1", "3 sets of 2", "1 sets of 3",
@@ -83,11 +75,11 @@ TEST(ShardsObserver, IsToldNothingBeyondTheGreatestSize) {
     MiningOptions options;
     options.minCount = 2;
     options.maxSize = 2;
-    Recorder recorder;
+    ShardRecorder recorder;
     mineShards(cut(index, 2), options, recorder);
     EXPECT_THAT(recorder.told, ElementsAre("3 sets of 1", "3 sets of 2", "3 rules"));
     options.maxSize = 1;
-    Recorder other;
+    ShardRecorder other;
     mineShards(cut(index, 2), options, other);
     EXPECT_THAT(other.told, ElementsAre("3 sets of 1", "0 rules"));
 }
@@ -97,10 +89,10 @@ TEST(ShardsObserver, IsToldWhatIsToldOfTheWhole) {
         const oracle::RandomCase drawn = oracle::randomCase(seed);
         const HistoryIndex index = indexed(drawn.table, drawn.settings.minCount);
         const MiningOptions options = optionsLike(drawn.settings);
-        Recorder expected;
+        ShardRecorder expected;
         mine(index, options, expected);
         for (const std::size_t number : {1U, 2U, 5U}) {
-            Recorder recorder;
+            ShardRecorder recorder;
             mineShards(cut(index, number), options, recorder);
             EXPECT_EQ(expected.told, recorder.told) << "seed " << seed;
         }
@@ -108,9 +100,10 @@ TEST(ShardsObserver, IsToldWhatIsToldOfTheWhole) {
 }
 
 /// Cancels from the call with this number on.
-class Canceller : public Observer {
+class ShardCanceller : public Observer {
   public:
-    explicit Canceller(std::size_t from = std::numeric_limits<std::size_t>::max()) : m_from(from) {}
+    explicit ShardCanceller(std::size_t from = std::numeric_limits<std::size_t>::max())
+        : m_from(from) {}
 
     bool isCancelled() const override { return m_asked++ >= m_from; }
     std::size_t asked() const { return m_asked; }
@@ -137,7 +130,7 @@ TEST(ShardsObserver, IsAskedWhetherToGoOnHoweverShortTheRunIs) {
     options.minCount = 2;
     for (const unsigned threads : {1U, 3U}) {
         options.threads = threads;
-        Canceller canceller(0);
+        ShardCanceller canceller(0);
         EXPECT_THROW(mineShards(cut(index, 2), options, canceller), Cancelled);
     }
 }
@@ -147,11 +140,11 @@ TEST(ShardsObserver, EndsTheRunAtAnyQuestion) {
     const std::vector<HistoryIndex> shards = cut(index, 4);
     MiningOptions options;
     options.minCount = 3;
-    Canceller patient;
+    ShardCanceller patient;
     const Result expected = mineShards(shards, options, patient);
     ASSERT_GE(patient.asked(), 20U);
     for (std::size_t question = 0; question < patient.asked(); ++question) {
-        Canceller canceller(question);
+        ShardCanceller canceller(question);
         EXPECT_THROW(mineShards(shards, options, canceller), Cancelled) << "question " << question;
         EXPECT_EQ(question + 1, canceller.asked());
     }
@@ -166,7 +159,7 @@ TEST(ShardsObserver, EndsARunOfSeveralThreads) {
     options.minCount = 3;
     options.threads = 3;
     for (std::size_t question = 0; question < 20; ++question) {
-        Canceller canceller(question);
+        ShardCanceller canceller(question);
         EXPECT_THROW(mineShards(shards, options, canceller), Cancelled) << "question " << question;
     }
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -17,15 +16,20 @@
 #include "oracle/draws.hpp"
 #include "oracle/mine.hpp"
 #include "oracle/random_table.hpp"
+#include "shard_cuts.hpp"
 #include "support/same_result.hpp"
 #include "support/sanitized.hpp"
+#include "table_series.hpp"
 
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::cut;
 using mining_tests::indexed;
+using mining_tests::itemNames;
 using mining_tests::optionsLike;
 using mining_tests::outcomeOf;
+using mining_tests::Series;
 using oracle::RandomCase;
 using oracle::Table;
 using oracle::tableOf;
@@ -40,13 +44,6 @@ std::vector<HistoryIndex> cutAt(const HistoryIndex& index, std::vector<std::size
         shards.push_back(index.slice(HistoryId{static_cast<std::uint32_t>(begins[i])},
                                      HistoryId{static_cast<std::uint32_t>(begins[i + 1])}));
     return shards;
-}
-
-std::vector<HistoryIndex> cut(const HistoryIndex& index, std::size_t number) {
-    std::vector<std::size_t> begins;
-    for (std::size_t shard = 0; shard < number; ++shard)
-        begins.push_back(index.historyCount() * shard / number);
-    return cutAt(index, begins);
 }
 
 /// One shard at the beginning is empty, one at the end is, and most in between.
@@ -195,22 +192,6 @@ INSTANTIATE_TEST_SUITE_P(Shapes, RandomTablesInShards,
                              return tableShapes()[shape.param].name;
                          });
 
-std::vector<std::string> names(std::size_t number) {
-    std::vector<std::string> all;
-    for (std::size_t i = 0; i < number; ++i)
-        all.push_back("item" + std::to_string(i));
-    return all;
-}
-
-struct Series {
-    oracle::TableShape shape;
-    std::size_t tables;
-};
-
-std::ostream& operator<<(std::ostream& os, const Series& series) {
-    return os << series.shape;
-}
-
 class LargeTablesInShards : public testing::TestWithParam<Series> {};
 
 TEST_P(LargeTablesInShards, AreMinedAsTheWhole) {
@@ -232,12 +213,12 @@ TEST_P(LargeTablesInShards, AreMinedAsTheWhole) {
 /// Histories, transactions, items of a transaction, last time, least count.
 INSTANTIATE_TEST_SUITE_P(
     Shapes, LargeTablesInShards,
-    testing::Values(Series{{"MoreMomentsThanAWord", names(6), 8, 300, 2, 2000, 2}, 12},
-                    Series{{"AlikeHistories", names(4), 1500, 2, 2, 3, 3}, 8},
-                    Series{{"PresentAntecedents", names(6), 60, 30, 5, 60, 4}, 12},
-                    Series{{"LongAndShortHistories", names(5), 40, 90, 2, 100, 3}, 12},
-                    Series{{"ManyItems", names(60), 200, 12, 6, 40, 8}, 6},
-                    Series{{"DenseHistories", names(9), 90, 6, 6, 20, 5}, 10}),
+    testing::Values(Series{{"MoreMomentsThanAWord", itemNames(6), 8, 300, 2, 2000, 2}, 12},
+                    Series{{"AlikeHistories", itemNames(4), 1500, 2, 2, 3, 3}, 8},
+                    Series{{"PresentAntecedents", itemNames(6), 60, 30, 5, 60, 4}, 12},
+                    Series{{"LongAndShortHistories", itemNames(5), 40, 90, 2, 100, 3}, 12},
+                    Series{{"ManyItems", itemNames(60), 200, 12, 6, 40, 8}, 6},
+                    Series{{"DenseHistories", itemNames(9), 90, 6, 6, 20, 5}, 10}),
     [](const testing::TestParamInfo<Series>& series) { return series.param.shape.name; });
 
 TEST(Shards, OfTimesThatAreWideOrNotAreMinedTogether) {

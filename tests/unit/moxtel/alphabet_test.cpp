@@ -10,7 +10,7 @@ using moxtel::mem::Array;
 using moxtel::string::Alphabet;
 using namespace std::string_literals;
 
-constexpr std::size_t NPOS = static_cast<std::size_t>(-1);
+constexpr std::size_t NO_INDEX = static_cast<std::size_t>(-1);
 
 /// Every character there is.
 std::string allCharacters() {
@@ -137,14 +137,14 @@ TEST(NextMismatch, TextIsScannedFromTheIndex) {
     EXPECT_EQ(digits.nextMismatch(text, 0), 2U);
     EXPECT_EQ(digits.nextMismatch(text, 2), 2U);
     EXPECT_EQ(digits.nextMismatch(text, 3), 4U);
-    EXPECT_EQ(digits.nextMismatch(text, 5), NPOS);
-    EXPECT_EQ(digits.nextMismatch("123", 0), NPOS);
+    EXPECT_EQ(digits.nextMismatch(text, 5), NO_INDEX);
+    EXPECT_EQ(digits.nextMismatch("123", 0), NO_INDEX);
     EXPECT_EQ(digits.nextMismatch("12\xB2", 1), 2U);
-    EXPECT_EQ(digits.nextMismatch("", 0), NPOS);
+    EXPECT_EQ(digits.nextMismatch("", 0), NO_INDEX);
 }
 
 TEST(NextMismatch, TextEndsAtItsTerminatorThoughTheClassHoldsNul) {
-    EXPECT_EQ(Alphabet(arrayOf("a\0"s)).nextMismatch("aa\0b", 0), NPOS);
+    EXPECT_EQ(Alphabet(arrayOf("a\0"s)).nextMismatch("aa\0b", 0), NO_INDEX);
 }
 
 TEST(NextMismatch, StringGivesZeroOrNoPositionOnly) {
@@ -152,21 +152,21 @@ TEST(NextMismatch, StringGivesZeroOrNoPositionOnly) {
     EXPECT_EQ(digits.nextMismatch("12a4"s, 0), 0U);
     EXPECT_EQ(digits.nextMismatch("123a"s, 0), 0U);
     EXPECT_EQ(digits.nextMismatch("a123"s, 0), 0U);
-    EXPECT_EQ(digits.nextMismatch("1234"s, 0), NPOS);
-    EXPECT_EQ(digits.nextMismatch(""s, 0), NPOS);
+    EXPECT_EQ(digits.nextMismatch("1234"s, 0), NO_INDEX);
+    EXPECT_EQ(digits.nextMismatch(""s, 0), NO_INDEX);
 }
 
 TEST(NextMismatch, StringIsScannedFromItsStartWhateverTheIndex) {
     const Alphabet digits("0123456789", true);
     EXPECT_EQ(digits.nextMismatch("a123"s, 1), 0U);
     EXPECT_EQ(digits.nextMismatch("a123"s, 99), 0U);
-    EXPECT_EQ(digits.nextMismatch("1234"s, 99), NPOS);
+    EXPECT_EQ(digits.nextMismatch("1234"s, 99), NO_INDEX);
 }
 
 TEST(NextMismatch, StringIsScannedPastNul) {
     const Alphabet digits("0123456789", true);
     EXPECT_EQ(digits.nextMismatch("12\0"s, 0), 0U);
-    EXPECT_EQ(Alphabet(arrayOf("1\0"s)).nextMismatch("1\0001"s, 0), NPOS);
+    EXPECT_EQ(Alphabet(arrayOf("1\0"s)).nextMismatch("1\0001"s, 0), NO_INDEX);
 }
 
 }  // namespace

@@ -134,14 +134,14 @@ TEST_F(ArrayTest, AssignmentAcquiresOnceBeforeItReleases) {
     EXPECT_EQ(target.size(), 2U);
 }
 
-struct AllocatesItself {
+struct HasItsOwnNew {
     static void* operator new(std::size_t) { throw std::bad_alloc(); }
     static void operator delete(void*) {}
     int value = 5;
 };
 
 TEST_F(ArrayTest, ElementsAreMadeInTheBufferWhateverTheirOperatorNew) {
-    Array<AllocatesItself> array(2);
+    Array<HasItsOwnNew> array(2);
     EXPECT_EQ(array[1].value, 5);
     array.resize(3);
     EXPECT_EQ(array[2].value, 5);

@@ -40,9 +40,9 @@ void PrintTo(const Value& value, std::ostream* out) {
     *out << value.type << ' ' << ::testing::PrintToString(value.content);
 }
 
-class Draws {
+class ValueDraws {
   public:
-    explicit Draws(unsigned seed) : m_random(seed) {}
+    explicit ValueDraws(unsigned seed) : m_random(seed) {}
 
     std::size_t below(std::size_t n) { return m_random() % n; }
     std::string bytes(std::size_t count) {
@@ -59,7 +59,7 @@ class Draws {
 /// A type: some of its values, and any of them.
 struct Type {
     std::vector<Value> edges;
-    std::function<Value(Draws&)> draw;
+    std::function<Value(ValueDraws&)> draw;
 };
 
 template <class T>
@@ -87,7 +87,7 @@ Type numbers(const Number<T>& number) {
         type.edges.push_back(number.of(value));
     if constexpr (!Limits::is_integer)
         type.edges.push_back(number.of(-T(0)));
-    type.draw = [number](Draws& draws) {
+    type.draw = [number](ValueDraws& draws) {
         T value;
         std::memcpy(&value, draws.bytes(sizeof value).data(), sizeof value);
         return number.of(value);
@@ -120,7 +120,7 @@ Type texts(const Text& text, std::size_t longest, const std::string& without = "
     for (const std::string& value : {""s, "a"s, "\0"s, "\xff"s, "a\0\xff"s + "b\r\n"s,
                                      std::string(longest, 'y'), std::string(longest - 1, '\xff')})
         type.edges.push_back(text.of(cleared(value)));
-    type.draw = [=](Draws& draws) {
+    type.draw = [=](ValueDraws& draws) {
         const std::size_t most = draws.below(50) == 0 ? longest : 20;
         return text.of(cleared(draws.bytes(draws.below(most + 1))));
     };
@@ -153,7 +153,7 @@ std::vector<Type> everyType() {
             texts(NTS, 1000, "\0\xff"s)};
 }
 
-std::string written(const std::vector<Value>& values, Endianness order) {
+std::string writtenValues(const std::vector<Value>& values, Endianness order) {
     std::ostringstream bytes;
     BinaryWriter out(bytes, order);
     std::size_t count = 0;
@@ -177,10 +177,10 @@ std::vector<Value> reread(const std::string& bytes, const std::vector<Value>& va
 
 void expectRoundTrip(const std::vector<Value>& values) {
     for (const Endianness order : {ENDIAN_LITTLE, ENDIAN_BIG}) {
-        const std::string bytes = written(values, order);
+        const std::string bytes = writtenValues(values, order);
         const std::vector<Value> again = reread(bytes, values, order);
         EXPECT_EQ(again, values);
-        EXPECT_EQ(written(again, order), bytes);
+        EXPECT_EQ(writtenValues(again, order), bytes);
     }
 }
 
@@ -197,7 +197,7 @@ TEST(BinaryRoundTrip, RandomValuesComeBack) {
     const std::vector<Type> types = everyType();
     for (unsigned seed = 0; seed < 200; ++seed) {
         SCOPED_TRACE(seed);
-        Draws draws(seed);
+        ValueDraws draws(seed);
         std::vector<Value> values(draws.below(40));
         for (Value& value : values)
             value = types[draws.below(types.size())].draw(draws);
@@ -208,14 +208,14 @@ TEST(BinaryRoundTrip, RandomValuesComeBack) {
 // What does not come back.
 
 TEST(BinaryRoundTrip, AnNTSThatHoldsANulComesBackInTwo) {
-    const std::string bytes = written({NTS.of("ab\0cd"s)}, ENDIAN_BIG);
+    const std::string bytes = writtenValues({NTS.of("ab\0cd"s)}, ENDIAN_BIG);
     EXPECT_EQ(bytes, "ab\0cd\0"s);
     const std::vector<Value> halves = {NTS.of("ab"), NTS.of("cd")};
     EXPECT_EQ(reread(bytes, halves, ENDIAN_BIG), halves);
 }
 
 TEST(BinaryRoundTrip, AnNTSEndsAtAByteFF) {
-    const std::string bytes = written({NTS.of("ab\xffyz")}, ENDIAN_BIG);
+    const std::string bytes = writtenValues({NTS.of("ab\xffyz")}, ENDIAN_BIG);
     EXPECT_EQ(bytes, "ab\xffyz\0"s);
     const std::vector<Value> halves = {NTS.of("ab"), NTS.of("yz")};
     EXPECT_EQ(reread(bytes, halves, ENDIAN_BIG), halves);
@@ -233,7 +233,7 @@ TEST(BinaryRoundTrip, AStringTooLongForItsPrefixIsNotWritten) {
 
 TEST(BinaryRoundTrip, APStr64BeyondSixteenBitsOfLengthComesBackCutShort) {
     for (const auto& [length, prefix] : {std::pair{65536U, 0U}, std::pair{70000U, 4464U}}) {
-        const std::string bytes = written({PSTR_64.of(std::string(length, 'x'))}, ENDIAN_BIG);
+        const std::string bytes = writtenValues({PSTR_64.of(std::string(length, 'x'))}, ENDIAN_BIG);
         EXPECT_EQ(bytes.size(), 8 + length);
         BinaryReader in(Device::wrapString(bytes, 0, bytes.size()), ENDIAN_BIG);
         EXPECT_EQ(in.readPStr64(), std::string(prefix, 'x'));
@@ -243,10 +243,10 @@ TEST(BinaryRoundTrip, APStr64BeyondSixteenBitsOfLengthComesBackCutShort) {
 
 TEST(BinaryRoundTrip, WhatIsReadInTheOtherOrderComesBackReversed) {
     const Number<unsigned int> number = {"UI32", &BinaryWriter::writeUI32, &BinaryReader::readUI32};
-    const std::string bytes = written({number.of(0x01020304)}, ENDIAN_BIG);
+    const std::string bytes = writtenValues({number.of(0x01020304)}, ENDIAN_BIG);
     const std::vector<Value> reversed = {number.of(0x04030201)};
     EXPECT_EQ(reread(bytes, reversed, ENDIAN_LITTLE), reversed);
-    EXPECT_EQ(written(reversed, ENDIAN_BIG), "\4\3\2\1");
+    EXPECT_EQ(writtenValues(reversed, ENDIAN_BIG), "\4\3\2\1");
 }
 
 }  // namespace

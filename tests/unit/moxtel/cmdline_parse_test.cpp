@@ -105,24 +105,24 @@ Outcome parse(const std::vector<const char*>& arguments) {
 }
 
 /// Arguments, and what comes of them.
-struct Row {
+struct Parsing {
     const char* name;
     std::vector<const char*> arguments;
     Outcome outcome;
 };
 
-void PrintTo(const Row& row, std::ostream* to) {
+void PrintTo(const Parsing& row, std::ostream* to) {
     for (const char* argument : row.arguments)
         *to << " '" << argument << "'";
 }
 
-class ArgumentTable : public testing::TestWithParam<Row> {};
+class ArgumentTable : public testing::TestWithParam<Parsing> {};
 
-TEST_P(ArgumentTable, Row) {
+TEST_P(ArgumentTable, Parsing) {
     EXPECT_EQ(parse(GetParam().arguments), GetParam().outcome);
 }
 
-std::string nameOf(const testing::TestParamInfo<Row>& info) {
+std::string nameOf(const testing::TestParamInfo<Parsing>& info) {
     return info.param.name;
 }
 
@@ -137,161 +137,170 @@ Outcome failed(const char* err) {
 INSTANTIATE_TEST_SUITE_P(
     Positional, ArgumentTable,
     testing::Values(
-        Row{"NoArguments", {}, bound("")},
-        Row{"ArgumentsInOrder", {"b", "a", "b"}, bound("[b][a][b]")},
-        Row{"EmptyArgument", {""}, bound("[]")}, Row{"LoneDash", {"-", "-"}, bound("[-][-]")},
-        Row{"TwoDashesBetweenArguments", {"a", "--", "b"}, {"[a][--][b]", "", "Got --\n"}},
-        Row{"TwoDashesEndNothing", {"--", "-v", "--"}, {"v@2() [--][--]", "", "Got --\nGot --\n"}},
-        Row{"OptionsBetweenArguments",
-            {"a", "-k", "5", "b", "-v", "c"},
-            bound("k@2(5) v@5() [a][b][c]")},
-        Row{"EqualsSignAlone", {"="}, bound("[=]")}),
+        Parsing{"NoArguments", {}, bound("")},
+        Parsing{"ArgumentsInOrder", {"b", "a", "b"}, bound("[b][a][b]")},
+        Parsing{"EmptyArgument", {""}, bound("[]")},
+        Parsing{"LoneDash", {"-", "-"}, bound("[-][-]")},
+        Parsing{"TwoDashesBetweenArguments", {"a", "--", "b"}, {"[a][--][b]", "", "Got --\n"}},
+        Parsing{
+            "TwoDashesEndNothing", {"--", "-v", "--"}, {"v@2() [--][--]", "", "Got --\nGot --\n"}},
+        Parsing{"OptionsBetweenArguments",
+                {"a", "-k", "5", "b", "-v", "c"},
+                bound("k@2(5) v@5() [a][b][c]")},
+        Parsing{"EqualsSignAlone", {"="}, bound("[=]")}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Forms, ArgumentTable,
     testing::Values(
-        Row{"ShortWithSeparateValue", {"-k", "5"}, bound("k@1(5) ")},
-        Row{"ShortWithAttachedValue", {"-k5"}, bound("k@1(5) ")},
-        Row{"ShortWithEqualsSign", {"-k=5"}, bound("k@1(5) ")},
-        Row{"LongWithSeparateValue", {"--key", "5"}, bound("k@1(5) ")},
-        Row{"LongWithEqualsSign", {"--key=5"}, bound("k@1(5) ")},
-        Row{"LongOnly", {"--long-only=5"}, bound("long-only@1(5) ")},
-        Row{"PositionIsThatOfTheOptionToken",
-            {"a", "-k", "5", "--key=6"},
-            bound("k@2(5) k@4(6) [a]")},
-        Row{"RepeatedOptionIsBoundEachTime", {"-k1", "-k2", "-k1"}, bound("k@1(1) k@2(2) k@3(1) ")},
-        Row{"AttachedValueLeavesTheNextTokenAlone", {"-k5", "6"}, bound("k@1(5) [6]")},
-        Row{"EmptyAttachedTextIsNone", {"-k=", "5"}, bound("k@1(5) ")},
-        Row{"EmptyAttachedTextOfALongOptionIsNone", {"--key=", "5"}, bound("k@1(5) ")},
-        Row{"EqualsSignOnAFlag", {"-v=", "--verbose="}, bound("v@1() v@2() ")},
-        Row{"FlagTakesNoToken", {"-v", "5"}, bound("v@1() [5]")},
-        Row{"OnlyOneEqualsSignIsSkipped", {"-t==x"}, bound("t@1(\"=x\") ")},
-        Row{"LongNameEndsAtTheFirstEqualsSign", {"--text=a=b"}, bound("t@1(\"a=b\") ")},
-        Row{"NoClusteringOfShortOptions", {"-tv"}, bound("t@1(\"v\") ")},
-        Row{"AbsentMandatoryOptionIsNotChecked", {"-v"}, bound("v@1() ")}),
+        Parsing{"ShortWithSeparateValue", {"-k", "5"}, bound("k@1(5) ")},
+        Parsing{"ShortWithAttachedValue", {"-k5"}, bound("k@1(5) ")},
+        Parsing{"ShortWithEqualsSign", {"-k=5"}, bound("k@1(5) ")},
+        Parsing{"LongWithSeparateValue", {"--key", "5"}, bound("k@1(5) ")},
+        Parsing{"LongWithEqualsSign", {"--key=5"}, bound("k@1(5) ")},
+        Parsing{"LongOnly", {"--long-only=5"}, bound("long-only@1(5) ")},
+        Parsing{"PositionIsThatOfTheOptionToken",
+                {"a", "-k", "5", "--key=6"},
+                bound("k@2(5) k@4(6) [a]")},
+        Parsing{
+            "RepeatedOptionIsBoundEachTime", {"-k1", "-k2", "-k1"}, bound("k@1(1) k@2(2) k@3(1) ")},
+        Parsing{"AttachedValueLeavesTheNextTokenAlone", {"-k5", "6"}, bound("k@1(5) [6]")},
+        Parsing{"EmptyAttachedTextIsNone", {"-k=", "5"}, bound("k@1(5) ")},
+        Parsing{"EmptyAttachedTextOfALongOptionIsNone", {"--key=", "5"}, bound("k@1(5) ")},
+        Parsing{"EqualsSignOnAFlag", {"-v=", "--verbose="}, bound("v@1() v@2() ")},
+        Parsing{"FlagTakesNoToken", {"-v", "5"}, bound("v@1() [5]")},
+        Parsing{"OnlyOneEqualsSignIsSkipped", {"-t==x"}, bound("t@1(\"=x\") ")},
+        Parsing{"LongNameEndsAtTheFirstEqualsSign", {"--text=a=b"}, bound("t@1(\"a=b\") ")},
+        Parsing{"NoClusteringOfShortOptions", {"-tv"}, bound("t@1(\"v\") ")},
+        Parsing{"AbsentMandatoryOptionIsNotChecked", {"-v"}, bound("v@1() ")}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Values, ArgumentTable,
-    testing::Values(Row{"UnsignedSignAlone", {"-k+"}, bound("k@1(0) ")},
-                    Row{"UnsignedNegativeWraps", {"-k=-5"}, bound("k@1(4294967291) ")},
-                    Row{"UnsignedNegativeAttachedDirectly", {"-k-5"}, bound("k@1(4294967291) ")},
-                    Row{"UnsignedGreatest", {"-k4294967295"}, bound("k@1(4294967295) ")},
-                    Row{"SignedNegativeAttached", {"-n-12"}, bound("n@1(-12) ")},
-                    Row{"SignedPlusSign", {"-n", "+7"}, bound("n@1(7) ")},
-                    Row{"RealWithExponent", {"-f", "1.25e2"}, bound("f@1(125) ")},
-                    Row{"RealExponentAlone", {"-f", "e3"}, bound("f@1(1000) ")},
-                    Row{"RealInfinityWord", {"-f", "iguana"}, bound("f@1(inf) ")},
-                    Row{"RealNotANumber", {"-f", "NaN"}, bound("f@1(nan) ")},
-                    Row{"RealNegativeAttached", {"-f-0.5"}, bound("f@1(-0.5) ")},
-                    Row{"BoolYes", {"-b", "yes"}, bound("b@1(true) ")},
-                    Row{"BoolN", {"-b", "n"}, bound("b@1(false) ")},
-                    Row{"BoolTrueInAnyCase", {"-bTRUE"}, bound("b@1(true) ")},
-                    Row{"BoolFalse", {"--bool=False"}, bound("b@1(false) ")},
-                    Row{"StringIsKept", {"-t", "5x y"}, bound("t@1(\"5x y\") ")},
-                    Row{"StringMayBeEmptyInATokenOfItsOwn", {"-t", ""}, bound("t@1(\"\") ")},
-                    Row{"StringBeginningWithADashIsAttached", {"-t-v"}, bound("t@1(\"-v\") ")}),
+    testing::Values(Parsing{"UnsignedSignAlone", {"-k+"}, bound("k@1(0) ")},
+                    Parsing{"UnsignedNegativeWraps", {"-k=-5"}, bound("k@1(4294967291) ")},
+                    Parsing{
+                        "UnsignedNegativeAttachedDirectly", {"-k-5"}, bound("k@1(4294967291) ")},
+                    Parsing{"UnsignedGreatest", {"-k4294967295"}, bound("k@1(4294967295) ")},
+                    Parsing{"SignedNegativeAttached", {"-n-12"}, bound("n@1(-12) ")},
+                    Parsing{"SignedPlusSign", {"-n", "+7"}, bound("n@1(7) ")},
+                    Parsing{"RealWithExponent", {"-f", "1.25e2"}, bound("f@1(125) ")},
+                    Parsing{"RealExponentAlone", {"-f", "e3"}, bound("f@1(1000) ")},
+                    Parsing{"RealInfinityWord", {"-f", "iguana"}, bound("f@1(inf) ")},
+                    Parsing{"RealNotANumber", {"-f", "NaN"}, bound("f@1(nan) ")},
+                    Parsing{"RealNegativeAttached", {"-f-0.5"}, bound("f@1(-0.5) ")},
+                    Parsing{"BoolYes", {"-b", "yes"}, bound("b@1(true) ")},
+                    Parsing{"BoolN", {"-b", "n"}, bound("b@1(false) ")},
+                    Parsing{"BoolTrueInAnyCase", {"-bTRUE"}, bound("b@1(true) ")},
+                    Parsing{"BoolFalse", {"--bool=False"}, bound("b@1(false) ")},
+                    Parsing{"StringIsKept", {"-t", "5x y"}, bound("t@1(\"5x y\") ")},
+                    Parsing{"StringMayBeEmptyInATokenOfItsOwn", {"-t", ""}, bound("t@1(\"\") ")},
+                    Parsing{"StringBeginningWithADashIsAttached", {"-t-v"}, bound("t@1(\"-v\") ")}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Arities, ArgumentTable,
     testing::Values(
-        Row{"RangeStopsAtAnOption", {"-r", "a", "-v"}, bound("r@1(\"a\") v@3() ")},
-        Row{"RangeTakesNoMoreThanTheMost", {"-r", "a", "b", "c"}, bound("r@1(\"a\" \"b\") [c]")},
-        Row{"RangeTakesNothing", {"-r"}, bound("r@1() ")},
-        Row{"RangeCountsTheAttachedValue", {"-ra", "b", "c"}, bound("r@1(\"a\" \"b\") [c]")},
-        Row{"RangeStopsAtALoneDash", {"-r", "a", "-", "b"}, bound("r@1(\"a\") [-][b]")},
-        Row{"RangeStopsAtTwoDashes", {"-r", "a", "--"}, {"r@1(\"a\") [--]", "", "Got --\n"}},
-        Row{"PairTakesTwoTokens", {"-p", "1", "2", "3"}, bound("p@1(1 2) [3]")},
-        Row{"PairWithTheFirstAttached", {"--pair=-1", "2"}, bound("p@1(-1 2) ")},
-        Row{"ReversedRangeCannotBeSatisfied",
-            {"-R", "a", "b"},
-            failed("Not enough arguments for option \"-R\": have 1, need 3.\n")}),
+        Parsing{"RangeStopsAtAnOption", {"-r", "a", "-v"}, bound("r@1(\"a\") v@3() ")},
+        Parsing{
+            "RangeTakesNoMoreThanTheMost", {"-r", "a", "b", "c"}, bound("r@1(\"a\" \"b\") [c]")},
+        Parsing{"RangeTakesNothing", {"-r"}, bound("r@1() ")},
+        Parsing{"RangeCountsTheAttachedValue", {"-ra", "b", "c"}, bound("r@1(\"a\" \"b\") [c]")},
+        Parsing{"RangeStopsAtALoneDash", {"-r", "a", "-", "b"}, bound("r@1(\"a\") [-][b]")},
+        Parsing{"RangeStopsAtTwoDashes", {"-r", "a", "--"}, {"r@1(\"a\") [--]", "", "Got --\n"}},
+        Parsing{"PairTakesTwoTokens", {"-p", "1", "2", "3"}, bound("p@1(1 2) [3]")},
+        Parsing{"PairWithTheFirstAttached", {"--pair=-1", "2"}, bound("p@1(-1 2) ")},
+        Parsing{"ReversedRangeCannotBeSatisfied",
+                {"-R", "a", "b"},
+                failed("Not enough arguments for option \"-R\": have 1, need 3.\n")}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     FailuresThatGoOn, ArgumentTable,
     testing::Values(
-        Row{"UnknownShortOption", {"-x"}, failed("Unknown short option: x\n")},
-        Row{"UnknownShortOptionIsNamedWithItsWholeToken",
-            {"-xyz=3"},
-            failed("Unknown short option: xyz=3\n")},
-        Row{"UnknownLongOptionOnStandardOutput",
-            {"--extra"},
-            {"failed", "Unknown long option: extra\n", ""}},
-        Row{"UnknownLongOptionIsNamedWithoutItsValue",
-            {"--extra=3"},
-            {"failed", "Unknown long option: extra\n", ""}},
-        Row{"UnknownLongOptionWithoutAName", {"--=3"}, {"failed", "Unknown long option: \n", ""}},
-        Row{"ThreeDashes", {"---key"}, {"failed", "Unknown long option: -key\n", ""}},
-        Row{"LongKeyIsNotAbbreviated", {"--ke"}, {"failed", "Unknown long option: ke\n", ""}},
-        Row{"LongKeyIsNoShortKey", {"-key"}, failed("Couldn't parse \"ey\".\n")},
-        Row{"LongOnlyOptionHasNoShortKey", {"-l5"}, failed("Unknown short option: l5\n")},
-        Row{"EqualsSignAsShortKey", {"-=5"}, failed("Unknown short option: =5\n")},
-        Row{"EveryUnknownOptionIsReported",
-            {"-x", "--extra", "a", "-y", "--more=1"},
-            {"failed", "Unknown long option: extra\nUnknown long option: more\n",
-             "Unknown short option: x\nUnknown short option: y\n"}},
-        Row{"AttachedValueOnAFlag",
-            {"-v5", "-x"},
-            failed("Option \"-v\" doesn't take parameters.\nUnknown short option: x\n")},
-        Row{"AttachedValueOnALongFlag",
-            {"--verbose=5", "-x"},
-            failed("Option \"--verbose\" doesn't take parameters.\nUnknown short option: x\n")},
-        Row{"TwoEqualsSignsOnAFlag", {"-v=="}, failed("Option \"-v\" doesn't take parameters.\n")},
-        Row{"ClusteredFlags", {"-vv"}, failed("Option \"-v\" doesn't take parameters.\n")},
-        Row{"ValueMissingAtTheEnd",
-            {"-k"},
-            failed("Not enough arguments for option \"-k\": have 0, need 1.\n")},
-        Row{"ValueMissingOfALongOption",
-            {"--key=", "-x"},
-            failed("Not enough arguments for option \"--key\": have 0, need 1.\n"
-                   "Unknown short option: x\n")},
-        Row{"NegativeNumberInATokenOfItsOwnIsAnOption",
-            {"-n", "-7"},
-            failed("Not enough arguments for option \"-n\": have 0, need 1.\n"
-                   "Unknown short option: 7\n")},
-        Row{"NegativeNumberThatIsAKnownOption",
-            {"-k", "-5"},
-            failed("Not enough arguments for option \"-k\": have 0, need 1.\n")},
-        Row{"SecondValueMissing",
-            {"-p1"},
-            failed("Not enough arguments for option \"-p\": have 1, need 2.\n")},
-        Row{"LoneDashIsNoValue",
-            {"-t", "-"},
-            failed("Not enough arguments for option \"-t\": have 0, need 1.\n")},
-        Row{"TwoDashesAreNoValue",
-            {"-t", "--"},
-            failed("Not enough arguments for option \"-t\": have 0, need 1.\nGot --\n")}),
+        Parsing{"UnknownShortOption", {"-x"}, failed("Unknown short option: x\n")},
+        Parsing{"UnknownShortOptionIsNamedWithItsWholeToken",
+                {"-xyz=3"},
+                failed("Unknown short option: xyz=3\n")},
+        Parsing{"UnknownLongOptionOnStandardOutput",
+                {"--extra"},
+                {"failed", "Unknown long option: extra\n", ""}},
+        Parsing{"UnknownLongOptionIsNamedWithoutItsValue",
+                {"--extra=3"},
+                {"failed", "Unknown long option: extra\n", ""}},
+        Parsing{
+            "UnknownLongOptionWithoutAName", {"--=3"}, {"failed", "Unknown long option: \n", ""}},
+        Parsing{"ThreeDashes", {"---key"}, {"failed", "Unknown long option: -key\n", ""}},
+        Parsing{"LongKeyIsNotAbbreviated", {"--ke"}, {"failed", "Unknown long option: ke\n", ""}},
+        Parsing{"LongKeyIsNoShortKey", {"-key"}, failed("Couldn't parse \"ey\".\n")},
+        Parsing{"LongOnlyOptionHasNoShortKey", {"-l5"}, failed("Unknown short option: l5\n")},
+        Parsing{"EqualsSignAsShortKey", {"-=5"}, failed("Unknown short option: =5\n")},
+        Parsing{"EveryUnknownOptionIsReported",
+                {"-x", "--extra", "a", "-y", "--more=1"},
+                {"failed", "Unknown long option: extra\nUnknown long option: more\n",
+                 "Unknown short option: x\nUnknown short option: y\n"}},
+        Parsing{"AttachedValueOnAFlag",
+                {"-v5", "-x"},
+                failed("Option \"-v\" doesn't take parameters.\nUnknown short option: x\n")},
+        Parsing{"AttachedValueOnALongFlag",
+                {"--verbose=5", "-x"},
+                failed("Option \"--verbose\" doesn't take parameters.\nUnknown short option: x\n")},
+        Parsing{
+            "TwoEqualsSignsOnAFlag", {"-v=="}, failed("Option \"-v\" doesn't take parameters.\n")},
+        Parsing{"ClusteredFlags", {"-vv"}, failed("Option \"-v\" doesn't take parameters.\n")},
+        Parsing{"ValueMissingAtTheEnd",
+                {"-k"},
+                failed("Not enough arguments for option \"-k\": have 0, need 1.\n")},
+        Parsing{"ValueMissingOfALongOption",
+                {"--key=", "-x"},
+                failed("Not enough arguments for option \"--key\": have 0, need 1.\n"
+                       "Unknown short option: x\n")},
+        Parsing{"NegativeNumberInATokenOfItsOwnIsAnOption",
+                {"-n", "-7"},
+                failed("Not enough arguments for option \"-n\": have 0, need 1.\n"
+                       "Unknown short option: 7\n")},
+        Parsing{"NegativeNumberThatIsAKnownOption",
+                {"-k", "-5"},
+                failed("Not enough arguments for option \"-k\": have 0, need 1.\n")},
+        Parsing{"SecondValueMissing",
+                {"-p1"},
+                failed("Not enough arguments for option \"-p\": have 1, need 2.\n")},
+        Parsing{"LoneDashIsNoValue",
+                {"-t", "-"},
+                failed("Not enough arguments for option \"-t\": have 0, need 1.\n")},
+        Parsing{"TwoDashesAreNoValue",
+                {"-t", "--"},
+                failed("Not enough arguments for option \"-t\": have 0, need 1.\nGot --\n")}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     FailuresThatStop, ArgumentTable,
     testing::Values(
-        Row{"TrailingCharacters", {"-k", "5x", "-x"}, failed("Couldn't parse \"5x\".\n")},
-        Row{"TrailingCharactersAttached", {"-k5x", "-x"}, failed("Couldn't parse \"5x\".\n")},
-        Row{"TwoEqualsSigns", {"-k==5", "-x"}, failed("Couldn't parse \"=5\".\n")},
-        Row{"EmptyValue", {"-k", "", "-x"}, failed("Couldn't parse \"\".\n")},
-        Row{"EmptyTruthValue", {"-b", "", "-x"}, failed("Couldn't parse \"\".\n")},
-        Row{"LeadingBlank", {"-k", " 5", "-x"}, failed("Couldn't parse \" 5\".\n")},
-        Row{"Word", {"--number=five", "-x"}, failed("Couldn't parse \"five\".\n")},
-        Row{"UnsignedOverflow", {"-k4294967296", "-x"}, failed("Couldn't parse \"4294967296\".\n")},
-        Row{"SignedOverflow", {"-n2147483648", "-x"}, failed("Couldn't parse \"2147483648\".\n")},
-        Row{"RealEndingInAPoint", {"-f", "5.", "-x"}, failed("Couldn't parse \"5.\".\n")},
-        Row{"BoolMaybe", {"-b", "maybe", "-x"}, failed("Couldn't parse \"maybe\".\n")},
-        Row{"BoolNope", {"-b", "nope", "-x"}, failed("Couldn't parse \"nope\".\n")},
-        Row{"SecondOfTwoValues", {"-p", "1", "x", "-x"}, failed("Couldn't parse \"x\".\n")},
-        Row{"AliasWithAttachedValue",
-            {"-A5", "-x"},
-            failed("Warning: ALIAS shouldn't have arguments.\n")},
-        Row{"AliasWithSeparateValue",
-            {"--alias", "5", "-x"},
-            failed("Warning: ALIAS shouldn't have arguments.\n")},
-        Row{"UnknownDomain", {"-U5", "-x"}, failed("Don't know about domain 17.\n")},
-        Row{"AfterEarlierFailures",
-            {"-x", "-k", "five", "-y"},
-            failed("Unknown short option: x\nCouldn't parse \"five\".\n")}),
+        Parsing{"TrailingCharacters", {"-k", "5x", "-x"}, failed("Couldn't parse \"5x\".\n")},
+        Parsing{"TrailingCharactersAttached", {"-k5x", "-x"}, failed("Couldn't parse \"5x\".\n")},
+        Parsing{"TwoEqualsSigns", {"-k==5", "-x"}, failed("Couldn't parse \"=5\".\n")},
+        Parsing{"EmptyValue", {"-k", "", "-x"}, failed("Couldn't parse \"\".\n")},
+        Parsing{"EmptyTruthValue", {"-b", "", "-x"}, failed("Couldn't parse \"\".\n")},
+        Parsing{"LeadingBlank", {"-k", " 5", "-x"}, failed("Couldn't parse \" 5\".\n")},
+        Parsing{"Word", {"--number=five", "-x"}, failed("Couldn't parse \"five\".\n")},
+        Parsing{
+            "UnsignedOverflow", {"-k4294967296", "-x"}, failed("Couldn't parse \"4294967296\".\n")},
+        Parsing{
+            "SignedOverflow", {"-n2147483648", "-x"}, failed("Couldn't parse \"2147483648\".\n")},
+        Parsing{"RealEndingInAPoint", {"-f", "5.", "-x"}, failed("Couldn't parse \"5.\".\n")},
+        Parsing{"BoolMaybe", {"-b", "maybe", "-x"}, failed("Couldn't parse \"maybe\".\n")},
+        Parsing{"BoolNope", {"-b", "nope", "-x"}, failed("Couldn't parse \"nope\".\n")},
+        Parsing{"SecondOfTwoValues", {"-p", "1", "x", "-x"}, failed("Couldn't parse \"x\".\n")},
+        Parsing{"AliasWithAttachedValue",
+                {"-A5", "-x"},
+                failed("Warning: ALIAS shouldn't have arguments.\n")},
+        Parsing{"AliasWithSeparateValue",
+                {"--alias", "5", "-x"},
+                failed("Warning: ALIAS shouldn't have arguments.\n")},
+        Parsing{"UnknownDomain", {"-U5", "-x"}, failed("Don't know about domain 17.\n")},
+        Parsing{"AfterEarlierFailures",
+                {"-x", "-k", "five", "-y"},
+                failed("Unknown short option: x\nCouldn't parse \"five\".\n")}),
     nameOf);
 
 TEST(ArgumentParsing, RawTextStandsBesideTheConvertedValue) {

@@ -227,7 +227,8 @@ TEST(OutputFile, AWriteThatFailsThrows) {
     closed << "ab";
     EXPECT_EQ(errorOf([&] { closed.close(); }), message);
     OutputFile large("/dev/full");
-    EXPECT_EQ(errorOf([&] { large << std::string(10000, 'a') + "\n"; }), message);
+    const std::string line = std::string(10000, 'a') + "\n";
+    EXPECT_EQ(errorOf([&] { large << line; }), message);
     const int descriptor = open("/dev/null", O_RDONLY);
     OutputFile notForWriting(descriptor, "it");
     EXPECT_EQ(errorOf([&] { notForWriting << std::endl; }), "cannot write it: Bad file descriptor");
@@ -262,7 +263,8 @@ TEST(OutputFile, ALongLineThatFailsIsTakenBack) {
     const FileSizeLimit limit(30000);
     OutputFile out(path);
     out << "first" << std::endl;
-    EXPECT_NE(errorOf([&] { out << std::string(40000, 'a') + "\n"; }), "nothing thrown");
+    const std::string line = std::string(40000, 'a') + "\n";
+    EXPECT_NE(errorOf([&] { out << line; }), "nothing thrown");
     EXPECT_EQ(fileContent(path), "first\n");
 }
 

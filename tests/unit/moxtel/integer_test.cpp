@@ -15,7 +15,7 @@ namespace {
 
 using namespace moxtel;
 
-constexpr Endianness NO_ORDER = static_cast<Endianness>(5);
+constexpr Endianness NEITHER_ORDER = static_cast<Endianness>(5);
 
 TEST(Endianness, ValuesAreReversalsOfEachOther) {
     EXPECT_EQ(ENDIAN_LITTLE, 0x00010203U);
@@ -77,7 +77,7 @@ TEST(EndianConvert, DifferentOrdersReverseTheBytes) {
 }
 
 TEST(EndianConvert, EqualOrdersKeepTheValue) {
-    for (const Endianness order : {ENDIAN_LITTLE, ENDIAN_BIG, NO_ORDER}) {
+    for (const Endianness order : {ENDIAN_LITTLE, ENDIAN_BIG, NEITHER_ORDER}) {
         EXPECT_EQ(endianConvert16(static_cast<short>(-2), order, order), -2);
         EXPECT_EQ(endianConvert16(static_cast<unsigned short>(258), order, order), 258);
         EXPECT_EQ(endianConvert32(0x11223344, order, order), 0x11223344);
@@ -98,14 +98,15 @@ void expectCannotHandle(Operation operation) {
 }
 
 TEST(EndianConvert, UnknownOrderCannotBeHandled) {
-    expectCannotHandle([] { endianConvert32(1, NO_ORDER, ENDIAN_BIG); });
-    expectCannotHandle([] { endianConvert32(1U, ENDIAN_LITTLE, NO_ORDER); });
-    expectCannotHandle([] { endianConvert16(static_cast<short>(1), NO_ORDER, ENDIAN_LITTLE); });
+    expectCannotHandle([] { endianConvert32(1, NEITHER_ORDER, ENDIAN_BIG); });
+    expectCannotHandle([] { endianConvert32(1U, ENDIAN_LITTLE, NEITHER_ORDER); });
     expectCannotHandle(
-        [] { endianConvert16(static_cast<unsigned short>(1), ENDIAN_BIG, NO_ORDER); });
-    expectCannotHandle([] { endianConvert64(1L, NO_ORDER, ENDIAN_BIG); });
-    expectCannotHandle([] { endianConvert64(UINT64_C(1), NO_ORDER, ENDIAN_BIG); });
-    expectCannotHandle([] { toHostEndian32(1, NO_ORDER); });
+        [] { endianConvert16(static_cast<short>(1), NEITHER_ORDER, ENDIAN_LITTLE); });
+    expectCannotHandle(
+        [] { endianConvert16(static_cast<unsigned short>(1), ENDIAN_BIG, NEITHER_ORDER); });
+    expectCannotHandle([] { endianConvert64(1L, NEITHER_ORDER, ENDIAN_BIG); });
+    expectCannotHandle([] { endianConvert64(UINT64_C(1), NEITHER_ORDER, ENDIAN_BIG); });
+    expectCannotHandle([] { toHostEndian32(1, NEITHER_ORDER); });
 }
 
 TEST(ToHostEndian, ForeignOrderIsReversedAndTheOwnKept) {

@@ -17,7 +17,7 @@ namespace {
 
 using PointerConversion = CountedTest;
 
-struct Derived : Counted {
+struct CountedWithText : Counted {
     using Counted::Counted;
     std::string text = "of the derived class";
 };
@@ -50,7 +50,7 @@ bool refused(const Pointer<Both>& handle) {
 }
 
 TEST_F(PointerConversion, HandleOfADerivedClassBecomesOneOfItsBase) {
-    const Pointer<Derived> derived(new Derived(5));
+    const Pointer<CountedWithText> derived(new CountedWithText(5));
     Pointer<Counted> base = derived;
     EXPECT_EQ(base->value, 5);
     EXPECT_EQ(base, derived);
@@ -63,7 +63,7 @@ TEST_F(PointerConversion, TheLastHandleOfTheBaseDestroysTheWholeObject) {
     {
         Pointer<Counted> base;
         {
-            Pointer<Derived> derived(new Derived(5));
+            Pointer<CountedWithText> derived(new CountedWithText(5));
             base = derived;
         }
         EXPECT_EQ(Counted::alive, 1);
@@ -72,9 +72,9 @@ TEST_F(PointerConversion, TheLastHandleOfTheBaseDestroysTheWholeObject) {
 }
 
 TEST_F(PointerConversion, AMovedHandleOfADerivedClassGivesItsShareAway) {
-    auto* object = new Derived(5);
+    auto* object = new CountedWithText(5);
     {
-        Pointer<Derived> derived(object);
+        Pointer<CountedWithText> derived(object);
         const Pointer<Counted> base = std::move(derived);
         EXPECT_TRUE(derived == nullptr);
         EXPECT_EQ(base.get(), object);
@@ -86,7 +86,7 @@ TEST_F(PointerConversion, AHandleBecomesOneOfAConstObject) {
     const Pointer<Counted> handle(new Counted(5));
     const Pointer<const Counted> constant = handle;
     EXPECT_EQ(constant, handle);
-    const Pointer<const Counted> ofDerived = Pointer<Derived>(new Derived(6));
+    const Pointer<const Counted> ofDerived = Pointer<CountedWithText>(new CountedWithText(6));
     EXPECT_EQ(ofDerived->value, 6);
 }
 
@@ -109,7 +109,7 @@ TEST_F(PointerConversion, ANullHandleConvertsToNull) {
 
 TEST_F(PointerConversion, WhatWouldDestroyLessThanTheObjectDoesNotCompile) {
     static_assert(!std::is_convertible_v<Pointer<DerivedPlain>, Pointer<Plain>>);
-    static_assert(!std::is_convertible_v<Pointer<Counted>, Pointer<Derived>>);
+    static_assert(!std::is_convertible_v<Pointer<Counted>, Pointer<CountedWithText>>);
     static_assert(!std::is_convertible_v<Pointer<const Counted>, Pointer<Counted>>);
     static_assert(!std::is_convertible_v<Counted*, Pointer<Counted>>);
     static_assert(std::is_convertible_v<Pointer<Plain>, Pointer<const Plain>>);
@@ -121,8 +121,8 @@ TEST_F(PointerConversion, HandlesAreEqualWhenTheyHoldTheSameObject) {
     const Pointer<Counted> equalValue(new Counted(5));
     EXPECT_TRUE(one == same);
     EXPECT_TRUE(one != equalValue);
-    EXPECT_TRUE(one != Pointer<Derived>());
-    EXPECT_TRUE(Pointer<Counted>() == Pointer<Derived>());
+    EXPECT_TRUE(one != Pointer<CountedWithText>());
+    EXPECT_TRUE(Pointer<Counted>() == Pointer<CountedWithText>());
 }
 
 TEST_F(PointerConversion, NullIsWrittenAsNullptr) {

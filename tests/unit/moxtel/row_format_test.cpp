@@ -17,7 +17,7 @@ using Rfc = RFC4180DelimitedRowFormat;
 
 const Rfc COMMA(',', nullptr);
 
-TextReader readerOf(const std::string& text) {
+TextReader defaultReaderOf(const std::string& text) {
     return TextReader(Device::wrapString(text, 0, text.size()), TextStream::NL_DEFAULT);
 }
 
@@ -40,14 +40,14 @@ struct CellRow {
 void expectCells(const DelimitedRowFormat& format, const std::vector<CellRow>& rows) {
     for (const CellRow& row : rows) {
         SCOPED_TRACE(::testing::PrintToString(row.text));
-        TextReader reader = readerOf(row.text);
+        TextReader reader = defaultReaderOf(row.text);
         EXPECT_EQ(format.readCell(reader), row.cell);
         EXPECT_EQ(restOf(reader), row.rest);
     }
 }
 
 TEST(ReadCell, LeavesTheDelimiterAndTheLineEndUnread) {
-    TextReader reader = readerOf("a,b\n");
+    TextReader reader = defaultReaderOf("a,b\n");
     EXPECT_EQ(COMMA.readCell(reader), "a");
     EXPECT_EQ(reader.read(), ',');
     EXPECT_EQ(COMMA.readCell(reader), "b");
@@ -221,8 +221,8 @@ TEST(RowFormat, ARowEndsAtALineFeedOnly) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(::testing::PrintToString(row.text));
-        TextReader forRow = readerOf(row.text);
-        TextReader forCell = readerOf(row.text);
+        TextReader forRow = defaultReaderOf(row.text);
+        TextReader forCell = defaultReaderOf(row.text);
         EXPECT_EQ(COMMA.endRow(forRow), row.endRow);
         EXPECT_EQ(COMMA.endCell(forCell), row.endCell);
         EXPECT_EQ(forCell.col(), 0U);
@@ -287,7 +287,7 @@ TEST(Unquote, AGivenSymbolIsTakenOnTrust) {
 
 // Writing.
 
-struct Sheet {
+struct CellSheet {
     std::ostringstream out;
     TextWriter writer{out};
 };
@@ -297,7 +297,7 @@ TEST(WriteCell, QuotesWithTheDefaultQuoteWhateverTheFormat) {
     EscapedDelimitedRowFormat escaped(',', nullptr, '\\', '#');
     for (DelimitedRowFormat* format :
          {static_cast<DelimitedRowFormat*>(&rfc), static_cast<DelimitedRowFormat*>(&escaped)}) {
-        Sheet sheet;
+        CellSheet sheet;
         EXPECT_EQ(format->writeCell(sheet.writer, "a\\\"b", false), 7U);
         EXPECT_EQ(format->writeDelim(sheet.writer), 1U);
         EXPECT_EQ(format->writeCell(sheet.writer, "", false), 2U);
@@ -308,7 +308,7 @@ TEST(WriteCell, QuotesWithTheDefaultQuoteWhateverTheFormat) {
 
 TEST(WriteCell, RawTextIsWrittenAsItIs) {
     Rfc format('\t', nullptr);
-    Sheet sheet;
+    CellSheet sheet;
     EXPECT_EQ(format.writeCell(sheet.writer, "a\"\nb", true), 4U);
     EXPECT_EQ(format.writeDelim(sheet.writer), 1U);
     EXPECT_EQ(sheet.out.str(), "a\"\nb\t");
@@ -336,7 +336,7 @@ class UnquotedFormat : public EscapedDelimitedRowFormat {
 };
 
 TEST(WriteCell, FollowsThePredicates) {
-    Sheet sheet;
+    CellSheet sheet;
     EXPECT_EQ(UnquotedFormat(true).writeCell(sheet.writer, "a,b", false), 4U);
     EXPECT_EQ(UnquotedFormat(false).writeCell(sheet.writer, "a,b", false), 0U);
     EXPECT_EQ(UnquotedFormat(false).writeCell(sheet.writer, "c,d", true), 3U);
@@ -346,7 +346,7 @@ TEST(WriteCell, FollowsThePredicates) {
 TEST(WriteCell, CellsWithoutQuotesComeBack) {
     for (const char* text : {"", "a", "a,b", "a\nb", " ", "\x80"}) {
         Rfc format(',', nullptr);
-        Sheet sheet;
+        CellSheet sheet;
         format.writeCell(sheet.writer, text, false);
         expectCells(format, {{sheet.out.str() + ",x", text, ",x"}});
     }
@@ -356,7 +356,7 @@ TEST(WriteCell, CellsWithoutQuotesComeBack) {
 
 TEST(Escape, TheQuotingFormatLeavesTextAsItIs) {
     Rfc format(',', nullptr);
-    Sheet sheet;
+    CellSheet sheet;
     EXPECT_EQ(format.escape("a,\"\\\n"), "a,\"\\\n");
     EXPECT_EQ(format.unescape("a,\"\\\n"), "a,\"\\\n");
     EXPECT_EQ(format.escape(sheet.writer, "a,\""), 3U);
@@ -384,7 +384,7 @@ TEST(Escape, PutsTheEscapeCharacterBeforeSpecialOnes) {
     for (const Row& row : rows) {
         EXPECT_EQ(format.escape(row.text), row.escaped);
         EXPECT_EQ(format.unescape(row.escaped), row.text);
-        Sheet sheet;
+        CellSheet sheet;
         EXPECT_EQ(format.escape(sheet.writer, row.text), row.escaped.size());
         EXPECT_EQ(sheet.out.str(), row.escaped);
     }

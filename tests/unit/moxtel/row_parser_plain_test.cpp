@@ -19,26 +19,26 @@ namespace moxtel::io {
 namespace {
 
 /// A parser that tells where it stands.
-class OpenParser : public DelimitedRowParser {
+class ParserWithPlace : public DelimitedRowParser {
   public:
-    explicit OpenParser(const DelimitedRowParser& parser) : DelimitedRowParser(parser) {}
+    explicit ParserWithPlace(const DelimitedRowParser& parser) : DelimitedRowParser(parser) {}
     const TextReader& reader() const { return m_src; }
 };
 
-enum class Call { HAS_ROW, HAS_CELL, NEXT_CELL };
+enum class ParserCall { HAS_ROW, HAS_CELL, NEXT_CELL };
 
 template <class Parser, class Bytes>
-std::string outcome(Call call, bool tells, Parser& parser, Bytes& bytes,
+std::string outcome(ParserCall call, bool tells, Parser& parser, Bytes& bytes,
                     const std::istream* stream) {
     std::ostringstream out;
     switch (call) {
-        case Call::HAS_ROW:
+        case ParserCall::HAS_ROW:
             out << "row " << parser.hasRow();
             break;
-        case Call::HAS_CELL:
+        case ParserCall::HAS_CELL:
             out << "cell " << parser.hasCell();
             break;
-        case Call::NEXT_CELL:
+        case ParserCall::NEXT_CELL:
             out << parser.nextCell();
             break;
     }
@@ -64,9 +64,9 @@ constexpr Format FORMATS[] = {{',', nullptr}, {'\t', nullptr}, {',', ""},      {
                               {'\r', "'"},    {'\n', nullptr}, {'\xff', "\""}, {'\x80', "\xfe"},
                               {'"', nullptr}, {'a', "a"},      {',', "\r"},    {',', "\n"}};
 
-class Draws {
+class TextDraws {
   public:
-    Draws(unsigned seed, const Format& format)
+    TextDraws(unsigned seed, const Format& format)
         : m_random(seed), m_special("\n\r\xff\xff\x80 a\"'") {
         m_special.append(3, format.delim);
         m_special.append(2, '\n');
@@ -103,45 +103,45 @@ std::vector<std::string> restOfRow(Parser& parser) {
 }
 
 /// The call that the protocol asks for after one with that outcome.
-Call next(Call call, const std::string& outcome) {
-    if (call == Call::NEXT_CELL || outcome.rfind("row 1", 0) == 0)
-        return Call::HAS_CELL;
-    return outcome.rfind("cell 1", 0) == 0 ? Call::NEXT_CELL : Call::HAS_ROW;
+ParserCall next(ParserCall call, const std::string& outcome) {
+    if (call == ParserCall::NEXT_CELL || outcome.rfind("row 1", 0) == 0)
+        return ParserCall::HAS_CELL;
+    return outcome.rfind("cell 1", 0) == 0 ? ParserCall::NEXT_CELL : ParserCall::HAS_ROW;
 }
 
 class RowParserBesidePlain : public ::testing::TestWithParam<InputKind> {
   protected:
     /// By the protocol, or by calls in any order.
     static void expectPlainParsing(const Format& format, unsigned seed, bool byProtocol) {
-        Draws draws(seed, format);
+        TextDraws draws(seed, format);
         const std::string bytes = draws.bytes();
         const bool tells = draws.below(2) == 0;
         Input input = GetParam().open(bytes);
-        OpenParser parser(
+        ParserWithPlace parser(
             seed % 2 == 0
                 ? DelimitedRowParser::createRFC4180(format.delim, format.quotes)
                 : DelimitedRowParser::createEscaped(format.delim, format.quotes, '\\', '#'));
         parser.open(input.device);
         plain::RowParser plainParser(*input.source, format.delim,
                                      format.quotes == nullptr ? "\"" : format.quotes);
-        Call call = Call::HAS_ROW;
+        ParserCall call = ParserCall::HAS_ROW;
         for (std::size_t i = 0; i < bytes.size() + 20; ++i) {
             const std::string expected =
                 outcome(call, tells, plainParser, *input.source, input.sourceStream);
             ASSERT_EQ(outcome(call, tells, parser, *input.device, input.stream), expected)
                 << GetParam().name << ", " << format.name() << ", seed " << seed << ", call " << i
                 << " of " << ::testing::PrintToString(bytes);
-            call = byProtocol ? next(call, expected) : static_cast<Call>(draws.below(3));
+            call = byProtocol ? next(call, expected) : static_cast<ParserCall>(draws.below(3));
         }
     }
 
     /// Of the rows that were asked for as a whole, how many could be taken.
     static std::size_t expectPlainRows(const Format& format, unsigned seed) {
-        Draws draws(seed, format);
+        TextDraws draws(seed, format);
         const std::string bytes = draws.bytes();
         const bool tells = draws.below(2) == 0;
         Input input = GetParam().open(bytes);
-        OpenParser parser(DelimitedRowParser::createRFC4180(format.delim, format.quotes));
+        ParserWithPlace parser(DelimitedRowParser::createRFC4180(format.delim, format.quotes));
         parser.open(input.device);
         plain::RowParser plainParser(*input.source, format.delim,
                                      format.quotes == nullptr ? "\"" : format.quotes);
@@ -157,8 +157,8 @@ class RowParserBesidePlain : public ::testing::TestWithParam<InputKind> {
                     << GetParam().name << ", " << format.name() << ", seed " << seed << ", call "
                     << i << " of " << ::testing::PrintToString(bytes);
             }
-            const Call call =
-                draws.below(3) == 0 ? static_cast<Call>(draws.below(3)) : Call::HAS_ROW;
+            const ParserCall call =
+                draws.below(3) == 0 ? static_cast<ParserCall>(draws.below(3)) : ParserCall::HAS_ROW;
             EXPECT_EQ(outcome(call, tells, parser, *input.device, input.stream),
                       outcome(call, tells, plainParser, *input.source, input.sourceStream))
                 << GetParam().name << ", " << format.name() << ", seed " << seed << ", call " << i

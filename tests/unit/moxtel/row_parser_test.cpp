@@ -38,8 +38,8 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 namespace moxtel::io {
 namespace {
 
-using Row = std::vector<std::string>;
-using Table = std::vector<Row>;
+using ParsedRow = std::vector<std::string>;
+using Table = std::vector<ParsedRow>;
 
 /// The rest of the table by the protocol.
 Table tableOf(DelimitedRowParser& parser) {
@@ -311,28 +311,29 @@ TEST(RowParser, HasCellTakesOneDelimiterEachTime) {
 // Whole rows.
 
 /// What a parser over a stream takes of `text` as a whole row; nothing when it takes none.
-std::optional<Row> rowTaken(DelimitedRowParser parser, const std::string& text, std::size_t least) {
+std::optional<ParsedRow> rowTaken(DelimitedRowParser parser, const std::string& text,
+                                  std::size_t least) {
     std::istringstream in(text);
     parser.open(in);
     parser.hasRow();
     std::vector<std::string_view> cells = {"from before"};
     if (!InPlace::takeRow(parser, cells, least))
         return std::nullopt;
-    return Row(cells.begin(), cells.end());
+    return ParsedRow(cells.begin(), cells.end());
 }
 
-std::optional<Row> rowTaken(const std::string& text, std::size_t least = 0) {
+std::optional<ParsedRow> rowTaken(const std::string& text, std::size_t least = 0) {
     return rowTaken(DelimitedRowParser::createRFC4180(',', nullptr), text, least);
 }
 
 TEST(TakeRow, GivesTheCells) {
-    EXPECT_EQ(rowTaken("a,b c,d\nnext"), Row({"a", "b c", "d"}));
-    EXPECT_EQ(rowTaken("a,,b,\nnext"), Row({"a", "", "b", ""}));
-    EXPECT_EQ(rowTaken(",a\nnext"), Row({"a"}));
-    EXPECT_EQ(rowTaken(",\nnext"), Row({""}));
-    EXPECT_EQ(rowTaken("\nnext"), Row());
-    EXPECT_EQ(rowTaken("a,b\n\rnext"), Row({"a", "b"}));
-    EXPECT_EQ(rowTaken("a,15 \x80\xfe,c\"d\"\nnext"), Row({"a", "15 \x80\xfe", "c\"d\""}));
+    EXPECT_EQ(rowTaken("a,b c,d\nnext"), ParsedRow({"a", "b c", "d"}));
+    EXPECT_EQ(rowTaken("a,,b,\nnext"), ParsedRow({"a", "", "b", ""}));
+    EXPECT_EQ(rowTaken(",a\nnext"), ParsedRow({"a"}));
+    EXPECT_EQ(rowTaken(",\nnext"), ParsedRow({""}));
+    EXPECT_EQ(rowTaken("\nnext"), ParsedRow());
+    EXPECT_EQ(rowTaken("a,b\n\rnext"), ParsedRow({"a", "b"}));
+    EXPECT_EQ(rowTaken("a,15 \x80\xfe,c\"d\"\nnext"), ParsedRow({"a", "15 \x80\xfe", "c\"d\""}));
 }
 
 TEST(TakeRow, LeavesRowsThatDoNotStandInTheInputAsTheyAreRead) {
@@ -348,20 +349,20 @@ TEST(TakeRow, LeavesTheLastRow) {
 
 TEST(TakeRow, LeavesRowsOfFewerCellsThanAskedFor) {
     EXPECT_EQ(rowTaken("a,b\nnext", 3), std::nullopt);
-    EXPECT_EQ(rowTaken("a,b\nnext", 2), Row({"a", "b"}));
+    EXPECT_EQ(rowTaken("a,b\nnext", 2), ParsedRow({"a", "b"}));
     EXPECT_EQ(rowTaken("\nnext", 1), std::nullopt);
 }
 
 TEST(TakeRow, LeavesRowsOfManyKilobytes) {
     const std::string longest((1 << 16) - 2, 'a');
-    EXPECT_EQ(rowTaken(longest + "\nnext"), Row({longest}));
+    EXPECT_EQ(rowTaken(longest + "\nnext"), ParsedRow({longest}));
     EXPECT_EQ(rowTaken(longest + "a\nnext"), std::nullopt);
 }
 
 TEST(TakeRow, HeedsTheFormat) {
     EXPECT_EQ(
         rowTaken(DelimitedRowParser::createEscaped(';', "'", '\\', '#'), "#a;b\\;c,\"d\nnext", 0),
-        Row({"#a", "b\\", "c,\"d"}));
+        ParsedRow({"#a", "b\\", "c,\"d"}));
     EXPECT_EQ(rowTaken(DelimitedRowParser::createEscaped(';', "'", '\\', '#'), "a;'b'\nnext", 0),
               std::nullopt);
     EXPECT_EQ(rowTaken(DelimitedRowParser::createRFC4180('\r', nullptr), "a\rb\nnext", 0),

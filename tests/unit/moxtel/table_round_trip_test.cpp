@@ -19,8 +19,8 @@
 namespace moxtel::io {
 namespace {
 
-using Row = std::vector<std::string>;
-using Table = std::vector<Row>;
+using Cells = std::vector<std::string>;
+using Table = std::vector<Cells>;
 using Rfc = RFC4180DelimitedRowFormat;
 using Escaped = EscapedDelimitedRowFormat;
 
@@ -29,7 +29,7 @@ enum Writing { QUOTED, RAW, ESCAPED };
 std::string written(const Table& table, DelimitedRowFormat& format, Writing writing) {
     std::ostringstream out;
     TextWriter writer(out);
-    for (const Row& row : table) {
+    for (const Cells& row : table) {
         for (std::size_t i = 0; i < row.size(); ++i) {
             if (i > 0)
                 format.writeDelim(writer);
@@ -81,9 +81,9 @@ void expectLost(const std::vector<Lost>& rows, DelimitedRowFormat& format, Writi
     }
 }
 
-class Draws {
+class TableDraws {
   public:
-    explicit Draws(unsigned seed) : m_random(seed) {}
+    explicit TableDraws(unsigned seed) : m_random(seed) {}
 
     std::size_t below(std::size_t n) { return m_random() % n; }
     bool oneIn(std::size_t n) { return below(n) == 0; }
@@ -102,7 +102,7 @@ class Draws {
 
     Table table(const std::string& without) {
         Table table(below(8));
-        for (Row& row : table) {
+        for (Cells& row : table) {
             row.resize(below(6));
             for (std::string& each : row)
                 each = cell(without);
@@ -119,7 +119,7 @@ class Draws {
 void expectQuotedTablesComeBack(DelimitedRowFormat& format, const std::string& quote) {
     for (unsigned seed = 0; seed < 300; ++seed) {
         SCOPED_TRACE(seed);
-        Draws draws(seed);
+        TableDraws draws(seed);
         expectRoundTrip(draws.table(quote + "\xff" + (draws.oneIn(2) ? '\r' : '\n')), format,
                         QUOTED);
     }
@@ -131,7 +131,7 @@ TEST(QuotedTableRoundTrip, EveryKindOfCellComesBack) {
          {Table{}, Table{{}}, Table{{}, {}, {"a"}, {}}, Table{{""}}, Table{{"", ""}, {"", "", "b"}},
           Table{{"a,b", ","}, {"a\nb", "\n", "\n\n"}, {" ", " a "}, {"'a'", "`"}, {"\\", "#"}},
           Table{{"\r", "a\rb", "\r\r"}, {std::string(1, '\0')}, {"\x80", "\xfe"}},
-          Table{Row(100, "cell")}, Table(100, Row{"a", "", "b,c"})})
+          Table{Cells(100, "cell")}, Table(100, Cells{"a", "", "b,c"})})
         expectRoundTrip(table, format, QUOTED);
 }
 
@@ -210,14 +210,14 @@ TEST(RawTableRoundTrip, RandomPlainTablesComeBack) {
     Escaped escapedWithoutQuotes(',', "", '\\', '#');
     for (unsigned seed = 0; seed < 300; ++seed) {
         SCOPED_TRACE(seed);
-        Draws draws(seed);
+        TableDraws draws(seed);
         Table table = draws.table(",\r\n\xff");
-        for (Row& row : table)
+        for (Cells& row : table)
             if (!row.empty() && row[0].empty())
                 row[0] = "x";
         expectRoundTrip(table, withoutQuotes, QUOTED);
         expectRoundTrip(table, escapedWithoutQuotes, QUOTED);
-        for (Row& row : table)
+        for (Cells& row : table)
             for (std::string& cell : row)
                 if (!cell.empty() && cell[0] == '"')
                     cell[0] = 'x';
@@ -266,7 +266,7 @@ TEST(RawTableRoundTrip, DelimitersAndLineFeedsInACellComeBackAsEndsOfCells) {
 /// Splits a text where no escape character stands before the delimiter or the line feed.
 Table split(const std::string& text, char delim, char escape, const Escaped& format) {
     Table table;
-    Row row;
+    Cells row;
     std::string cell;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
@@ -297,9 +297,9 @@ TEST(EscapedTableRoundTrip, RandomTablesComeBackToThoseWhoSplitThemThemselves) {
         Escaped format(delim, quotes, escape, comment);
         for (unsigned seed = 0; seed < 300; ++seed) {
             SCOPED_TRACE(seed);
-            Draws draws(seed);
+            TableDraws draws(seed);
             Table table = draws.table("");
-            for (Row& row : table)
+            for (Cells& row : table)
                 if (row.empty())
                     row.emplace_back();
             const std::string text = written(table, format, ESCAPED);

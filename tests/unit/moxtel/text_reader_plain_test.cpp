@@ -20,7 +20,7 @@ namespace moxtel::io {
 namespace {
 
 /// A call and its arguments, to be made of both readers.
-struct Call {
+struct ReaderCall {
     enum Kind : unsigned { PEEK, READ, UNTIL, LINE, BLOCK, DEVICE_BYTE, DEVICE_BLOCK, SEEK, CLEAR };
 
     Kind kind;
@@ -31,14 +31,14 @@ struct Call {
     bool tells;
 };
 
-void PrintTo(const Call& call, std::ostream* out) {
+void PrintTo(const ReaderCall& call, std::ostream* out) {
     *out << "call " << call.kind << " stop " << static_cast<int>(call.stop) << " size " << call.size
          << " offset " << call.offset << " whence " << call.whence;
 }
 
-class Draws {
+class ReaderDraws {
   public:
-    explicit Draws(unsigned seed) : m_random(seed) {}
+    explicit ReaderDraws(unsigned seed) : m_random(seed) {}
 
     std::size_t below(std::size_t n) { return m_random() % n; }
     bool oneIn(std::size_t n) { return below(n) == 0; }
@@ -63,14 +63,15 @@ class Draws {
         return text;
     }
 
-    Call call() {
-        static constexpr Call::Kind KINDS[] = {
-            Call::PEEK,  Call::PEEK,        Call::READ,         Call::READ, Call::READ,
-            Call::UNTIL, Call::UNTIL,       Call::UNTIL,        Call::LINE, Call::LINE,
-            Call::BLOCK, Call::DEVICE_BYTE, Call::DEVICE_BLOCK, Call::SEEK, Call::CLEAR};
+    ReaderCall call() {
+        static constexpr ReaderCall::Kind KINDS[] = {
+            ReaderCall::PEEK,         ReaderCall::PEEK,  ReaderCall::READ,  ReaderCall::READ,
+            ReaderCall::READ,         ReaderCall::UNTIL, ReaderCall::UNTIL, ReaderCall::UNTIL,
+            ReaderCall::LINE,         ReaderCall::LINE,  ReaderCall::BLOCK, ReaderCall::DEVICE_BYTE,
+            ReaderCall::DEVICE_BLOCK, ReaderCall::SEEK,  ReaderCall::CLEAR};
         static constexpr SeekWhence WHENCES[] = {WHENCE_SET, WHENCE_CUR, WHENCE_END};
         static constexpr char STOPS[] = {',', '\t', '\n', '\r', '\xff', '\x80', 'a'};
-        Call call{};
+        ReaderCall call{};
         call.kind = KINDS[below(std::size(KINDS))];
         call.stop = oneIn(2) ? STOPS[below(std::size(STOPS))] : static_cast<char>(below(256));
         call.size = oneIn(4) ? below(100) : below(8);
@@ -95,37 +96,37 @@ std::string readUntil(plain::Reader& reader, char stop, int& end) {
 /// What a call gives, and how the reader and its input then stand. `Bytes` is what the reader reads
 /// from.
 template <class Reader, class Bytes>
-std::string outcome(const Call& call, Reader& reader, Bytes& bytes, std::istream* stream) {
+std::string outcome(const ReaderCall& call, Reader& reader, Bytes& bytes, std::istream* stream) {
     std::ostringstream out;
     std::string buffer(call.size, '?');
     try {
         int end = 0;
         switch (call.kind) {
-            case Call::PEEK:
+            case ReaderCall::PEEK:
                 out << reader.peek();
                 break;
-            case Call::READ:
+            case ReaderCall::READ:
                 out << reader.read();
                 break;
-            case Call::UNTIL:
+            case ReaderCall::UNTIL:
                 out << readUntil(reader, call.stop, end) << " before " << end;
                 break;
-            case Call::LINE:
+            case ReaderCall::LINE:
                 out << reader.readLine();
                 break;
-            case Call::BLOCK:
+            case ReaderCall::BLOCK:
                 out << reader.read(buffer.data(), call.size) << ' ' << buffer;
                 break;
-            case Call::DEVICE_BYTE:
+            case ReaderCall::DEVICE_BYTE:
                 out << bytes.read();
                 break;
-            case Call::DEVICE_BLOCK:
+            case ReaderCall::DEVICE_BLOCK:
                 out << bytes.read(buffer.data(), call.size) << ' ' << buffer;
                 break;
-            case Call::SEEK:
+            case ReaderCall::SEEK:
                 bytes.seekg(call.offset, call.whence);
                 break;
-            case Call::CLEAR:
+            case ReaderCall::CLEAR:
                 if (stream != nullptr)
                     stream->clear();
                 break;
@@ -142,7 +143,7 @@ std::string outcome(const Call& call, Reader& reader, Bytes& bytes, std::istream
 }
 
 void expectPlainReading(const InputKind& kind, int acceptNewlines, unsigned seed) {
-    Draws draws(seed);
+    ReaderDraws draws(seed);
     const std::string bytes = draws.input();
     Input input = kind.open(bytes);
     TextReader reader(input.device, acceptNewlines);
@@ -152,7 +153,7 @@ void expectPlainReading(const InputKind& kind, int acceptNewlines, unsigned seed
         input.stream->exceptions(thrown);
         input.sourceStream->exceptions(thrown);
     }
-    std::vector<Call> calls;
+    std::vector<ReaderCall> calls;
     for (int i = 0; i < 40; ++i) {
         calls.push_back(draws.call());
         ASSERT_EQ(outcome(calls.back(), reader, *input.device, input.stream),
@@ -164,7 +165,7 @@ void expectPlainReading(const InputKind& kind, int acceptNewlines, unsigned seed
 
 /// How many characters were at hand.
 std::size_t expectPlainSkips(const InputKind& kind, unsigned seed) {
-    Draws draws(seed);
+    ReaderDraws draws(seed);
     const std::string bytes = draws.input();
     Input input = kind.open(bytes);
     TextReader reader(input.device, TextStream::NL_DEFAULT);
@@ -182,8 +183,8 @@ std::size_t expectPlainSkips(const InputKind& kind, unsigned seed) {
             skipped += static_cast<char>(plainReader.read());
         EXPECT_EQ(skipped, expected) << kind.name << ", seed " << seed << ", call " << i;
 
-        Call call = draws.call();
-        call.kind = draws.oneIn(2) ? Call::PEEK : call.kind;
+        ReaderCall call = draws.call();
+        call.kind = draws.oneIn(2) ? ReaderCall::PEEK : call.kind;
         EXPECT_EQ(outcome(call, reader, *input.device, input.stream),
                   outcome(call, plainReader, *input.source, input.sourceStream))
             << kind.name << ", seed " << seed << ", call " << i << ": "
@@ -209,8 +210,8 @@ TEST_P(TextReaderBesidePlain, ReadsBlocksOfEverySizeTheSame) {
             Input input = GetParam().open(bytes);
             TextReader reader(input.device, acceptNewlines);
             plain::Reader plainReader(*input.source, acceptNewlines);
-            Call call{};
-            call.kind = Call::BLOCK;
+            ReaderCall call{};
+            call.kind = ReaderCall::BLOCK;
             call.size = size;
             call.tells = true;
             for (std::size_t i = 0; i < bytes.size() / (size + 1) + 2; ++i)

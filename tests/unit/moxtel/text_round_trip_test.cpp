@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::string_literals;
 
-constexpr int ALL = TextStream::NL_DEFAULT;
+constexpr int ALL_LINE_ENDS = TextStream::NL_DEFAULT;
 
 /// What a writer writes of a text.
 std::string written(const std::string& text) {
@@ -46,7 +46,7 @@ std::string reread(const std::string& bytes, int acceptNewlines) {
 
 /// The same line by line.
 std::string rereadLines(const std::string& bytes) {
-    TextReader reader(Device::wrapString(bytes, 0, bytes.size()), ALL);
+    TextReader reader(Device::wrapString(bytes, 0, bytes.size()), ALL_LINE_ENDS);
     std::ostringstream out;
     TextWriter writer(out);
     while (reader.peek() != -1) {
@@ -73,7 +73,7 @@ TEST(TextRoundTrip, TextWithoutCarriageReturnsComesBack) {
             everyByte += static_cast<char>(byte);
     for (const std::string& text : {""s, "a"s, "\n"s, "\n\n"s, "a\nb"s, "\na\n"s, everyByte}) {
         EXPECT_EQ(written(text), text);
-        EXPECT_EQ(reread(text, ALL), text);
+        EXPECT_EQ(reread(text, ALL_LINE_ENDS), text);
     }
 }
 
@@ -81,7 +81,7 @@ TEST(TextRoundTrip, RandomTextWithoutCarriageReturnsComesBack) {
     std::mt19937 random(20240601);
     for (int i = 0; i < 500; ++i) {
         const std::string text = written(drawText(random, "\r"));
-        ASSERT_EQ(reread(text, ALL), text);
+        ASSERT_EQ(reread(text, ALL_LINE_ENDS), text);
         ASSERT_EQ(rereadLines(text + "\n"), text + "\n");
     }
 }
@@ -119,15 +119,15 @@ TEST(TextRoundTrip, CarriageReturnsComeBackAsLineFeeds) {
     };
     for (const Row& row : rows) {
         EXPECT_EQ(written(row.text), row.text);
-        EXPECT_EQ(reread(row.text, ALL), row.reread);
-        EXPECT_EQ(reread(row.reread, ALL), row.reread);
+        EXPECT_EQ(reread(row.text, ALL_LINE_ENDS), row.reread);
+        EXPECT_EQ(reread(row.reread, ALL_LINE_ENDS), row.reread);
     }
 }
 
 TEST(TextRoundTrip, TextEndsAtAByteFF) {
     EXPECT_EQ(written("ab\xffyz"), "ab\xffyz");
-    EXPECT_EQ(reread("ab\xffyz", ALL), "ab");
-    EXPECT_EQ(reread("\xff", ALL), "");
+    EXPECT_EQ(reread("ab\xffyz", ALL_LINE_ENDS), "ab");
+    EXPECT_EQ(reread("\xff", ALL_LINE_ENDS), "");
 }
 
 TEST(TextRoundTrip, ALastLineWithoutALineEndComesBackWithOne) {

@@ -162,9 +162,9 @@ std::vector<SinkKind> sinkKinds() {
             small("SmallWithPositionThatLeaps", 30, 2)};
 }
 
-class Draws {
+class WriterDraws {
   public:
-    explicit Draws(unsigned seed) : m_random(seed) {}
+    explicit WriterDraws(unsigned seed) : m_random(seed) {}
     std::size_t below(std::size_t n) { return m_random() % n; }
     bool oneIn(std::size_t n) { return below(n) == 0; }
     std::string bytes() {
@@ -178,7 +178,7 @@ class Draws {
     std::mt19937 m_random;
 };
 
-struct Call {
+struct WriterCall {
     enum Kind : unsigned { CHARACTER, LINE_END, BLOCK, PART, LINE, SEEK, FLUSH, FAIL, CLEAR };
 
     Kind kind;
@@ -188,9 +188,9 @@ struct Call {
     std::size_t end;
 };
 
-Call drawCall(Draws& draws) {
-    Call call{};
-    call.kind = static_cast<Call::Kind>(draws.below(9));
+WriterCall drawWriterCall(WriterDraws& draws) {
+    WriterCall call{};
+    call.kind = static_cast<WriterCall::Kind>(draws.below(9));
     call.character = draws.oneIn(4) ? '\n' : static_cast<int>(draws.below(512)) - 256;
     call.text = draws.bytes();
     call.begin = draws.below(10);
@@ -199,36 +199,36 @@ Call drawCall(Draws& draws) {
 }
 
 template <class Writer>
-std::string outcome(const Call& call, bool tells, Writer& writer, const Sink& sink,
+std::string outcome(const WriterCall& call, bool tells, Writer& writer, const Sink& sink,
                     std::ostream& stream) {
     std::ostringstream out;
     try {
         switch (call.kind) {
-            case Call::CHARACTER:
+            case WriterCall::CHARACTER:
                 out << writer.write(call.character);
                 break;
-            case Call::LINE_END:
+            case WriterCall::LINE_END:
                 out << writer.writeLine();
                 break;
-            case Call::BLOCK:
+            case WriterCall::BLOCK:
                 out << writer.write(call.text.data(), call.text.size());
                 break;
-            case Call::PART:
+            case WriterCall::PART:
                 out << writer.write(call.text, call.begin, call.end);
                 break;
-            case Call::LINE:
+            case WriterCall::LINE:
                 out << writer.writeLine(call.text.c_str());
                 break;
-            case Call::SEEK:
+            case WriterCall::SEEK:
                 stream.seekp(static_cast<std::streamoff>(call.begin));
                 break;
-            case Call::CLEAR:
+            case WriterCall::CLEAR:
                 stream.clear();
                 break;
-            case Call::FLUSH:
+            case WriterCall::FLUSH:
                 stream.flush();
                 break;
-            case Call::FAIL:
+            case WriterCall::FAIL:
                 stream.setstate(call.begin % 2 == 0 ? std::ios::failbit : std::ios::eofbit);
                 break;
         }
@@ -246,7 +246,7 @@ class TextWriterBesidePlain : public ::testing::TestWithParam<SinkKind> {};
 
 TEST_P(TextWriterBesidePlain, WritesTheSame) {
     for (unsigned seed = 0; seed < 200; ++seed) {
-        Draws draws(seed);
+        WriterDraws draws(seed);
         Sink sink = GetParam().open();
         Sink plainSink = GetParam().open();
         std::ostream& stream = *sink.stream;
@@ -265,7 +265,7 @@ TEST_P(TextWriterBesidePlain, WritesTheSame) {
             each->exceptions(throws ? std::ios::badbit | std::ios::failbit : std::ios::goodbit);
         }
         for (int i = 0; i < 20; ++i) {
-            const Call call = drawCall(draws);
+            const WriterCall call = drawWriterCall(draws);
             ASSERT_EQ(outcome(call, tells, writer, sink, stream),
                       outcome(call, tells, plainWriter, plainSink, plainStream))
                 << "seed " << seed << ", call " << i << " of kind " << call.kind;

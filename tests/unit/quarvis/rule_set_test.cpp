@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "items.hpp"
+#include "rule_files.hpp"
 #include "support/error_output.hpp"
 
 namespace {
@@ -23,6 +24,8 @@ using quarvis::rule::ItemSet;
 using quarvis::rule::Rule;
 using quarvis::rule::RuleOrder;
 using quarvis::rule::RuleSet;
+using quarvis::test::INF;
+using quarvis::test::NOT_A_NUMBER;
 using quarvis::test::setOf;
 using support::ErrorOutput;
 using testing::ElementsAre;
@@ -39,9 +42,6 @@ static_assert(noexcept(std::declval<RuleSet&>().begin()));
 static_assert(noexcept(std::declval<RuleSet&>().end()));
 static_assert(noexcept(std::declval<const RuleSet&>().begin()));
 static_assert(noexcept(std::declval<const RuleSet&>().end()));
-
-constexpr double INF = std::numeric_limits<double>::infinity();
-constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 
 const Rule RULE(setOf({"ab"}), Item("cd"));
 

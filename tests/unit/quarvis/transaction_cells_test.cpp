@@ -18,15 +18,15 @@ using quarvis::test::Histories;
 using quarvis::test::historiesOf;
 using quarvis::test::transactionsIn;
 
-const Histories NOTHING;
+const Histories NO_HISTORIES;
 
-struct Row {
+struct RowCase {
     std::string text;  ///< The text after the header.
     Histories histories;
 };
 
-void expectContent(const std::vector<Row>& rows) {
-    for (const Row& row : rows)
+void expectContent(const std::vector<RowCase>& rows) {
+    for (const RowCase& row : rows)
         EXPECT_EQ(historiesOf(transactionsIn("h\n" + row.text)), row.histories)
             << testing::PrintToString(row.text);
 }
@@ -152,7 +152,7 @@ TEST(TransactionCells, AByteOfAllOnesAtTheBeginningOfACellIsAnEmptyCell) {
 }
 
 TEST(TransactionCells, AByteOfAllOnesAtTheBeginningOfTheRowsEndsTheFile) {
-    expectContent({{"\377e1\t3\tab\n", NOTHING}, {"\377", NOTHING}});
+    expectContent({{"\377e1\t3\tab\n", NO_HISTORIES}, {"\377", NO_HISTORIES}});
 }
 
 TEST(TransactionCells, AByteOfAllOnesAfterARowEndVanishesAndASecondOneEndsTheFile) {
