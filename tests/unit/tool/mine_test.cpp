@@ -336,14 +336,15 @@ TEST(MineThresholds, OnlyTheRulesThatPassAreCountedInTheMessage) {
     EXPECT_THAT(outcome.messages, HasSubstr("\t ... have 1 rules.\n"));
 }
 
-/// With more than a thousand items, the number by which rules are sorted first has room for five
-/// ranks. The rules of the last six items differ only after these.
+/// With more than a thousand items, the number by which rules are sorted first has room for ten
+/// ranks. Some rules of the last thirteen items differ only after these.
 TEST(MineRuleOrder, HoldsForRulesThatAgreeInManyItems) {
-    Table table = tableOf({"1:z1,z2 2:z3,z4,z5,z6", "1:z1,z2 2:z3,z4,z5,z6"});
+    const char* const thirteen = "1:z01,z02,z03,z04,z05,z06,z07,z08,z09,z10 2:z11 3:z12 4:z13";
+    Table table = tableOf({thirteen, thirteen});
     for (int item = 0; item < 1100; ++item)
         for (int history = 0; history < 2; ++history)
             table.histories.push_back({{1, {"i" + std::to_string(item)}}});
-    const Settings settings = settingsOf(2, 5);
+    const Settings settings = settingsOf(2, 12);
     const std::vector<std::string> expected = oracle::mine(settings, table).ruleTexts();
     EXPECT_EQ(expected, mined(settings, table).ruleTexts());
     // The rule model sorts the rules itself. The tool's files are in the order of the engine.
