@@ -112,14 +112,24 @@ TEST(ItemSetCmp, AnExtensionGivesMinusOneAndAPrefixGivesZero) {
     EXPECT_EQ(setOf({"ab", "cd", "ef", "gh"}).cmp(setOf({"ab"})), -1);
 }
 
-TEST(ItemSetCmp, TheFirstDifferenceGivesWhatTheStringsGive) {
+/// Only the sign of what strings give is the same on each call.
+TEST(ItemSetCmp, TheFirstDifferenceHasTheSignThatTheStringsGive) {
+    const auto signOf = [](int order) { return (order > 0) - (order < 0); };
     const std::vector<std::string> items = {"a", "abcd", "abz", "b", "q", "\x80"};
     for (const std::string& a : items)
         for (const std::string& b : items) {
-            EXPECT_EQ(setOf({a}).cmp(setOf({b})), a.compare(b)) << a << " and " << b;
-            EXPECT_EQ(setOf({"", a, "\xFF"}).cmp(setOf({"", b})), a == b ? -1 : a.compare(b))
+            const int expected = signOf(a.compare(b));
+            EXPECT_EQ(signOf(setOf({a}).cmp(setOf({b}))), expected) << a << " and " << b;
+            EXPECT_EQ(signOf(setOf({"", a, "\xFF"}).cmp(setOf({"", b}))), a == b ? -1 : expected)
                 << a << " and " << b;
         }
+}
+
+/// The standard library gives the difference of the lengths then.
+TEST(ItemSetCmp, AnItemThatBeginsWithAnotherGivesWhatTheStringsGive) {
+    EXPECT_EQ(setOf({"ab"}).cmp(setOf({"abcde"})), -3);
+    EXPECT_EQ(setOf({"abcde"}).cmp(setOf({"ab"})), 3);
+    EXPECT_EQ(setOf({"", "abcde", "\xFF"}).cmp(setOf({"", "ab"})), 3);
 }
 
 TEST(ItemSetCmp, IsZeroForEveryPrefixAndForNothingElse) {
