@@ -82,12 +82,12 @@ TEST(Dictionary, KeepsAllCodesAsItGrows) {
         ASSERT_EQ("name" + std::to_string(i), names.name(Code(i)));
 }
 
-/// Two names with the same hash, whatever the hash function is: a million names have about a
-/// hundred pairs with equal hashes of 32 bits.
-std::pair<std::string, std::string> namesOfOneHash() {
+/// Two names of one length with the same hash, whatever the hash function is: a million names have
+/// about a hundred pairs with equal hashes of 32 bits.
+std::pair<std::string, std::string> namesOfOneHash(const std::string& prefix) {
     std::unordered_map<std::uint32_t, std::string> names;
-    for (int i = 0; i < 1'000'000; ++i) {
-        const std::string name = "article-" + std::to_string(i);
+    for (int i = 1'000'000; i < 2'000'000; ++i) {
+        const std::string name = prefix + std::to_string(i);
         const auto [place, isNew] = names.try_emplace(nameHash(name), name);
         if (!isNew)
             return {place->second, name};
@@ -95,16 +95,19 @@ std::pair<std::string, std::string> namesOfOneHash() {
     return {};
 }
 
+/// Names of fewer than eight bytes, and longer ones, are compared in different ways.
 TEST(Dictionary, TellsNamesOfOneHashApart) {
-    const auto [first, second] = namesOfOneHash();
-    ASSERT_NE(first, second);
-    Dictionary names;
-    EXPECT_EQ(Code{0}, names.add(first));
-    EXPECT_EQ(Code{1}, names.add(second));
-    for (std::size_t i = 2; i < 5000; ++i)
-        names.add(std::to_string(i));
-    EXPECT_EQ(Code{0}, names.add(first));
-    EXPECT_EQ(Code{1}, names.add(second));
+    for (const char* prefix : {"", "article-"}) {
+        const auto [first, second] = namesOfOneHash(prefix);
+        ASSERT_NE(first, second);
+        Dictionary names;
+        EXPECT_EQ(Code{0}, names.add(first));
+        EXPECT_EQ(Code{1}, names.add(second));
+        for (std::size_t i = 2; i < 5000; ++i)
+            names.add(std::to_string(i));
+        EXPECT_EQ(Code{0}, names.add(first));
+        EXPECT_EQ(Code{1}, names.add(second));
+    }
 }
 
 TEST(Dictionary, GoesOnAsACopy) {
