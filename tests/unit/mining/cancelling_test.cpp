@@ -1,6 +1,5 @@
 #include <quarvis/mining/observer.hpp>
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -13,6 +12,7 @@
 #include <quarvis/mining/index_builder.hpp>
 #include <quarvis/mining/mine.hpp>
 
+#include "canceller.hpp"
 #include "runs.hpp"
 #include "support/engine.hpp"
 
@@ -20,20 +20,8 @@ namespace quarvis::mining {
 namespace {
 
 using mining_tests::Account;
+using mining_tests::Canceller;
 using mining_tests::evenHistories;
-
-/// Cancels when it is asked for the n-th time, counted from 0.
-class Canceller : public Observer {
-  public:
-    explicit Canceller(std::size_t at) : m_at(at) {}
-
-    bool isCancelled() const override { return m_asked++ >= m_at; }
-    std::size_t asked() const { return m_asked; }
-
-  private:
-    std::size_t m_at;
-    mutable std::atomic<std::size_t> m_asked{0};
-};
 
 constexpr std::size_t NEVER = std::numeric_limits<std::size_t>::max();
 

@@ -1,7 +1,5 @@
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -12,6 +10,7 @@
 
 #include <quarvis/mining/shards.hpp>
 
+#include "canceller.hpp"
 #include "indexed_tables.hpp"
 #include "oracle/random_table.hpp"
 #include "shard_cuts.hpp"
@@ -21,6 +20,7 @@
 namespace quarvis::mining {
 namespace {
 
+using mining_tests::Canceller;
 using mining_tests::cut;
 using mining_tests::indexed;
 using mining_tests::optionsLike;
@@ -99,20 +99,6 @@ TEST(ShardsObserver, IsToldWhatIsToldOfTheWhole) {
     }
 }
 
-/// Cancels from the call with this number on.
-class ShardCanceller : public Observer {
-  public:
-    explicit ShardCanceller(std::size_t from = std::numeric_limits<std::size_t>::max())
-        : m_from(from) {}
-
-    bool isCancelled() const override { return m_asked++ >= m_from; }
-    std::size_t asked() const { return m_asked; }
-
-  private:
-    std::size_t m_from;
-    mutable std::atomic<std::size_t> m_asked{0};
-};
-
 /// A table whose run asks more than once at a step.
 HistoryIndex someHistories() {
     return indexed(oracle::randomTable({.name = "Some",
@@ -130,7 +116,7 @@ TEST(ShardsObserver, IsAskedWhetherToGoOnHoweverShortTheRunIs) {
     options.minCount = 2;
     for (const unsigned threads : {1U, 3U}) {
         options.threads = threads;
-        ShardCanceller canceller(0);
+        Canceller canceller(0);
         EXPECT_THROW(mineShards(cut(index, 2), options, canceller), Cancelled);
     }
 }
@@ -140,11 +126,11 @@ TEST(ShardsObserver, EndsTheRunAtAnyQuestion) {
     const std::vector<HistoryIndex> shards = cut(index, 4);
     MiningOptions options;
     options.minCount = 3;
-    ShardCanceller patient;
+    Canceller patient;
     const Result expected = mineShards(shards, options, patient);
     ASSERT_GE(patient.asked(), 20U);
     for (std::size_t question = 0; question < patient.asked(); ++question) {
-        ShardCanceller canceller(question);
+        Canceller canceller(question);
         EXPECT_THROW(mineShards(shards, options, canceller), Cancelled) << "question " << question;
         EXPECT_EQ(question + 1, canceller.asked());
     }
@@ -159,7 +145,7 @@ TEST(ShardsObserver, EndsARunOfSeveralThreads) {
     options.minCount = 3;
     options.threads = 3;
     for (std::size_t question = 0; question < 20; ++question) {
-        ShardCanceller canceller(question);
+        Canceller canceller(question);
         EXPECT_THROW(mineShards(shards, options, canceller), Cancelled) << "question " << question;
     }
 }

@@ -9,7 +9,6 @@
 #include <functional>
 #include <limits>
 #include <ostream>
-#include <random>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -18,6 +17,8 @@
 #include <gtest/gtest.h>
 
 #include <moxtel/exception.hpp>
+
+#include "draws.hpp"
 
 namespace moxtel::io {
 namespace {
@@ -40,20 +41,16 @@ void PrintTo(const Value& value, std::ostream* out) {
     *out << value.type << ' ' << ::testing::PrintToString(value.content);
 }
 
-class ValueDraws {
+class ValueDraws : public moxtel_tests::Draws {
   public:
-    explicit ValueDraws(unsigned seed) : m_random(seed) {}
+    using Draws::Draws;
 
-    std::size_t below(std::size_t n) { return m_random() % n; }
     std::string bytes(std::size_t count) {
         std::string text(count, '\0');
         for (char& c : text)
             c = static_cast<char>(below(256));
         return text;
     }
-
-  private:
-    std::mt19937 m_random;
 };
 
 /// A type: some of its values, and any of them.

@@ -10,16 +10,16 @@
 
 #include <moxtel/pointer.hpp>
 
+#include "text_streams.hpp"
+
 namespace moxtel::io {
 namespace {
 
+using moxtel_tests::readerOf;
+using moxtel_tests::Sheet;
 using Rfc = RFC4180DelimitedRowFormat;
 
 const Rfc COMMA(',', nullptr);
-
-TextReader defaultReaderOf(const std::string& text) {
-    return TextReader(Device::wrapString(text, 0, text.size()), TextStream::NL_DEFAULT);
-}
 
 /// What is left of the text, as the reader gives it.
 std::string restOf(TextReader& reader) {
@@ -40,14 +40,14 @@ struct CellRow {
 void expectCells(const DelimitedRowFormat& format, const std::vector<CellRow>& rows) {
     for (const CellRow& row : rows) {
         SCOPED_TRACE(::testing::PrintToString(row.text));
-        TextReader reader = defaultReaderOf(row.text);
+        TextReader reader = readerOf(row.text);
         EXPECT_EQ(format.readCell(reader), row.cell);
         EXPECT_EQ(restOf(reader), row.rest);
     }
 }
 
 TEST(ReadCell, LeavesTheDelimiterAndTheLineEndUnread) {
-    TextReader reader = defaultReaderOf("a,b\n");
+    TextReader reader = readerOf("a,b\n");
     EXPECT_EQ(COMMA.readCell(reader), "a");
     EXPECT_EQ(reader.read(), ',');
     EXPECT_EQ(COMMA.readCell(reader), "b");
@@ -221,8 +221,8 @@ TEST(RowFormat, ARowEndsAtALineFeedOnly) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(::testing::PrintToString(row.text));
-        TextReader forRow = defaultReaderOf(row.text);
-        TextReader forCell = defaultReaderOf(row.text);
+        TextReader forRow = readerOf(row.text);
+        TextReader forCell = readerOf(row.text);
         EXPECT_EQ(COMMA.endRow(forRow), row.endRow);
         EXPECT_EQ(COMMA.endCell(forCell), row.endCell);
         EXPECT_EQ(forCell.col(), 0U);
@@ -287,17 +287,12 @@ TEST(Unquote, AGivenSymbolIsTakenOnTrust) {
 
 // Writing.
 
-struct CellSheet {
-    std::ostringstream out;
-    TextWriter writer{out};
-};
-
 TEST(WriteCell, QuotesWithTheDefaultQuoteWhateverTheFormat) {
     Rfc rfc(',', nullptr);
     EscapedDelimitedRowFormat escaped(',', nullptr, '\\', '#');
     for (DelimitedRowFormat* format :
          {static_cast<DelimitedRowFormat*>(&rfc), static_cast<DelimitedRowFormat*>(&escaped)}) {
-        CellSheet sheet;
+        Sheet sheet;
         EXPECT_EQ(format->writeCell(sheet.writer, "a\\\"b", false), 7U);
         EXPECT_EQ(format->writeDelim(sheet.writer), 1U);
         EXPECT_EQ(format->writeCell(sheet.writer, "", false), 2U);
@@ -308,7 +303,7 @@ TEST(WriteCell, QuotesWithTheDefaultQuoteWhateverTheFormat) {
 
 TEST(WriteCell, RawTextIsWrittenAsItIs) {
     Rfc format('\t', nullptr);
-    CellSheet sheet;
+    Sheet sheet;
     EXPECT_EQ(format.writeCell(sheet.writer, "a\"\nb", true), 4U);
     EXPECT_EQ(format.writeDelim(sheet.writer), 1U);
     EXPECT_EQ(sheet.out.str(), "a\"\nb\t");
@@ -336,7 +331,7 @@ class UnquotedFormat : public EscapedDelimitedRowFormat {
 };
 
 TEST(WriteCell, FollowsThePredicates) {
-    CellSheet sheet;
+    Sheet sheet;
     EXPECT_EQ(UnquotedFormat(true).writeCell(sheet.writer, "a,b", false), 4U);
     EXPECT_EQ(UnquotedFormat(false).writeCell(sheet.writer, "a,b", false), 0U);
     EXPECT_EQ(UnquotedFormat(false).writeCell(sheet.writer, "c,d", true), 3U);
@@ -346,7 +341,7 @@ TEST(WriteCell, FollowsThePredicates) {
 TEST(WriteCell, CellsWithoutQuotesComeBack) {
     for (const char* text : {"", "a", "a,b", "a\nb", " ", "\x80"}) {
         Rfc format(',', nullptr);
-        CellSheet sheet;
+        Sheet sheet;
         format.writeCell(sheet.writer, text, false);
         expectCells(format, {{sheet.out.str() + ",x", text, ",x"}});
     }
@@ -356,7 +351,7 @@ TEST(WriteCell, CellsWithoutQuotesComeBack) {
 
 TEST(Escape, TheQuotingFormatLeavesTextAsItIs) {
     Rfc format(',', nullptr);
-    CellSheet sheet;
+    Sheet sheet;
     EXPECT_EQ(format.escape("a,\"\\\n"), "a,\"\\\n");
     EXPECT_EQ(format.unescape("a,\"\\\n"), "a,\"\\\n");
     EXPECT_EQ(format.escape(sheet.writer, "a,\""), 3U);
@@ -384,7 +379,7 @@ TEST(Escape, PutsTheEscapeCharacterBeforeSpecialOnes) {
     for (const Row& row : rows) {
         EXPECT_EQ(format.escape(row.text), row.escaped);
         EXPECT_EQ(format.unescape(row.escaped), row.text);
-        CellSheet sheet;
+        Sheet sheet;
         EXPECT_EQ(format.escape(sheet.writer, row.text), row.escaped.size());
         EXPECT_EQ(sheet.out.str(), row.escaped);
     }

@@ -4,7 +4,6 @@
 #include <moxtel/row_parser.hpp>
 
 #include <ios>
-#include <random>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -13,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "../../../src/libmoxtel/in_place.hpp"
+#include "draws.hpp"
 #include "inputs.hpp"
 
 namespace moxtel::io {
@@ -64,10 +64,10 @@ constexpr Format FORMATS[] = {{',', nullptr}, {'\t', nullptr}, {',', ""},      {
                               {'\r', "'"},    {'\n', nullptr}, {'\xff', "\""}, {'\x80', "\xfe"},
                               {'"', nullptr}, {'a', "a"},      {',', "\r"},    {',', "\n"}};
 
-class TextDraws {
+class TextDraws : public moxtel_tests::Draws {
   public:
     TextDraws(unsigned seed, const Format& format)
-        : m_random(seed), m_special("\n\r\xff\xff\x80 a\"'") {
+        : Draws(seed), m_special("\n\r\xff\xff\x80 a\"'") {
         m_special.append(3, format.delim);
         m_special.append(2, '\n');
         if (format.quotes != nullptr)
@@ -75,8 +75,6 @@ class TextDraws {
         else
             m_special.append(2, '"');
     }
-
-    std::size_t below(std::size_t n) { return m_random() % n; }
 
     std::string bytes() {
         const std::size_t others = below(4);
@@ -89,7 +87,6 @@ class TextDraws {
     }
 
   private:
-    std::mt19937 m_random;
     std::string m_special;
 };
 

@@ -4,7 +4,6 @@
 #include <moxtel/row_parser.hpp>
 
 #include <cstddef>
-#include <random>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -15,6 +14,8 @@
 #include <moxtel/memory.hpp>
 #include <moxtel/row_format.hpp>
 #include <moxtel/text.hpp>
+
+#include "draws.hpp"
 
 namespace moxtel::io {
 namespace {
@@ -81,12 +82,9 @@ void expectLost(const std::vector<Lost>& rows, DelimitedRowFormat& format, Writi
     }
 }
 
-class TableDraws {
+class TableDraws : public moxtel_tests::Draws {
   public:
-    explicit TableDraws(unsigned seed) : m_random(seed) {}
-
-    std::size_t below(std::size_t n) { return m_random() % n; }
-    bool oneIn(std::size_t n) { return below(n) == 0; }
+    using Draws::Draws;
 
     /// Bytes but for those in `without`, mostly of few kinds.
     std::string cell(const std::string& without) {
@@ -109,9 +107,6 @@ class TableDraws {
         }
         return table;
     }
-
-  private:
-    std::mt19937 m_random;
 };
 
 // Quoted cells: all that does not hold the quote, a line end of two characters or a byte 0xFF.

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <ios>
-#include <random>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -14,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "../../../src/libmoxtel/in_place.hpp"
+#include "draws.hpp"
 #include "inputs.hpp"
 
 namespace moxtel::io {
@@ -36,12 +36,9 @@ void PrintTo(const ReaderCall& call, std::ostream* out) {
          << " offset " << call.offset << " whence " << call.whence;
 }
 
-class ReaderDraws {
+class ReaderDraws : public moxtel_tests::Draws {
   public:
-    explicit ReaderDraws(unsigned seed) : m_random(seed) {}
-
-    std::size_t below(std::size_t n) { return m_random() % n; }
-    bool oneIn(std::size_t n) { return below(n) == 0; }
+    using Draws::Draws;
 
     /// All bytes, or mostly those that are treated in a way of their own.
     std::string bytes(std::size_t most) {
@@ -80,9 +77,6 @@ class ReaderDraws {
         call.tells = oneIn(2);
         return call;
     }
-
-  private:
-    std::mt19937 m_random;
 };
 
 std::string readUntil(TextReader& reader, char stop, int& end) {

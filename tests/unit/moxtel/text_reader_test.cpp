@@ -13,17 +13,15 @@
 
 #include "../../../src/libmoxtel/in_place.hpp"
 #include "support/temp_dir.hpp"
+#include "text_streams.hpp"
 
 namespace moxtel::io {
 namespace {
 
+using moxtel_tests::readerOf;
 using ::testing::ElementsAre;
 
 constexpr int ALL = TextStream::NL_DEFAULT;
-
-TextReader readerOf(const std::string& text, int acceptNewlines = ALL) {
-    return TextReader(Device::wrapString(text, 0, text.size()), acceptNewlines);
-}
 
 std::vector<int> charactersOf(TextReader& reader) {
     std::vector<int> characters;

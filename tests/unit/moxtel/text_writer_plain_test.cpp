@@ -8,7 +8,6 @@
 #include <ios>
 #include <memory>
 #include <ostream>
-#include <random>
 #include <sstream>
 #include <streambuf>
 #include <string>
@@ -17,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+#include "draws.hpp"
 #include "support/temp_dir.hpp"
 
 namespace moxtel::io {
@@ -162,20 +162,15 @@ std::vector<SinkKind> sinkKinds() {
             small("SmallWithPositionThatLeaps", 30, 2)};
 }
 
-class WriterDraws {
+class WriterDraws : public moxtel_tests::Draws {
   public:
-    explicit WriterDraws(unsigned seed) : m_random(seed) {}
-    std::size_t below(std::size_t n) { return m_random() % n; }
-    bool oneIn(std::size_t n) { return below(n) == 0; }
+    using Draws::Draws;
     std::string bytes() {
         std::string text(oneIn(100) ? below(20'000) : below(12), '\0');
         for (char& c : text)
             c = oneIn(3) ? '\n' : static_cast<char>(below(256));
         return text;
     }
-
-  private:
-    std::mt19937 m_random;
 };
 
 struct WriterCall {

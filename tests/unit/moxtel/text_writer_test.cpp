@@ -8,15 +8,12 @@
 #include <gtest/gtest.h>
 
 #include "support/temp_dir.hpp"
+#include "text_streams.hpp"
 
 namespace moxtel::io {
 namespace {
 
-/// A writer over a string stream.
-struct Sheet {
-    std::ostringstream out;
-    TextWriter writer{out};
-};
+using moxtel_tests::Sheet;
 
 TEST(TextWriter, ALineFeedAdvancesTheRowAndResetsTheColumn) {
     Sheet sheet;
