@@ -12,3 +12,6 @@ inline constexpr bool ADDRESS_SANITIZED = false;
 
 /// Tests that enumerate very many tables try only one of this many, since the sanitizers are slow.
 inline constexpr unsigned TRIED_EVERY = ADDRESS_SANITIZED ? 20 : 1;
+
+/// Tests that draw the same many tables for each of many readers draw only one of this many.
+inline constexpr unsigned DRAWN_EVERY = ADDRESS_SANITIZED ? 3 : 1;
